@@ -1,0 +1,72 @@
+// The YANG modules, loaded once and only read afterwards. What a module means is libyang's business; this offers the
+// little of the schema that others need: which paths are lists, and which leaves are leaf-lists.
+#ifndef ROUTER_MODELS_H
+#define ROUTER_MODELS_H
+
+#include "router/error.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+struct ly_ctx;
+
+namespace router
+{
+
+// Namespace URIs of the modules.
+namespace ns
+{
+inline constexpr const char *openconfig = "http://openconfig.net/yang/macsec";
+inline constexpr const char *policies = "http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg";
+inline constexpr const char *keychains = "http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg";
+inline constexpr const char *interfaces = "http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg";
+inline constexpr const char *interface_macsec = "http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-if-cfg";
+inline constexpr const char *operational = "http://tarvex.example/ns/yang/Tarvex-PRIVATE-oc-macsec-oper";
+} // namespace ns
+
+// A list, or a leaf-list (which has no keys). Paths are absolute schema paths without prefixes, e.g.
+// "/macsec/policy-names/policy-name"; the namespace is that of the node itself.
+struct ListInfo {
+    std::string ns;
+    std::string path;
+    std::vector<std::string> keys; // in schema order
+};
+
+enum class NodeKind { container, list, leaf, leaf_list };
+
+// A node of a module's schema.
+struct NodeInfo {
+    std::string path; // absolute, without prefixes
+    NodeKind kind;
+    bool config; // false for state data
+    bool is_key;
+};
+
+// Movable handle; copies share the context.
+class Models
+{
+public:
+    // Loads the six modules from the directory. Fails, naming the module and libyang's reason, if one is missing or
+    // does not parse.
+    static Expected<Models> load(const std::string &yang_directory);
+
+    // Lists and leaf-lists of all six modules, in schema order.
+    std::vector<ListInfo> lists() const;
+    std::vector<ListInfo> leaf_lists() const;
+
+    // All nodes of the module with this namespace, parents before their children, in schema order.
+    std::vector<NodeInfo> nodes(const char *module_ns) const;
+
+    // The context, for the router's own use; lives as long as any copy of this handle.
+    const ly_ctx *context() const { return context_.get(); }
+
+private:
+    explicit Models(std::shared_ptr<ly_ctx> context) : context_(std::move(context)) {}
+
+    std::shared_ptr<ly_ctx> context_;
+};
+
+} // namespace router
+
+#endif

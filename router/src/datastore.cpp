@@ -1,0 +1,154 @@
+// The datastore: a tree in memory, its file, and the state that goes with it. An edit works on a copy, which takes the
+// tree's place once the file is written.
+#include "router/datastore.h"
+
+#include "document.h"
+#include "edit.h"
+#include "entries.h"
+#include "operational.h"
+#include "read.h"
+#include "report.h"
+#include "store_file.h"
+#include "tree.h"
+
+#include <cstring>
+#include <utility>
+
+namespace router
+{
+
+// The trees stand behind the models, and so are gone before them.
+struct Datastore::State {
+    Models models;
+    Access access;
+    StoreFile file;
+    Visibility visibility;
+    Tree configuration;
+    Tree given_state;   // null: state follows from the configuration
+    Tree derived_state; // null: to be derived when it is asked for
+    bool state_is_given = false;
+};
+
+namespace
+{
+
+Expected<Tree> load(const Models &models, const StoreFile &file)
+{
+    auto content = file.load();
+    if (!content) {
+        return tl::unexpected(content.error());
+    }
+    if (!*content) {
+        return Tree();
+    }
+    auto tree = parse_configuration(models.context(), std::move(**content));
+    if (!tree) {
+        return tl::unexpected(Error{"the store " + file.path() + " is damaged: " + tree.error().text, ""});
+    }
+    return tree;
+}
+
+Expected<Tree> copy_of(const Tree &tree)
+{
+    lyd_node *copy = nullptr;
+    if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
+        return tl::unexpected(Error{"operation-failed: libyang cannot copy the configuration", ""});
+    }
+    return Tree(copy);
+}
+
+Expected<void> validate(const ly_ctx *context, Tree &tree)
+{
+    if (!tree) {
+        return {};
+    }
+    lyd_node *validated = tree.release();
+    const LY_ERR code = lyd_validate_all(&validated, context, LYD_VALIDATE_PRESENT | LYD_VALIDATE_NO_STATE, nullptr);
+    tree.reset(validated);
+    if (code) {
+        return tl::unexpected(Error{"operation-failed: " + document_fault(context), ""});
+    }
+    return {};
+}
+
+} // namespace
+
+Datastore::Datastore(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+Datastore::Datastore(Datastore &&) noexcept = default;
+Datastore &Datastore::operator=(Datastore &&) noexcept = default;
+Datastore::~Datastore() = default;
+
+Expected<Datastore> Datastore::open(const Models &models, const std::string &directory, Access access)
+{
+    auto file = StoreFile::open(directory, access);
+    if (!file) {
+        return tl::unexpected(file.error());
+    }
+    auto configuration = load(models, *file);
+    if (!configuration) {
+        return tl::unexpected(configuration.error());
+    }
+    const Visibility visibility(models.context());
+    return Datastore(std::make_unique<State>(
+        State{models, access, std::move(*file), visibility, std::move(*configuration), nullptr, nullptr}));
+}
+
+Expected<void> Datastore::edit(const EditNode *trees)
+{
+    if (state_->access != Access::write) {
+        return tl::unexpected(Error{"access-denied: the store " + state_->file.path() + " is open for reading", ""});
+    }
+    auto copy = copy_of(state_->configuration);
+    if (!copy) {
+        return tl::unexpected(copy.error());
+    }
+    const ly_ctx *context = state_->models.context();
+    Editor editor(context, state_->visibility, *copy);
+    if (auto applied = editor.apply(trees); !applied || !editor.changed()) {
+        return applied;
+    }
+    if (auto valid = validate(context, *copy); !valid) {
+        return valid;
+    }
+    auto document = print_configuration(copy->get());
+    if (!document) {
+        return tl::unexpected(document.error());
+    }
+    if (auto saved = state_->file.save(*document); !saved) {
+        return saved;
+    }
+    state_->configuration = std::move(*copy);
+    state_->derived_state.reset();
+    return {};
+}
+
+Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
+{
+    const ly_ctx *context = state_->models.context();
+    const lyd_node *top = state_->configuration.get();
+    if (filter.ns && std::strcmp(filter.ns, ns::operational) == 0) {
+        if (!state_->state_is_given && !state_->derived_state) {
+            state_->derived_state = derive_state(context, state_->visibility, top);
+        }
+        top = state_->state_is_given ? state_->given_state.get() : state_->derived_state.get();
+        if (!top && !state_->state_is_given) {
+            return tl::unexpected(Error{"operation-failed: libyang cannot make the operational data", ""});
+        }
+    }
+    Reader(context, state_->visibility, sink).read(filter, top);
+    return {};
+}
+
+Expected<void> Datastore::set_operational(std::string_view document)
+{
+    auto tree = parse_state(state_->models.context(), std::string(document));
+    if (!tree) {
+        return tl::unexpected(Error{"the operational data are not valid: " + tree.error().text, ""});
+    }
+    state_->given_state = std::move(*tree);
+    state_->state_is_given = true;
+    return {};
+}
+
+} // namespace router

@@ -1,0 +1,29 @@
+// Documents of the store and of the router's state: their envelope, and the way between their text and a data tree.
+#ifndef ROUTER_DOCUMENT_H
+#define ROUTER_DOCUMENT_H
+
+#include "router/error.h"
+#include "tree.h"
+
+#include <string>
+#include <string_view>
+
+namespace router
+{
+
+// Whether the text is UTF-8 of characters that an XML document can hold and gives back as they were.
+bool is_xml_text(const char *text);
+
+// The configuration in a store's document: native nodes alone, in <config> or <data>, or bare. The error's text is
+// what is wrong, without the name of the file.
+Expected<Tree> parse_configuration(const ly_ctx *context, std::string text);
+
+// The state in a document of the operational model.
+Expected<Tree> parse_state(const ly_ctx *context, std::string text);
+
+// The tree as a store's document; null if libyang cannot print it.
+Expected<std::string> print_configuration(const lyd_node *tree);
+
+} // namespace router
+
+#endif

@@ -1,0 +1,264 @@
+// Search of schema nodes and data. An exact search builds the entry that it looks for and asks libyang's hash; a
+// search by some keys goes through an index that the first one builds.
+#include "entries.h"
+
+#include "router/models.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace router
+{
+
+namespace
+{
+
+bool same(const char *left, const char *right)
+{
+    return std::strcmp(left, right) == 0;
+}
+
+const lysc_node *find_by_name(const lysc_node *siblings, const char *ns, const char *name)
+{
+    for (const lysc_node *node = siblings; node; node = node->next) {
+        if (same(node->name, name) && same(node->module->ns, ns)) {
+            return node;
+        }
+    }
+    return nullptr;
+}
+
+const lysc_node *schema_at(const ly_ctx *context, const char *path)
+{
+    return lys_find_path(context, nullptr, path, 0);
+}
+
+bool holds_partial_lists(const lysc_node *node)
+{
+    if (node->nodetype == LYS_LIST && lysc_node_child(node)->next && lysc_is_key(lysc_node_child(node)->next)) {
+        return true;
+    }
+    for (const lysc_node *child = lysc_node_child(node); child; child = child->next) {
+        if (holds_partial_lists(child)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+unsigned mask_of(const Keys &keys)
+{
+    unsigned mask = 0;
+    for (size_t i = 0; i < keys.wanted; ++i) {
+        mask |= keys.values[i] ? 1U << i : 0U;
+    }
+    return mask;
+}
+
+void append_part(std::string &text, const char *value)
+{
+    text += value;
+    text += '\0';
+}
+
+std::string index_text(const Keys &keys)
+{
+    std::string text;
+    for (size_t i = 0; i < keys.wanted; ++i) {
+        if (keys.values[i]) {
+            append_part(text, keys.values[i]);
+        }
+    }
+    return text;
+}
+
+std::string index_text(const lyd_node *entry, unsigned mask)
+{
+    std::string text;
+    unsigned bit = 1;
+    for (const lyd_node *key = lyd_child(entry); key && lysc_is_key(key->schema); key = key->next, bit <<= 1U) {
+        if (mask & bit) {
+            append_part(text, lyd_get_value(key));
+        }
+    }
+    return text;
+}
+
+template <typename Visit>
+void for_each_entry(const lyd_node *parent, const lysc_node *list, Visit visit)
+{
+    lyd_node *first = nullptr;
+    lyd_find_sibling_val(lyd_child(parent), list, nullptr, 0, &first);
+    for (lyd_node *node = first; node && node->schema == list; node = node->next) {
+        visit(node);
+    }
+}
+
+} // namespace
+
+const lysc_node *find_schema(const ly_ctx *context, const lysc_node *parent, const EditNode &node)
+{
+    if (parent) {
+        return find_by_name(lysc_node_child(parent), node.ns ? node.ns : parent->module->ns, node.name);
+    }
+    const lys_module *module = node.ns ? ly_ctx_get_module_implemented_ns(context, node.ns) : nullptr;
+    return module && module->compiled ? find_by_name(module->compiled->data, node.ns, node.name) : nullptr;
+}
+
+bool is_native_configuration(const lysc_node *node)
+{
+    const char *uri = node->module->ns;
+    return same(uri, ns::policies) || same(uri, ns::keychains) || same(uri, ns::interfaces) ||
+           same(uri, ns::interface_macsec);
+}
+
+lyd_node *find_single(const lyd_node *parent, const lyd_node *top, const lysc_node *schema)
+{
+    lyd_node *match = nullptr;
+    const lyd_node *siblings = parent ? lyd_child(parent) : top;
+    if (!siblings || lyd_find_sibling_val(siblings, schema, nullptr, 0, &match)) {
+        return nullptr;
+    }
+    return match->flags & LYD_DEFAULT ? nullptr : match;
+}
+
+Keys keys_of(const lysc_node *list, const EditNode &entry)
+{
+    Keys keys;
+    for (const lysc_node *key = lysc_node_child(list); key && lysc_is_key(key); key = key->next) {
+        for (const EditNode *child = entry.first_child; child; child = child->next) {
+            if (child->value && same(child->name, key->name)) {
+                keys.values[keys.wanted] = child->value;
+                ++keys.given;
+                break;
+            }
+        }
+        ++keys.wanted;
+    }
+    return keys;
+}
+
+lyd_node *new_entry(lyd_node *parent, const lysc_node *list, const Keys &keys)
+{
+    lyd_node *entry = nullptr;
+    // libyang takes as many of the values as the list has keys.
+    lyd_new_list(parent, list->module, list->name, 0, &entry, keys.values[0], keys.values[1]);
+    return entry;
+}
+
+Visibility::Visibility(const ly_ctx *context)
+    : key_chain_(schema_at(context, "/Tarvex-lib-keychain-cfg:keychains/keychain")),
+      macsec_keychain_(schema_at(context, "/Tarvex-lib-keychain-cfg:keychains/keychain/macsec-keychain")),
+      interface_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration")),
+      interface_macsec_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration/"
+                                           "Tarvex-crypto-macsec-mka-if-cfg:macsec")),
+      psk_key_chain_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration/"
+                                        "Tarvex-crypto-macsec-mka-if-cfg:macsec/psk-key-chain"))
+{
+}
+
+bool Visibility::shown(const lyd_node *entry) const
+{
+    if (entry->schema == key_chain_) {
+        return find_single(entry, nullptr, macsec_keychain_) != nullptr;
+    }
+    if (entry->schema == interface_) {
+        const lyd_node *macsec = find_single(entry, nullptr, interface_macsec_);
+        return macsec && find_single(macsec, nullptr, psk_key_chain_);
+    }
+    return true;
+}
+
+const EditNode *Visibility::marker(const lysc_node *list) const
+{
+    // Names no node: with it below, a container comes alone.
+    static constexpr EditNode nothing{.name = ""};
+    static constexpr EditNode macsec_keychain{.ns = ns::keychains, .name = "macsec-keychain", .first_child = &nothing};
+    static constexpr EditNode psk_key_chain{
+        .ns = ns::interface_macsec, .name = "psk-key-chain", .first_child = &nothing};
+    static constexpr EditNode interface_macsec{
+        .ns = ns::interface_macsec, .name = "macsec", .first_child = &psk_key_chain};
+
+    if (list == key_chain_) {
+        return &macsec_keychain;
+    }
+    return list == interface_ ? &interface_macsec : nullptr;
+}
+
+lyd_node *EntryFinder::find(const lyd_node *parent, const lysc_node *list, const Keys &keys)
+{
+    if (!parent) {
+        return nullptr;
+    }
+    Detached &scratch = scratch_[list];
+    if (!scratch) {
+        lyd_node *copy = nullptr;
+        lyd_dup_single(parent, nullptr, 0, &copy);
+        scratch.reset(copy);
+    }
+    const Detached target(scratch ? new_entry(scratch.get(), list, keys) : nullptr);
+    lyd_node *match = nullptr;
+    if (target) {
+        lyd_find_sibling_first(lyd_child(parent), target.get(), &match);
+    }
+    return match;
+}
+
+std::vector<lyd_node *> EntryFinder::matching(const lyd_node *parent, const lysc_node *list, const Keys &keys)
+{
+    const unsigned mask = mask_of(keys);
+    const auto [place, is_new] = indexes_.try_emplace(Place(parent, list, mask));
+    Index &index = place->second;
+    if (is_new) {
+        for_each_entry(parent, list, [&](lyd_node *entry) { index[index_text(entry, mask)].push_back(entry); });
+    }
+    const auto found = index.find(index_text(keys));
+    return found == index.end() ? std::vector<lyd_node *>() : found->second;
+}
+
+void EntryFinder::added(lyd_node *entry)
+{
+    for (auto &[place, index] : indexes_) {
+        const auto &[parent, list, mask] = place;
+        if (parent == lyd_parent(entry) && list == entry->schema) {
+            index[index_text(entry, mask)].push_back(entry);
+        }
+    }
+}
+
+void EntryFinder::removing(lyd_node *node)
+{
+    if (indexes_.empty() || !holds_partial_lists(node->schema)) {
+        return;
+    }
+    if (node->schema->nodetype != LYS_LIST) {
+        indexes_.clear();
+        return;
+    }
+    for (auto &[place, index] : indexes_) {
+        const auto &[parent, list, mask] = place;
+        if (parent == lyd_parent(node) && list == node->schema) {
+            std::erase(index[index_text(node, mask)], node);
+        }
+    }
+}
+
+std::vector<lyd_node *> matching_entries(const lyd_node *parent, const lysc_node *list, const Keys &keys,
+                                         const Visibility &visibility, EntryFinder &finder)
+{
+    if (!parent) {
+        return {};
+    }
+    if (!keys.none()) {
+        return finder.matching(parent, list, keys);
+    }
+    std::vector<lyd_node *> entries;
+    for_each_entry(parent, list, [&](lyd_node *entry) {
+        if (visibility.shown(entry)) {
+            entries.push_back(entry);
+        }
+    });
+    return entries;
+}
+
+} // namespace router

@@ -1,0 +1,118 @@
+// Loading the modules, and the few questions about the schema that others ask.
+#include "router/models.h"
+
+#include "tree.h"
+
+#include <array>
+
+namespace router
+{
+
+namespace
+{
+
+constexpr std::array<const char *, 6> module_names = {
+    "openconfig-macsec", "Tarvex-crypto-macsec-mka-cfg",    "Tarvex-lib-keychain-cfg",
+    "Tarvex-ifmgr-cfg",  "Tarvex-crypto-macsec-mka-if-cfg", "Tarvex-PRIVATE-oc-macsec-oper",
+};
+
+std::string libyang_reason(const ly_ctx *context)
+{
+    const char *reason = context ? ly_errmsg(context) : nullptr;
+    return reason ? reason : "libyang gives no reason";
+}
+
+std::vector<std::string> key_names(const lysc_node *list)
+{
+    std::vector<std::string> keys;
+    for (const lysc_node *child = lysc_node_child(list); child && lysc_is_key(child); child = child->next) {
+        keys.emplace_back(child->name);
+    }
+    return keys;
+}
+
+void collect(const lysc_node *siblings, const std::string &parent, uint16_t kind, std::vector<ListInfo> &found)
+{
+    for (const lysc_node *node = siblings; node; node = node->next) {
+        const std::string path = parent + "/" + node->name;
+        if (node->nodetype == kind) {
+            found.push_back({node->module->ns, path, key_names(node)});
+        }
+        collect(lysc_node_child(node), path, kind, found);
+    }
+}
+
+std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
+{
+    std::vector<ListInfo> found;
+    for (const char *name : module_names) {
+        collect(ly_ctx_get_module_implemented(context, name)->compiled->data, "", kind, found);
+    }
+    return found;
+}
+
+NodeKind kind_of(const lysc_node *node)
+{
+    switch (node->nodetype) {
+    case LYS_LIST:
+        return NodeKind::list;
+    case LYS_LEAF:
+        return NodeKind::leaf;
+    case LYS_LEAFLIST:
+        return NodeKind::leaf_list;
+    default:
+        return NodeKind::container;
+    }
+}
+
+void collect_nodes(const lysc_node *first, const std::string &parent, std::vector<NodeInfo> &found)
+{
+    for (const lysc_node *node = first; node; node = node->next) {
+        const std::string path = parent + "/" + node->name;
+        found.push_back({path, kind_of(node), (node->flags & LYS_CONFIG_W) != 0, lysc_is_key(node)});
+        collect_nodes(lysc_node_child(node), path, found);
+    }
+}
+
+} // namespace
+
+Expected<Models> Models::load(const std::string &yang_directory)
+{
+    // Errors are taken from the context by whoever made the call; libyang itself is to print nothing.
+    ly_log_options(LY_LOSTORE_LAST);
+
+    ly_ctx *created = nullptr;
+    if (ly_ctx_new(yang_directory.c_str(), LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &created)) {
+        return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
+    }
+    std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
+    for (const char *name : module_names) {
+        if (!ly_ctx_load_module(created, name, nullptr, nullptr)) {
+            return tl::unexpected(Error{"cannot load the YANG module " + std::string(name) + " from " + yang_directory +
+                                            ": " + libyang_reason(created),
+                                        ""});
+        }
+    }
+    return Models(std::move(context));
+}
+
+std::vector<ListInfo> Models::lists() const
+{
+    return collect_all(context_.get(), LYS_LIST);
+}
+
+std::vector<ListInfo> Models::leaf_lists() const
+{
+    return collect_all(context_.get(), LYS_LEAFLIST);
+}
+
+std::vector<NodeInfo> Models::nodes(const char *module_ns) const
+{
+    std::vector<NodeInfo> found;
+    if (const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns)) {
+        collect_nodes(module->compiled->data, "", found);
+    }
+    return found;
+}
+
+} // namespace router

@@ -1,0 +1,206 @@
+// Texts of errors. libyang's own messages quote what they were given, so only those pass that cannot quote a key.
+#include "report.h"
+
+#include <array>
+#include <string_view>
+
+namespace router
+{
+
+namespace
+{
+
+// The leaves of the key chain module that hold key text.
+constexpr std::array<std::string_view, 2> secret_leaves = {"string", "keystring"};
+
+void append_step(std::string &path, const lyd_node *node)
+{
+    path += '/';
+    path += LYD_NAME(node);
+    if (!node->schema || node->schema->nodetype != LYS_LIST) {
+        return;
+    }
+    for (const lyd_node *key = lyd_child(node); key && lysc_is_key(key->schema); key = key->next) {
+        path += '[';
+        path += LYD_NAME(key);
+        path += "='";
+        path += lyd_get_value(key);
+        path += "']";
+    }
+}
+
+// "0, 30..65535", from libyang's parts of an unsigned range or a length.
+std::string range_text(const lysc_range *range)
+{
+    std::string text;
+    LY_ARRAY_COUNT_TYPE part;
+    LY_ARRAY_FOR(range->parts, part)
+    {
+        const auto &bounds = range->parts[part];
+        text += (text.empty() ? "" : ", ") + std::to_string(bounds.min_u64);
+        if (bounds.min_u64 != bounds.max_u64) {
+            text += ".." + std::to_string(bounds.max_u64);
+        }
+    }
+    return text;
+}
+
+std::string enum_text(const lysc_type_enum *type)
+{
+    std::string text;
+    LY_ARRAY_COUNT_TYPE item;
+    LY_ARRAY_FOR(type->enums, item)
+    {
+        text += text.empty() ? "" : ", ";
+        text += type->enums[item].name;
+    }
+    return text;
+}
+
+std::string number_rule(const lysc_type_num *type)
+{
+    if (type->range) {
+        return "a number in " + range_text(type->range);
+    }
+    switch (type->basetype) {
+    case LY_TYPE_UINT8:
+        return "a number in 0..255";
+    case LY_TYPE_UINT16:
+        return "a number in 0..65535";
+    case LY_TYPE_UINT32:
+        return "a number in 0..4294967295";
+    default:
+        return "a number of 64 bits";
+    }
+}
+
+std::string string_rule(const lysc_type_str *type)
+{
+    std::string text = "text";
+    if (type->length) {
+        std::string length = range_text(type->length);
+        if (const size_t open_end = length.find("..18446744073709551615"); open_end != std::string::npos) {
+            length = "at least " + length.substr(0, open_end);
+        }
+        text += " of length " + length;
+    }
+    LY_ARRAY_COUNT_TYPE item;
+    LY_ARRAY_FOR(type->patterns, item)
+    {
+        text += std::string(" that matches ") + type->patterns[item]->expr;
+    }
+    return text;
+}
+
+std::string rule_of(const lysc_type *type)
+{
+    switch (type->basetype) {
+    case LY_TYPE_BOOL:
+        return "true or false";
+    case LY_TYPE_EMPTY:
+        return "empty";
+    case LY_TYPE_ENUM:
+        return "one of " + enum_text(reinterpret_cast<const lysc_type_enum *>(type));
+    case LY_TYPE_STRING:
+        return string_rule(reinterpret_cast<const lysc_type_str *>(type));
+    case LY_TYPE_UNION: {
+        std::string text;
+        const auto *members = reinterpret_cast<const lysc_type_union *>(type)->types;
+        LY_ARRAY_COUNT_TYPE item;
+        LY_ARRAY_FOR(members, item)
+        {
+            text += (text.empty() ? "" : ", or ") + rule_of(members[item]);
+        }
+        return text;
+    }
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+    case LY_TYPE_UINT64:
+        return number_rule(reinterpret_cast<const lysc_type_num *>(type));
+    default:
+        return "a value of the leaf's type";
+    }
+}
+
+// Whether libyang's description of a place names a leaf with key text.
+bool names_secret(std::string_view place)
+{
+    for (const std::string_view leaf : secret_leaves) {
+        std::string step = "/" + std::string(leaf);
+        for (size_t at = place.find(step); at != std::string_view::npos; at = place.find(step, at + 1)) {
+            const size_t end = at + step.size();
+            if (end == place.size() || std::string_view("\"/ ").find(place[end]) != std::string_view::npos) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::string without_final_stop(std::string_view sentence)
+{
+    if (!sentence.empty() && sentence.back() == '.') {
+        sentence.remove_suffix(1);
+    }
+    return std::string(sentence);
+}
+
+} // namespace
+
+std::string path_of(const lyd_node *node)
+{
+    if (!node) {
+        return "";
+    }
+    std::string path = path_of(lyd_parent(node));
+    append_step(path, node);
+    return path;
+}
+
+tl::unexpected<Error> refuse(const char *tag, std::string path, const std::string &reason)
+{
+    std::string text = std::string(tag) + ": " + path + ": " + reason;
+    return tl::unexpected(Error{std::move(text), std::move(path)});
+}
+
+bool is_secret(const lysc_node *leaf)
+{
+    for (const std::string_view secret : secret_leaves) {
+        if (leaf->name == secret) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string value_refused(const lysc_node *leaf, const char *value)
+{
+    const std::string rule = rule_of(reinterpret_cast<const lysc_node_leaf *>(leaf)->type);
+    if (!value) {
+        return "it has no value, and must be " + rule;
+    }
+    return (is_secret(leaf) ? std::string("the key text") : "'" + std::string(value) + "'") + " must be " + rule;
+}
+
+std::string document_fault(const ly_ctx *context)
+{
+    const ly_err_item *item = ly_err_last(context);
+    if (!item || !item->msg) {
+        return "libyang gives no reason";
+    }
+    const std::string place = item->path ? without_final_stop(item->path) : "";
+    // Faults of syntax quote the document from where they are found, which may be in the middle of a key.
+    const bool may_quote_key = item->vecode == LYVE_SYNTAX || item->vecode == LYVE_SYNTAX_XML || place.empty();
+    std::string fault;
+    if (may_quote_key) {
+        fault = "XML that is not well-formed or out of place";
+    } else if (names_secret(place)) {
+        fault = "key text that is not valid";
+    } else {
+        fault = without_final_stop(item->msg);
+    }
+    return place.empty() ? fault : fault + " (" + place + ")";
+}
+
+} // namespace router

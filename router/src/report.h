@@ -1,0 +1,33 @@
+// Texts of errors: where a node is, what its type allows, and what libyang had to say. What a secret leaf holds, and
+// text of a document that may hold one, never gets into them.
+#ifndef ROUTER_REPORT_H
+#define ROUTER_REPORT_H
+
+#include "router/error.h"
+
+#include <libyang/libyang.h>
+
+#include <string>
+
+namespace router
+{
+
+// Absolute instance path without prefixes, keys as predicates; "" for null.
+std::string path_of(const lyd_node *node);
+
+// "tag: path: reason", with the path in its own field as well.
+tl::unexpected<Error> refuse(const char *tag, std::string path, const std::string &reason);
+
+// Whether the leaf holds key text.
+bool is_secret(const lysc_node *leaf);
+
+// Why the leaf does not take the value: the value, unless it is secret, and the rule of the leaf's type.
+std::string value_refused(const lysc_node *leaf, const char *value);
+
+// What libyang found wrong with a document, as a sentence with its place. The document's own text is not in it where
+// that may be part of a key.
+std::string document_fault(const ly_ctx *context);
+
+} // namespace router
+
+#endif

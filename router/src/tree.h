@@ -1,0 +1,32 @@
+// Ownership at libyang's boundary: whoever holds one of these frees it.
+#ifndef ROUTER_TREE_H
+#define ROUTER_TREE_H
+
+#include <libyang/libyang.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace router
+{
+
+struct FreeAll {
+    void operator()(lyd_node *node) const { lyd_free_all(node); }
+};
+struct FreeTree {
+    void operator()(lyd_node *node) const { lyd_free_tree(node); }
+};
+struct Free {
+    void operator()(void *memory) const { std::free(memory); }
+};
+
+// A whole data tree, held by any of its top-level nodes.
+using Tree = std::unique_ptr<lyd_node, FreeAll>;
+// One node that is linked nowhere, with all below it.
+using Detached = std::unique_ptr<lyd_node, FreeTree>;
+
+using Text = std::unique_ptr<char, Free>;
+
+} // namespace router
+
+#endif

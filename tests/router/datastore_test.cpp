@@ -1,0 +1,181 @@
+// The store on disk: who may read it, what a damaged one does, and that writers do not get into each other's way.
+#include "support.h"
+
+#include <chrono>
+#include <future>
+#include <sys/stat.h>
+
+namespace router::test
+{
+
+using enum Operation;
+
+namespace
+{
+
+mode_t mode_of(const std::string &path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) ? 0 : status.st_mode & 07777;
+}
+
+const std::string policies_ns = " xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'";
+
+std::string policy_document(const std::string &leaves)
+{
+    return "<config><macsec" + policies_ns + "><policy-names><policy-name><name>P</name>" + leaves +
+           "</policy-name></policy-names></macsec></config>";
+}
+
+} // namespace
+
+class Store : public StoreTest
+{
+};
+
+TEST_F(Store, IsForItsOwnerAlone)
+{
+    const std::string directory = directory_ + "/made";
+    {
+        auto store = Datastore::open(models(), directory, Access::write);
+        ASSERT_TRUE(store) << store.error().text;
+        const Node tree = policies({policy("P1", merge)});
+        ASSERT_TRUE(store->edit(Trees(tree).root()));
+    }
+    EXPECT_EQ(mode_of(directory), 0700U);
+    EXPECT_EQ(mode_of(directory + "/native.xml"), 0600U);
+
+    prepare("<config/>");
+    ASSERT_EQ(error_of(policies({policy("P1", merge)})), "");
+    EXPECT_EQ(mode_of(file()), 0600U) << "a file that was open to others is not any more";
+}
+
+TEST_F(Store, IsEmptyForAReaderWhereThereIsNone)
+{
+    const std::string directory = directory_ + "/missing";
+    auto store = Datastore::open(models(), directory, Access::read);
+    ASSERT_TRUE(store);
+    TextSink sink;
+    const Node filter = policies({});
+    EXPECT_TRUE(store->read(*Trees(filter).root(), sink));
+    EXPECT_EQ(sink.text, "");
+    EXPECT_FALSE(std::filesystem::exists(directory));
+    const Node tree = policies({policy("P1", merge)});
+    EXPECT_FALSE(store->edit(Trees(tree).root()));
+}
+
+TEST_F(Store, RefusesADirectoryThatIsNone)
+{
+    prepare("<config/>");
+    for (const Access access : {Access::read, Access::write}) {
+        const auto on_file = Datastore::open(models(), file(), access);
+        ASSERT_FALSE(on_file);
+        EXPECT_NE(on_file.error().text.find("not a directory"), std::string::npos) << on_file.error().text;
+        const auto below_file = Datastore::open(models(), file() + "/below", access);
+        ASSERT_FALSE(below_file);
+        EXPECT_NE(below_file.error().text.find(file() + "/below"), std::string::npos) << below_file.error().text;
+    }
+}
+
+TEST_F(Store, KeepsWhatItHadWhenTheFileCannotBeWritten)
+{
+    ASSERT_EQ(error_of(policies({policy("P1", merge)})), "");
+    const std::string before = content();
+    std::filesystem::create_directories(file() + ".tmp/occupied");
+    auto store = open();
+    const Node tree = policies({policy("P2", merge)});
+    const auto result = store->edit(Trees(tree).root());
+    ASSERT_FALSE(result);
+    EXPECT_NE(result.error().text.find("cannot write"), std::string::npos) << result.error().text;
+    TextSink sink;
+    const Node filter = policies({});
+    ASSERT_TRUE(store->read(*Trees(filter).root(), sink));
+    EXPECT_EQ(sink.text, "macsec{policy-names{policy-name{name=P1 } } } ");
+    EXPECT_EQ(content(), before);
+}
+
+TEST_F(Store, SaysThatAFileIsDamagedAndLeavesItAlone)
+{
+    const std::string good = policy_document("<created/>");
+    const std::string key =
+        "<config><keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain>"
+        "<chain-name>K</chain-name><macsec-keychain><macsec-keys><macsec-key><key-id>01</key-id>"
+        "<macsec-key-string><string>!s3cret";
+    const struct {
+        const char *title;
+        std::string content;
+        std::string part;
+    } cases[] = {
+        {"empty", "", "empty"},
+        {"blank", " \n", "empty"},
+        {"no XML", "native", "not well-formed"},
+        {"cut short", good.substr(0, good.size() / 2), "not well-formed"},
+        {"without its last tag", good.substr(0, good.size() - 9), "not well-formed"},
+        {"with something behind", good + "<macsec/>", "not well-formed"},
+        {"cut short by a null byte", good + std::string(1, '\0'), "not well-formed"},
+        {"of an unknown node", policy_document("<colour>red</colour>"), "colour"},
+        {"of a wrong value", policy_document("<key-server-priority>999</key-server-priority>"), "key-server-priority"},
+        {"of a policy twice", policy_document("</policy-name><policy-name><name>P</name>"), "Duplicate"},
+        {"of another model", "<config><macsec xmlns='http://openconfig.net/yang/macsec'><mka/></macsec></config>",
+         "openconfig"},
+        {"broken in a key", key + "<<", "not well-formed"},
+        {"of a key that is too short",
+         key.substr(0, key.size() - 7) + "</string></macsec-key-string></macsec-key>"
+                                         "</macsec-keys></macsec-keychain></keychain></keychains></config>",
+         "key text"},
+    };
+    for (const auto &test : cases) {
+        SCOPED_TRACE(test.title);
+        prepare(test.content);
+        const auto store = open();
+        ASSERT_FALSE(store);
+        EXPECT_TRUE(store.error().text.starts_with("the store " + file() + " is damaged: ")) << store.error().text;
+        EXPECT_NE(store.error().text.find(test.part), std::string::npos) << store.error().text;
+        EXPECT_EQ(store.error().text.find("s3cret"), std::string::npos) << store.error().text;
+        EXPECT_EQ(content(), test.content);
+    }
+}
+
+TEST_F(Store, ReadsWhatAnEngineerWrote)
+{
+    const std::string bare = "<macsec" + policies_ns +
+                             "><policy-names><policy-name><name>P</name></policy-name>"
+                             "</policy-names></macsec>";
+    for (const std::string &text :
+         {bare, "<data>" + bare + "</data>\n",
+          "<?xml version='1.0'?>\n<!-- desk -->\n<nc:config xmlns:nc='x'>" + bare + "</nc:config >\n<!-- end -->\n"}) {
+        prepare(text);
+        EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=P } } } ") << text;
+    }
+}
+
+TEST_F(Store, KeepsTextsAsTheyAre)
+{
+    const std::string name = "a <&> 'b' \"c\" \xc3\xa9]]> ";
+    ASSERT_EQ(error_of(policies({policy(name.c_str(), merge)})), "");
+    EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=" + name + " } } } ");
+    EXPECT_EQ(error_of(policies({policy(name.c_str(), delete_)})), "");
+}
+
+TEST_F(Store, DoesNotTouchTheFileWhenNothingChanges)
+{
+    prepare(policy_document(""));
+    const std::string before = content();
+    EXPECT_EQ(error_of(policies({policy("P", merge), policy("Q", remove)})), "");
+    EXPECT_EQ(content(), before);
+}
+
+TEST_F(Store, MakesASecondWriterWait)
+{
+    std::optional<Expected<Datastore>> first = open();
+    ASSERT_TRUE(*first);
+    auto second = std::async(std::launch::async, [this] { return error_of(policies({policy("P2", merge)})); });
+    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    const Node tree = policies({policy("P1", merge)});
+    ASSERT_TRUE((*first)->edit(Trees(tree).root()));
+    first.reset();
+    EXPECT_EQ(second.get(), "");
+    EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=P1 } policy-name{name=P2 } } } ");
+}
+
+} // namespace router::test

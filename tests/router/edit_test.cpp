@@ -1,0 +1,302 @@
+// Edits: what each operation does to what is there, which entries an edit means, and what the router refuses.
+#include "support.h"
+
+namespace router::test
+{
+
+using enum Operation;
+
+namespace
+{
+
+Node all_policies()
+{
+    return in(ns::policies, at("macsec", {}));
+}
+Node all_chains()
+{
+    return in(ns::keychains, at("keychains", {}));
+}
+Node all_interfaces()
+{
+    return in(ns::interfaces, at("interface-configurations", {}));
+}
+
+Node key(const char *id, Operation operation = merge, std::vector<Node> children = {})
+{
+    children.insert(children.begin(), leaf("key-id", id));
+    return at("macsec-key", operation, std::move(children));
+}
+
+const std::string foreign_chain =
+    "<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'>"
+    "<keychain><chain-name>ospf</chain-name><keys><key><key-id>01</key-id></key></keys></keychain></keychains>";
+const std::string plain_interface =
+    "<interface-configurations xmlns='http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg'>"
+    "<interface-configuration><active>act</active><interface-name>Eth0</interface-name>"
+    "<description>uplink</description></interface-configuration></interface-configurations>";
+
+} // namespace
+
+class Editing : public StoreTest
+{
+};
+
+TEST_F(Editing, MakesAPolicyWithAllItsLeaves)
+{
+    ASSERT_EQ(error_of(policies(
+                  {policy("P1", merge,
+                          {leaf("created", none), leaf("cipher-suite", "gcm-aes-xpn-256"), leaf("delay-protection", ""),
+                           leaf("include-icv-indicator", "false"), leaf("sak-rekey-interval-sec", "60", none)})})),
+              "");
+    EXPECT_EQ(read(all_policies()), "macsec{policy-names{policy-name{name=P1 created= delay-protection= "
+                                    "sak-rekey-interval-sec=60 cipher-suite=gcm-aes-xpn-256 "
+                                    "include-icv-indicator=false } } } ");
+}
+
+TEST_F(Editing, AppliesEachOperationToWhatIsThereAndWhatIsNot)
+{
+    const struct {
+        const char *title;
+        Node tree;
+        std::string error; // its beginning
+        std::string after; // within policy-names; unchanged after an error
+    } cases[] = {
+        {"merge sets a leaf", policies({policy("P1", merge, {leaf("key-server-priority", "7")})}), "",
+         "policy-name{name=P1 key-server-priority=7 conf-offset=conf-off-set-30 } "},
+        {"create of an entry that is there", policies({policy("P1", create)}), "data-exists: /macsec/policy-names", ""},
+        {"create of a leaf that is there",
+         policies({policy("P1", none, {leaf("conf-offset", "conf-off-set-0", create)})}),
+         "data-exists: /macsec/policy-names/policy-name[name='P1']/conf-offset", ""},
+        {"create of a leaf", policies({policy("P1", none, {leaf("cipher-suite", "gcm-aes-128", create)})}), "",
+         "policy-name{name=P1 key-server-priority=5 conf-offset=conf-off-set-30 cipher-suite=gcm-aes-128 } "},
+        {"replace of an entry", policies({policy("P1", replace, {leaf("cipher-suite", "gcm-aes-128")})}), "",
+         "policy-name{name=P1 cipher-suite=gcm-aes-128 } "},
+        {"delete of a leaf", policies({policy("P1", none, {leaf("conf-offset", delete_)})}), "",
+         "policy-name{name=P1 key-server-priority=5 } "},
+        {"delete of a leaf that is not there", policies({policy("P1", none, {leaf("cipher-suite", delete_)})}),
+         "data-missing: /macsec/policy-names/policy-name[name='P1']/cipher-suite", ""},
+        {"remove of a leaf that is not there", policies({policy("P1", none, {leaf("cipher-suite", remove)})}), "",
+         "policy-name{name=P1 key-server-priority=5 conf-offset=conf-off-set-30 } "},
+        {"delete of an entry that is not there", policies({policy("P2", delete_)}),
+         "data-missing: /macsec/policy-names/policy-name[name='P2']", ""},
+        {"remove of an entry that is not there", policies({policy("P2", remove)}), "",
+         "policy-name{name=P1 key-server-priority=5 conf-offset=conf-off-set-30 } "},
+        {"a way through an entry that is not there", policies({policy("P2", none, {leaf("cipher-suite", remove)})}),
+         "data-missing: /macsec/policy-names/policy-name[name='P2']", ""},
+        {"delete of an entry, whatever its leaves say",
+         policies({policy("P1", delete_, {leaf("conf-offset", "conf-off-set-0")})}), "", ""},
+        {"remove of an entry's key", policies({at("policy-name", merge, {leaf("name", "P1", remove)})}), "", ""},
+        {"delete that a later entry takes back",
+         policies({policy("P1", delete_), policy("P1", merge, {leaf("key-server-priority", "1")})}), "",
+         "policy-name{name=P1 key-server-priority=1 } "},
+        {"a leaf without value and operation", policies({policy("P1", none, {leaf("conf-offset", none)})}), "",
+         "policy-name{name=P1 key-server-priority=5 conf-offset=conf-off-set-30 } "},
+    };
+    for (const auto &test : cases) {
+        SCOPED_TRACE(test.title);
+        std::filesystem::remove(file());
+        ASSERT_EQ(error_of(policies({policy(
+                      "P1", merge, {leaf("key-server-priority", "5"), leaf("conf-offset", "conf-off-set-30")})})),
+                  "");
+        const std::string before = content();
+        const std::string error = error_of(test.tree);
+        EXPECT_TRUE(error.starts_with(test.error) && error.empty() == test.error.empty()) << error;
+        if (test.error.empty()) {
+            EXPECT_EQ(read(all_policies()), test.after.empty() ? "" : "macsec{policy-names{" + test.after + "} } ");
+        } else {
+            EXPECT_EQ(content(), before);
+        }
+    }
+}
+
+TEST_F(Editing, LeavesMemoryAndFileAsTheyWereWhenItsLastNodeFails)
+{
+    ASSERT_EQ(error_of(policies({policy("P1", merge)})), "");
+    const std::string before = content();
+    auto store = open();
+    const Node tree = policies({policy("P1", delete_), policy("P2", merge, {leaf("conf-offset", "conf-off-set-31")})});
+    EXPECT_FALSE(store->edit(Trees(tree).root()));
+    TextSink sink;
+    ASSERT_TRUE(store->read(*Trees(all_policies()).root(), sink));
+    EXPECT_EQ(sink.text, "macsec{policy-names{policy-name{name=P1 } } } ");
+    EXPECT_EQ(content(), before);
+}
+
+TEST_F(Editing, RefusesAValueByNamingPlaceValueAndRule)
+{
+    const auto key_with = [](Node child) {
+        return chains({chain("K", merge, {key("01", merge, {std::move(child)})})});
+    };
+    const auto lifetime = [&](const char *name, const char *value) {
+        return key_with(at("macsec-lifetime", {leaf(name, value)}));
+    };
+    const struct {
+        Node tree;
+        std::vector<std::string> parts;
+    } cases[] = {
+        {lifetime("start-month", "NA"), {"macsec-key[key-id='01']/macsec-lifetime/start-month", "'NA'", "jan, feb"}},
+        {lifetime("end-hour", "25"), {"end-hour", "'25'", "0..23"}},
+        {policies({policy("P", merge, {leaf("sak-rekey-interval-sec", "29")})}), {"'29'", "0, 30..65535"}},
+        {policies({policy("P", merge, {leaf("delay-protection", "maybe")})}), {"'maybe'", "empty, or one of false"}},
+        {policies({policy("P", merge, {leaf("cipher-suite", merge)})}), {"cipher-suite", "no value", "gcm-aes-128"}},
+        {chains({chain("K", merge, {key("xyz")})}), {"key-id", "'xyz'", "[0-9a-fA-F]*"}},
+        {policies({policy("a\x01z", merge)}), {"policy-name/name", "XML"}},
+        {policies({policy("P", merge, {leaf("colour", "red")})}), {"unknown-element", "policy-name[name='P']/colour"}},
+        {in(ns::operational, at("oc-macsec", merge, {})), {"operation-not-supported", "/oc-macsec"}},
+    };
+    for (const auto &test : cases) {
+        const std::string error = error_of(test.tree);
+        for (const std::string &part : test.parts) {
+            EXPECT_NE(error.find(part), std::string::npos) << "'" << part << "' in: " << error;
+        }
+        EXPECT_FALSE(std::filesystem::exists(file()));
+    }
+}
+
+TEST_F(Editing, NeverShowsKeyTextInAnError)
+{
+    for (const std::string text : {"!s3cr\x02t", "!s3cr\xff"}) {
+        const std::string error = error_of(
+            chains({chain("K", merge, {key("01", merge, {at("macsec-key-string", {leaf("string", text)})})})}));
+        EXPECT_NE(error.find("macsec-key-string/string"), std::string::npos) << error;
+        EXPECT_EQ(error.find("s3cr"), std::string::npos) << error;
+    }
+}
+
+TEST_F(Editing, CountsDeletesOfOneGroupAsOne)
+{
+    const int group = 0;
+    Node offset = leaf("conf-offset", delete_);
+    Node suite = leaf("cipher-suite", delete_);
+    offset.group = suite.group = &group;
+    ASSERT_EQ(error_of(policies({policy("P1", merge, {leaf("conf-offset", "conf-off-set-0")})})), "");
+    EXPECT_EQ(error_of(policies({policy("P1", none, {suite, offset})})), "");
+    EXPECT_TRUE(error_of(policies({policy("P1", none, {suite, offset})})).starts_with("data-missing: "));
+}
+
+TEST_F(Editing, TakesAwayContainersThatItEmpties)
+{
+    const auto lifetime = [](Operation operation, std::vector<Node> leaves) {
+        return chains({chain("K", merge, {key("01", merge, {at("macsec-lifetime", operation, std::move(leaves))})})});
+    };
+    auto store = open();
+    const Node set = lifetime(none, {leaf("infinite-flag", "true")});
+    const Node empty = lifetime(none, {leaf("infinite-flag", delete_)});
+    const Node take = lifetime(delete_, {});
+    ASSERT_TRUE(store->edit(Trees(set).root()));
+    ASSERT_TRUE(store->edit(Trees(empty).root()));
+    const auto result = store->edit(Trees(take).root());
+    ASSERT_FALSE(result);
+    EXPECT_EQ(
+        result.error().path,
+        "/keychains/keychain[chain-name='K']/macsec-keychain/macsec-keys/macsec-key[key-id='01']/macsec-lifetime");
+}
+
+TEST_F(Editing, SetsWhatARemovedContainerBringsAnew)
+{
+    const auto attach = [](Operation operation, std::vector<Node> leaves) {
+        return interfaces({interface("act", "Eth0", {psk(operation, std::move(leaves))})});
+    };
+    ASSERT_EQ(error_of(attach(create, {leaf("policy-name", "P1"), leaf("key-chain-name", "K1")})), "");
+    ASSERT_EQ(error_of(attach(delete_, {leaf("policy-name", "P2"), leaf("key-chain-name", delete_)})), "");
+    EXPECT_EQ(read(all_interfaces()), "interface-configurations{interface-configuration{active=act interface-name=Eth0 "
+                                      "macsec{psk-key-chain{policy-name=P2 } } } } ");
+    ASSERT_EQ(error_of(attach(delete_, {leaf("policy-name", delete_), leaf("key-chain-name", delete_)})), "");
+    EXPECT_EQ(read(all_interfaces()), "");
+}
+
+TEST_F(Editing, AppliesAnEntryWithoutKeysToAllThatAreShown)
+{
+    const Node suite = at("policy-name", merge, {leaf("cipher-suite", "gcm-aes-128")});
+    EXPECT_EQ(error_of(policies({suite})), "");
+    EXPECT_EQ(read(all_policies()), "") << "there was nothing to apply it to";
+
+    ASSERT_EQ(error_of(policies({policy("P1", merge), policy("P2", merge)})), "");
+    EXPECT_EQ(error_of(policies({suite})), "");
+    EXPECT_EQ(read(all_policies()), "macsec{policy-names{policy-name{name=P1 cipher-suite=gcm-aes-128 } "
+                                    "policy-name{name=P2 cipher-suite=gcm-aes-128 } } } ");
+    EXPECT_EQ(error_of(policies({at("policy-name", delete_, {})})), "");
+    EXPECT_EQ(read(all_policies()), "");
+    EXPECT_TRUE(error_of(policies({at("policy-name", delete_, {})})).starts_with("data-missing: "));
+}
+
+TEST_F(Editing, AppliesAnEntryWithOneOfTwoKeysToThoseThatAgree)
+{
+    ASSERT_EQ(error_of(interfaces({interface("act", "Eth0", {psk(merge)}), interface("pre", "Eth0", {psk(merge)}),
+                                   interface("act", "Eth1", {psk(merge)})})),
+              "");
+    EXPECT_EQ(error_of(interfaces({interface("", "Eth0", {psk(delete_)})})), "");
+    EXPECT_EQ(read(all_interfaces()),
+              "interface-configurations{interface-configuration{active=act interface-name=Eth1 macsec{psk-key-chain{} "
+              "} } } ");
+    EXPECT_NE(content().find("Eth0"), std::string::npos) << "the interfaces themselves stay";
+
+    const std::string before = content();
+    EXPECT_TRUE(error_of(interfaces({interface("", "Eth7", {psk(delete_)})})).starts_with("data-missing: "));
+    EXPECT_EQ(error_of(interfaces({interface("", "Eth7", {psk(merge)})})), "") << "makes no entry";
+    EXPECT_EQ(content(), before);
+}
+
+TEST_F(Editing, FindsEntriesByOneKeyThatTheSameEditMadeAndUnmade)
+{
+    ASSERT_EQ(error_of(interfaces({interface("act", "Eth0", {psk(merge)})})), "");
+    EXPECT_EQ(error_of(interfaces({
+                  interface("", "Eth0", {psk(none, {leaf("policy-name", "P1")})}),
+                  at("interface-configuration", delete_, {leaf("active", "act"), leaf("interface-name", "Eth0")}),
+                  interface("pre", "Eth0", {psk(merge)}),
+                  interface("", "Eth0", {psk(none, {leaf("policy-name", "P2")})}),
+              })),
+              "");
+    EXPECT_EQ(read(all_interfaces()), "interface-configurations{interface-configuration{active=pre interface-name=Eth0 "
+                                      "macsec{psk-key-chain{policy-name=P2 } } } } ");
+}
+
+TEST_F(Editing, MakesKeyChainsThatOpenConfigShowsEvenWithoutKeys)
+{
+    ASSERT_EQ(error_of(chains({chain("K1", merge), chain("K2", create, {key("01")})})), "");
+    ASSERT_EQ(error_of(chains({chain("K2", merge, {key("01", delete_)})})), "");
+    EXPECT_EQ(read(all_chains()),
+              "keychains{keychain{chain-name=K1 macsec-keychain{} } keychain{chain-name=K2 macsec-keychain{} } } ");
+}
+
+TEST_F(Editing, KeepsAwayFromKeyChainsOfTheRouter)
+{
+    prepare(foreign_chain);
+    const std::string before = content();
+    for (const Operation operation : {merge, create, replace}) {
+        EXPECT_NE(error_of(chains({chain("ospf", operation, {key("01")})})).find("belongs to the router"),
+                  std::string::npos);
+    }
+    for (const Operation operation : {delete_, none}) {
+        EXPECT_TRUE(error_of(chains({chain("ospf", operation)})).starts_with("data-missing: "));
+    }
+    EXPECT_EQ(error_of(chains({chain("ospf", remove)})), "");
+    EXPECT_EQ(error_of(chains({at("keychain", remove, {})})), "");
+    EXPECT_EQ(content(), before);
+
+    ASSERT_EQ(error_of(chains({chain("K1", merge)})), "");
+    ASSERT_EQ(error_of(chains({at("keychain", delete_, {})})), "");
+    EXPECT_EQ(read(all_chains()), "");
+    EXPECT_NE(content().find("ospf"), std::string::npos);
+}
+
+TEST_F(Editing, AttachesMacsecToAnInterfaceAndLeavesTheRestOfIt)
+{
+    prepare(plain_interface);
+    const Node whole = at("interface-configuration", delete_, {leaf("active", "act"), leaf("interface-name", "Eth0")});
+    EXPECT_TRUE(error_of(interfaces({whole})).starts_with("data-missing: "));
+    Node attached = interface("act", "Eth0", {psk(none, {leaf("key-chain-name", "K1")})});
+    attached.operation = create;
+    ASSERT_EQ(error_of(interfaces({attached})), "");
+    EXPECT_TRUE(error_of(interfaces({attached})).starts_with("data-exists: "));
+    EXPECT_EQ(read(all_interfaces()),
+              "interface-configurations{interface-configuration{active=act interface-name=Eth0 description=uplink "
+              "macsec{psk-key-chain{key-chain-name=K1 } } } } ");
+    ASSERT_EQ(error_of(interfaces({interface("", "Eth0", {psk(remove)})})), "");
+    EXPECT_EQ(read(all_interfaces()), "");
+    EXPECT_NE(content().find("uplink"), std::string::npos);
+    EXPECT_EQ(content().find("Tarvex-crypto-macsec-mka-if-cfg"), std::string::npos) << "no empty container stays";
+}
+
+} // namespace router::test
