@@ -1,0 +1,55 @@
+// NETCONF documents in: the text is parsed and its wrapper (rpc, config, filter, data) is taken off. What the elements
+// inside mean is left to the request that is made of them. Documents out are printed by Trees (framework.h).
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tqm/error.h"
+
+namespace tqm
+{
+
+/// default-operation of an edit (RFC 6241, section 7.2).
+enum class DefaultOperation { merge, replace, none };
+
+class Document
+{
+public:
+    /// Parses `text`. Fails with line and column where the text is no XML.
+    static Expected<Document> parse(std::string_view text);
+    /// Reads `file` to its end. The caller closes it.
+    static Expected<Document> read(std::FILE *file);
+    static Expected<Document> read_file(const std::filesystem::path &path);
+
+    /// A read without a filter.
+    static Document selecting_all();
+
+    Document(Document &&) noexcept;
+    Document &operator=(Document &&) noexcept;
+    ~Document();
+
+    /// TQM_REQ_* where the wrapper says it, else nothing: then whoever asks decides.
+    std::optional<uint32_t> kind() const;
+    DefaultOperation default_operation() const;
+    /// True for a bare <filter>: a read, of the state or not.
+    bool is_filter() const;
+    /// True for a read that names no filter.
+    bool selects_all() const;
+
+    struct Content;
+    /// For the framework: gives up what is inside.
+    std::unique_ptr<Content> take();
+
+private:
+    explicit Document(std::unique_ptr<Content> content);
+    static Expected<Document> parse_buffer(std::unique_ptr<Content> content);
+
+    std::unique_ptr<Content> content_;
+};
+
+} // namespace tqm

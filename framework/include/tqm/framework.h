@@ -1,0 +1,72 @@
+// The framework: takes a request document through a plug-in to the native side and back. It knows neither the plug-in's
+// functions nor the native side but by their interfaces.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tqm/document.h"
+#include "tqm/native_side.h"
+#include "tqm/plugin.h"
+#include "tqm/request.h"
+
+namespace tqm
+{
+
+/// Built trees together with all that they live in.
+class Trees
+{
+public:
+    /// Configuration trees come before the operational one, in the order of the registrations.
+    const std::vector<const OutputNode *> &roots() const { return roots_; }
+    /// TQM_REQ_* of the request.
+    uint32_t kind() const { return kind_; }
+
+    /// Writes the trees as one document, 2 blanks a level, with a line end after each node. Forward results: <config>
+    /// with nc:operation attributes, or <filter type="subtree">. Answers: <data>.
+    void print(std::string &text) const;
+    /// The same to `file`; false if a write failed.
+    bool print(std::FILE *file) const;
+
+private:
+    friend class Framework;
+    enum class Wrapper { config, filter, data };
+
+    bool print_to(const std::function<bool(std::string_view)> &sink) const;
+
+    std::shared_ptr<Request> request_;
+    std::vector<const OutputNode *> roots_;
+    uint32_t kind_ = 0;
+    Wrapper wrapper_ = Wrapper::data;
+};
+
+/// Serves one request at a time. `plugin` and `schema` are borrowed.
+class Framework
+{
+public:
+    Framework(const Plugin &plugin, const Schema &schema, Watch watch = {});
+
+    /// OpenConfig to native, without a native side. The document's own kind comes first, `kind` where it says none.
+    Expected<Trees> forward(Document document, uint32_t kind = TQM_REQ_EDIT);
+    /// Native trees to OpenConfig.
+    Expected<Trees> reverse(Document document, uint32_t kind = TQM_REQ_GET);
+    /// An edit all the way. A document of another kind is an error.
+    Expected<void> edit(Document document, NativeSide &native);
+    /// A read all the way; without a document everything is read.
+    Expected<Trees> get(std::optional<Document> document, NativeSide &native);
+    Expected<Trees> get_config(std::optional<Document> document, NativeSide &native);
+
+private:
+    Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind);
+    Expected<Trees> read(std::optional<Document> document, NativeSide &native, uint32_t kind);
+    Expected<void> walk_answers(Request &request, TreeBuilder::Roots answers);
+
+    const Plugin &plugin_;
+    const Schema &schema_;
+    Watch watch_;
+};
+
+} // namespace tqm

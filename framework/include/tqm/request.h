@@ -1,0 +1,86 @@
+// One request while it is being served: the context that mappers get, the trees that they read and build, and what they
+// leave behind. The framework makes one for each walk; tests of a plug-in make their own and call its functions.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tqm/document.h"
+#include "tqm/error.h"
+#include "tqm/journal.h"
+#include "tqm/schema.h"
+#include "tqm/tree.h"
+#include "tqm_map.h"
+
+namespace tqm
+{
+
+/// Where lines go, and which. All pointers are borrowed and must outlive the request.
+struct Watch {
+    Journal *journal = nullptr;
+    Faults *faults = nullptr;
+    std::function<void(uint32_t level, std::string_view line)> log = {}; ///< framework log; level is TQM_LOG_*
+    std::function<void(std::string_view line)> trace = {};               ///< trace buffer
+    bool log_errors = false;                                             ///< let lines of TQM_LOG_ERROR through to log
+    bool log_trace = false;                                              ///< let lines of TQM_LOG_TRACE through to log
+    bool trace_on = false;                                               ///< send every line to trace, too
+};
+
+enum class Direction {
+    forward, ///< adds build native trees, placed by the list entries that the walk stands in
+    reverse  ///< adds build the OpenConfig tree, placed in the entries that list mappers made, found or stitched
+};
+
+/// The operations find their request through the context; those without a context argument serve the request that was
+/// made last on the thread, or that a Framework is walking.
+class Request
+{
+public:
+    /// `schema` and what `registrations` names must outlive the request. `kind` is TQM_REQ_* or any other number.
+    Request(const Schema &schema, std::span<const tqm_map_reg_info> registrations, uint32_t kind, Direction direction,
+            Watch watch = {});
+    ~Request();
+    Request(const Request &) = delete;
+    Request &operator=(const Request &) = delete;
+
+    tqm_map_ctx ctx();
+    /// What the root walker gets as `out`.
+    rdl_tqm_datatree *out();
+    tqm_map_request &record();
+    /// The request header: kind, option groups, data selector. May be written before a walk.
+    tqm_map_request_hdr &header();
+
+    /// Reads the document's elements into the request tree. Forward: one OpenConfig top element. Reverse: native ones.
+    /// An empty filter gives no tree.
+    Expected<void> load(Document document);
+    /// Makes the request tree by hand: fill the builder, then call adopt.
+    TreeBuilder builder();
+    void adopt(TreeBuilder::Roots roots);
+    /// The request's trees; of a forward request at most one. Null when there is none.
+    rdl_tqm_datatree *tree(uint32_t index = 0);
+    uint32_t tree_count() const;
+
+    /// What was built so far. Operations that wait for the walk are settled first.
+    OutputForest output();
+    /// The output's roots in the order of the registrations, those that no registration names last.
+    std::vector<const OutputNode *> roots();
+    /// Reverse reads: takes leaves without a value, entries without a key and empty containers out of the output.
+    void drop_unanswered();
+
+    /// The path noted by tqm_oc_error_path, with keys; empty if none was.
+    const std::string &error_path() const;
+    /// What a client is told when a walk has returned `code` (not 0): error_msg or a sentence for the code, with path
+    /// and tag unless a fill left them behind.
+    Error error(rcode code) const;
+
+    struct Impl;
+    Impl &impl() { return *impl_; }
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace tqm

@@ -1,0 +1,39 @@
+// What the framework must know of the data models: which paths are lists, by which leaves they are keyed, and which
+// paths are leaf-lists. Where that knowledge comes from is left to whoever fills it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace tqm
+{
+
+/// Paths are absolute, without keys and prefixes, as "/macsec/policy-names/policy-name". One schema serves all models:
+/// their paths do not overlap.
+class Schema
+{
+public:
+    /// Declares the list at `path` with the tags of its key leaves, in schema order (none: a keyless list).
+    void add_list(std::string path, std::vector<std::string> keys);
+    /// Declares the leaf-list at `path`.
+    void add_leaf_list(std::string path);
+
+    /// The key leaves of the list at `path`; null if there is no list at that path.
+    const std::vector<std::string> *list_keys(std::string_view path) const;
+    bool is_leaf_list(std::string_view path) const;
+    /// Paths of all lists, in no order.
+    std::vector<std::string_view> lists() const;
+
+private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+    };
+    std::unordered_map<std::string, std::vector<std::string>, Hash, std::equal_to<>> lists_;
+    std::unordered_set<std::string, Hash, std::equal_to<>> leaf_lists_;
+};
+
+} // namespace tqm

@@ -1,0 +1,157 @@
+// The two kinds of trees: output trees, which grow node by node while mappers add paths, and walked trees, whose
+// children lie in arrays as the walkers want them. All nodes and texts live in the arena of one request.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "tqm_map.h"
+
+namespace tqm
+{
+
+class Arena;
+struct PathInfo;
+
+/// Operation of nodes under the default-operation "none" that say nothing themselves: they lead to other nodes, must
+/// exist and are not changed. The others are TQM_OP_*.
+inline constexpr uint32_t kOperationNone = 5;
+
+/// One node of an output tree. Its address, and that of the record in it, stays the same until the request ends.
+class OutputNode
+{
+public:
+    class Iterator
+    {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = const OutputNode;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const OutputNode *;
+        using reference = const OutputNode &;
+
+        Iterator() = default;
+        explicit Iterator(const OutputNode *node) : node_(skip_dropped(node)) {}
+        reference operator*() const { return *node_; }
+        pointer operator->() const { return node_; }
+        Iterator &operator++()
+        {
+            node_ = skip_dropped(node_->next);
+            return *this;
+        }
+        Iterator operator++(int)
+        {
+            Iterator before = *this;
+            ++*this;
+            return before;
+        }
+        friend bool operator==(const Iterator &a, const Iterator &b) { return a.node_ == b.node_; }
+
+    private:
+        static const OutputNode *skip_dropped(const OutputNode *node)
+        {
+            while (node != nullptr && node->dropped)
+                node = node->next;
+            return node;
+        }
+        const OutputNode *node_ = nullptr;
+    };
+    struct Children {
+        Iterator first;
+        Iterator begin() const { return first; }
+        Iterator end() const { return {}; }
+        bool empty() const { return first == Iterator(); }
+    };
+
+    const char *tag() const { return record.tag; }
+    const char *ns() const { return record.ns; }
+    /// Null when the node has none: a container, a list entry, or a leaf without a value (which differs from "").
+    const char *value() const { return record.value; }
+    /// The node's own edit operation (TQM_OP_* or kOperationNone); none on nodes that were only made on the way to
+    /// others, which have that of the node around them, and on all nodes of a read.
+    std::optional<uint32_t> operation() const
+    {
+        if ((record.present & TQM_PRESENT_OPERATION) == 0)
+            return std::nullopt;
+        return record.operation;
+    }
+    /// The request node that the operation comes from; null where an add gave none. Only its identity means something:
+    /// nodes with one source are one operation of the client's.
+    const void *source() const { return operation_source; }
+    /// In the order in which the walk made them; a list's entries stand among the other children.
+    Children children() const { return {Iterator(first_child)}; }
+    bool is_list_entry() const { return list_entry; }
+    /// True on the key leaves of a list entry.
+    bool is_key() const { return record.is_key != 0; }
+    /// Path of the node without keys, as "/macsec/policy-names/policy-name/name".
+    std::string_view path() const;
+
+    // What follows belongs to the framework. `record` comes first, so that a record's address is its node's.
+    rdl_tqm_datatree record{};
+    const PathInfo *info = nullptr;
+    const void *operation_source = nullptr;
+    OutputNode *parent = nullptr;
+    OutputNode *first_child = nullptr;
+    OutputNode *last_child = nullptr;
+    OutputNode *next = nullptr;
+    OutputNode *next_named = nullptr;  ///< chain of the parent's children that are no list entries or values
+    OutputNode *first_named = nullptr; ///< head of that chain among this node's children
+    struct ListSlot *slots = nullptr;  ///< the lists and leaf-lists among this node's children
+    OutputNode *merged_into = nullptr; ///< the entry that took over this one's children
+    bool list_entry = false;
+    bool pending = false; ///< the operation is yet to be read from the context
+    bool dropped = false; ///< no longer part of the tree
+    uint8_t kept = 0;     ///< a filter selects: 1 the node on the way to others, 2 all below it
+};
+
+/// The roots of an output: one tree for each top tag.
+class OutputForest
+{
+public:
+    OutputNode::Children roots() const { return base_->children(); }
+    explicit OutputForest(OutputNode *base) : base_(base) {}
+    OutputNode *base() const { return base_; }
+
+private:
+    OutputNode *base_;
+};
+
+/// Builds walked trees. Texts are copied into the arena. Calls must be balanced; leaves and nodes may come in any
+/// order, and all nodes opened at the outermost level are roots.
+class TreeBuilder
+{
+public:
+    struct Roots {
+        rdl_tqm_datatree *nodes = nullptr;
+        uint32_t count = 0;
+    };
+
+    explicit TreeBuilder(Arena &arena) : arena_(arena) {}
+
+    /// `value` may be null. `ns` and `tag` must not be.
+    void open(std::string_view ns, std::string_view tag);
+    void leaf(std::string_view ns, std::string_view tag, std::optional<std::string_view> value);
+    void close();
+    /// Sets the operation (TQM_OP_*) of the node opened or leaf added last.
+    void operation(uint32_t operation);
+
+    /// The closed roots, in one array that lives as long as the arena. The builder is empty afterwards.
+    Roots finish();
+
+private:
+    rdl_tqm_datatree *append(std::string_view ns, std::string_view tag);
+    const char *shared(std::string_view text);
+    static Roots array_of(Arena &arena, const rdl_tqm_datatree *nodes, std::size_t count);
+
+    Arena &arena_;
+    std::vector<rdl_tqm_datatree> nodes_;        ///< finished children of all open nodes, innermost last
+    std::vector<std::size_t> open_;              ///< positions in nodes_ of the open nodes
+    std::unordered_set<std::string_view> texts_; ///< namespaces and tags met so far
+};
+
+} // namespace tqm

@@ -1,0 +1,63 @@
+// Chunks double in size, so that a request of any size has few of them; large ones ask for huge pages, which spares a
+// big request most of its page faults.
+#include "arena.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <sys/mman.h>
+
+namespace tqm
+{
+
+namespace
+{
+constexpr std::size_t kHugePage = 2 * 1024 * 1024;
+constexpr std::size_t kLargestChunk = 32 * 1024 * 1024;
+} // namespace
+
+char *allocate_large(std::size_t size)
+{
+    if (size < kHugePage)
+        return static_cast<char *>(std::malloc(size));
+    size = (size + kHugePage - 1) & ~(kHugePage - 1);
+    void *memory = std::aligned_alloc(kHugePage, size);
+    if (memory != nullptr)
+        madvise(memory, size, MADV_HUGEPAGE);
+    return static_cast<char *>(memory);
+}
+
+Arena::~Arena()
+{
+    for (char *chunk : chunks_)
+        std::free(chunk);
+}
+
+char *Arena::new_chunk(std::size_t size)
+{
+    char *memory = allocate_large(size);
+    if (memory == nullptr)
+        std::abort(); // a request that does not fit into memory cannot be answered
+    chunks_.push_back(memory);
+    return memory;
+}
+
+void Arena::grow(std::size_t at_least)
+{
+    const std::size_t size = std::max(chunk_size_, at_least);
+    next_ = new_chunk(size);
+    end_ = next_ + size;
+    chunk_size_ = std::min(chunk_size_ * 2, kLargestChunk);
+}
+
+// Without a largest size: keep() looks through the text chunks, so they must stay few.
+void Arena::grow_text(std::size_t at_least)
+{
+    const std::size_t size = std::max(text_chunk_size_, at_least);
+    text_next_ = new_chunk(size);
+    text_end_ = text_next_ + size;
+    ranges_.push_back({text_next_, text_end_});
+    text_chunk_size_ *= 2;
+}
+
+} // namespace tqm

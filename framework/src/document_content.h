@@ -1,0 +1,28 @@
+// What a parsed document holds between its parsing and the making of a request tree.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include <pugixml.hpp>
+
+#include "tqm/document.h"
+#include "xml_names.h"
+
+namespace tqm
+{
+
+struct Document::Content {
+    std::shared_ptr<char[]> buffer; ///< the text; parsed in place, so that names and values point into it
+    std::size_t size = 0;
+    pugi::xml_document dom;
+    pugi::xml_node holder; ///< its child elements are the trees; null if everything is meant
+    pugi::xml_node single; ///< or this one element is
+    XmlScope scope;        ///< namespaces at the trees
+    std::optional<uint32_t> kind;
+    bool is_filter = false;
+    bool selects_all = false; ///< a read without a filter
+    DefaultOperation default_operation = DefaultOperation::merge;
+};
+
+} // namespace tqm

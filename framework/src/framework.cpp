@@ -1,0 +1,221 @@
+// See tqm/framework.h.
+#include "tqm/framework.h"
+
+#include <cstring>
+
+#include "document_content.h"
+#include "filter.h"
+#include "request_impl.h"
+#include "writer.h"
+
+namespace tqm
+{
+
+namespace
+{
+
+constexpr const char *kKindNames[] = {"get-config", "edit-config", "get"};
+
+const char *name_of_kind(uint32_t kind)
+{
+    return kind == TQM_REQ_GET_CONFIG ? kKindNames[0] : kind == TQM_REQ_GET ? kKindNames[2] : kKindNames[1];
+}
+
+tl::unexpected<Error> wrong_kind(uint32_t found, uint32_t wanted)
+{
+    return tl::make_unexpected(
+        Error{std::string("the request is for ") + name_of_kind(found) + ", not for " + name_of_kind(wanted)});
+}
+
+tl::unexpected<Error> not_registered()
+{
+    return tl::make_unexpected(Error{"the plug-in has registered no mapping"});
+}
+
+/// Steering, not a failure: there was nothing to do.
+rcode without_skip(rcode code)
+{
+    return code == TQM_ERR_SKIP_NODE ? 0 : code;
+}
+
+bool write(XmlWriter::Sink sink, std::string_view wrapper, std::string_view attributes,
+           const std::vector<const OutputNode *> &roots, bool with_operations)
+{
+    const std::string netconf = std::string("=\"") + kNetconfNs + "\"";
+    std::string all = " xmlns" + netconf;
+    if (with_operations)
+        all += " xmlns:nc" + netconf;
+    all += attributes;
+    return XmlWriter(std::move(sink)).write(wrapper, all, roots, with_operations);
+}
+
+} // namespace
+
+// ---- Trees ----
+
+void Trees::print(std::string &text) const
+{
+    const auto sink = [&](std::string_view piece) {
+        text += piece;
+        return true;
+    };
+    print_to(sink);
+}
+
+bool Trees::print(std::FILE *file) const
+{
+    return print_to(
+        [file](std::string_view piece) { return std::fwrite(piece.data(), 1, piece.size(), file) == piece.size(); });
+}
+
+bool Trees::print_to(const std::function<bool(std::string_view)> &sink) const
+{
+    switch (wrapper_) {
+    case Wrapper::config:
+        return write(sink, "config", "", roots_, true);
+    case Wrapper::filter:
+        return write(sink, "filter", " type=\"subtree\"", roots_, false);
+    case Wrapper::data:
+        break;
+    }
+    const bool is_read = kind_ == TQM_REQ_GET || kind_ == TQM_REQ_GET_CONFIG;
+    return write(sink, "data", "", roots_, !is_read);
+}
+
+// ---- Framework ----
+
+Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch)
+    : plugin_(plugin), schema_(schema), watch_(std::move(watch))
+{
+}
+
+/// A request that the forward root has walked; one that selects or edits nothing has no output.
+Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind)
+{
+    if (plugin_.registrations().empty())
+        return not_registered();
+    auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
+    if (Expected<void> loaded = request->load(std::move(document)); !loaded)
+        return tl::make_unexpected(std::move(loaded.error()));
+    rdl_tqm_datatree *tree = request->tree();
+    if (tree == nullptr)
+        return request;
+    for (const tqm_map_reg_info &registration : plugin_.registrations()) {
+        if (std::strcmp(registration.oc_top, tree->tag) != 0)
+            continue;
+        const rcode code = without_skip(registration.forward_root(request->ctx(), tree, request->out()));
+        if (code != 0)
+            return tl::make_unexpected(request->error(code));
+        break;
+    }
+    return request;
+}
+
+Expected<Trees> Framework::forward(Document document, uint32_t kind)
+{
+    kind = document.kind().value_or(kind);
+    if (document.is_filter() && kind != TQM_REQ_GET_CONFIG)
+        kind = TQM_REQ_GET;
+    Expected<std::shared_ptr<Request>> request = walk_forward(std::move(document), kind);
+    if (!request)
+        return tl::make_unexpected(std::move(request.error()));
+    Trees trees;
+    trees.request_ = *request;
+    trees.roots_ = trees.request_->roots();
+    trees.kind_ = kind;
+    const bool is_read = kind == TQM_REQ_GET || kind == TQM_REQ_GET_CONFIG;
+    trees.wrapper_ = is_read ? Trees::Wrapper::filter : Trees::Wrapper::config;
+    return trees;
+}
+
+/// Walks each of the request's trees with the reverse root of its registration.
+Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answers)
+{
+    for (uint32_t i = 0; i < answers.count; ++i) {
+        rdl_tqm_datatree &answer = answers.nodes[i];
+        for (const tqm_map_reg_info &registration : plugin_.registrations()) {
+            if (answer.tag == nullptr || std::strcmp(registration.native_top, answer.tag) != 0 ||
+                answer.ns == nullptr || std::strcmp(registration.native_ns, answer.ns) != 0)
+                continue;
+            request.impl().start_walk();
+            const rcode code = without_skip(registration.reverse_root(request.ctx(), &answer, request.out()));
+            if (code != 0)
+                return tl::make_unexpected(request.error(code));
+            break;
+        }
+    }
+    return {};
+}
+
+Expected<Trees> Framework::reverse(Document document, uint32_t kind)
+{
+    if (plugin_.registrations().empty())
+        return not_registered();
+    Trees trees;
+    trees.kind_ = document.kind().value_or(kind);
+    trees.request_ =
+        std::make_shared<Request>(schema_, plugin_.registrations(), trees.kind_, Direction::reverse, watch_);
+    Request &request = *trees.request_;
+    if (Expected<void> loaded = request.load(std::move(document)); !loaded)
+        return tl::make_unexpected(std::move(loaded.error()));
+    if (Expected<void> walked = walk_answers(request, request.impl().trees); !walked)
+        return tl::make_unexpected(std::move(walked.error()));
+    if (request.impl().is_read())
+        request.drop_unanswered();
+    trees.roots_ = request.roots();
+    return trees;
+}
+
+Expected<void> Framework::edit(Document document, NativeSide &native)
+{
+    const uint32_t kind = document.is_filter() ? TQM_REQ_GET : document.kind().value_or(TQM_REQ_EDIT);
+    if (kind != TQM_REQ_EDIT)
+        return wrong_kind(kind, TQM_REQ_EDIT);
+    const Expected<std::shared_ptr<Request>> request = walk_forward(std::move(document), kind);
+    if (!request)
+        return tl::make_unexpected(request.error());
+    const std::vector<const OutputNode *> trees = (*request)->roots();
+    if (trees.empty())
+        return {};
+    return native.edit(trees);
+}
+
+Expected<Trees> Framework::get(std::optional<Document> document, NativeSide &native)
+{
+    return read(std::move(document), native, TQM_REQ_GET);
+}
+
+Expected<Trees> Framework::get_config(std::optional<Document> document, NativeSide &native)
+{
+    return read(std::move(document), native, TQM_REQ_GET_CONFIG);
+}
+
+Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &native, uint32_t kind)
+{
+    if (document && document->kind().value_or(kind) != kind)
+        return wrong_kind(*document->kind(), kind);
+    const bool selects_all = !document || document->selects_all();
+    const Expected<std::shared_ptr<Request>> asked =
+        walk_forward(document ? std::move(*document) : Document::selecting_all(), kind);
+    if (!asked)
+        return tl::make_unexpected(asked.error());
+
+    Trees trees;
+    trees.kind_ = kind;
+    trees.request_ = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::reverse, watch_);
+    Request &request = *trees.request_;
+    for (const OutputNode *filter : (*asked)->roots()) {
+        TreeBuilder answer = request.builder();
+        if (Expected<void> read = native.read(*filter, answer); !read)
+            return tl::make_unexpected(std::move(read.error()));
+        if (Expected<void> walked = walk_answers(request, answer.finish()); !walked)
+            return tl::make_unexpected(std::move(walked.error()));
+    }
+    request.drop_unanswered();
+    if (!selects_all)
+        apply_filter(request.impl().output, (*asked)->tree(), (*asked)->tree_count());
+    trees.roots_ = request.roots();
+    return trees;
+}
+
+} // namespace tqm

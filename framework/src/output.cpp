@@ -1,0 +1,174 @@
+// See output.h.
+#include "output.h"
+
+namespace tqm
+{
+
+std::string_view OutputNode::path() const
+{
+    return info == nullptr ? std::string_view("/") : info->text;
+}
+
+Output::Output(Arena &arena) : arena_(arena), base_(arena.make<OutputNode>())
+{
+    base_->record.tag = "";
+    base_->record.ns = "";
+    base_->record.present = kOutputPresent;
+    base_->record.role_present = kOutputRole;
+}
+
+OutputNode *Output::find_named(const OutputNode &parent, const PathInfo &info)
+{
+    OutputNode *node = parent.first_named;
+    while (node != nullptr && node->info != &info)
+        node = node->next_named;
+    return node;
+}
+
+ListSlot *Output::find_slot(const OutputNode &parent, const PathInfo &info)
+{
+    ListSlot *slot = parent.slots;
+    while (slot != nullptr && slot->info != &info)
+        slot = slot->next;
+    return slot;
+}
+
+ListSlot &Output::slot(OutputNode &parent, PathInfo &info)
+{
+    if (ListSlot *found = find_slot(parent, info))
+        return *found;
+    auto *slot = arena_.make<ListSlot>();
+    slot->info = &info;
+    slot->next = parent.slots;
+    parent.slots = slot;
+    return *slot;
+}
+
+OutputNode *Output::append(OutputNode &parent, const PathInfo &info, const char *ns)
+{
+    auto *node = arena_.make<OutputNode>();
+    node->record.tag = info.tag;
+    node->record.ns = ns;
+    node->record.present = kOutputPresent;
+    node->record.role_present = kOutputRole;
+    node->info = &info;
+    node->parent = &parent;
+    if (info.is_key) {
+        node->record.is_key = 1;
+        node->record.present |= TQM_PRESENT_IS_KEY;
+    }
+    if (parent.last_child == nullptr)
+        parent.first_child = node;
+    else
+        parent.last_child->next = node;
+    parent.last_child = node;
+    return node;
+}
+
+OutputNode *Output::add_named(OutputNode &parent, const PathInfo &info, const char *ns)
+{
+    OutputNode *node = append(parent, info, ns);
+    node->next_named = parent.first_named;
+    parent.first_named = node;
+    return node;
+}
+
+OutputNode *Output::add_entry(OutputNode &parent, PathInfo &info, const char *ns)
+{
+    OutputNode *node = append(parent, info, ns);
+    node->list_entry = true;
+    slot(parent, info).last = node;
+    return node;
+}
+
+OutputNode *Output::add_value(OutputNode &parent, PathInfo &info, const char *ns, const char *value)
+{
+    ListSlot &values = slot(parent, info);
+    const Key key{&values, value == nullptr ? "" : "=", value == nullptr ? "" : value};
+    const auto [position, added] = index_.try_emplace(key, nullptr);
+    if (added)
+        position->second = append(parent, info, ns);
+    values.last = position->second;
+    return values.last;
+}
+
+OutputNode *Output::replace_last_value(OutputNode &parent, PathInfo &info, const char *ns, const char *value)
+{
+    ListSlot &values = slot(parent, info);
+    OutputNode *last = values.last;
+    if (last == nullptr || value == nullptr)
+        return add_value(parent, info, ns, value);
+    const char *old = last->record.value;
+    if (OutputNode *same = find_value(&values, value)) {
+        if (same != last)
+            last->dropped = true;
+        if (same != last && old != nullptr)
+            index_.erase(Key{&values, "=", old});
+        values.last = same;
+        return same;
+    }
+    index_.erase(Key{&values, old == nullptr ? "" : "=", old == nullptr ? "" : old});
+    index_.emplace(Key{&values, "=", value}, last);
+    return last;
+}
+
+OutputNode *Output::find_by_key(const ListSlot *slot, std::string_view key, std::string_view value) const
+{
+    if (slot == nullptr)
+        return nullptr;
+    const auto found = index_.find(Key{slot, key, value});
+    return found == index_.end() ? nullptr : found->second;
+}
+
+OutputNode *Output::find_value(const ListSlot *slot, std::string_view value) const
+{
+    return find_by_key(slot, "=", value);
+}
+
+OutputNode *Output::index_by_key(OutputNode &entry, std::string_view key, std::string_view value)
+{
+    const auto [position, added] = index_.try_emplace(Key{find_slot(*entry.parent, *entry.info), key, value}, &entry);
+    return added || position->second == &entry ? nullptr : position->second;
+}
+
+void Output::forget_key(OutputNode &entry, std::string_view key, std::string_view value)
+{
+    const auto found = index_.find(Key{find_slot(*entry.parent, *entry.info), key, value});
+    if (found != index_.end() && found->second == &entry)
+        index_.erase(found);
+}
+
+void Output::absorb(OutputNode &into, OutputNode &from)
+{
+    OutputNode *next = nullptr;
+    for (OutputNode *child = from.first_child; child != nullptr; child = next) {
+        next = child->next;
+        if (child->dropped)
+            continue;
+        OutputNode *there = child->list_entry ? nullptr : find_named(into, *child->info);
+        if (there == nullptr) {
+            child->parent = &into;
+            child->next = nullptr;
+            (into.last_child == nullptr ? into.first_child : into.last_child->next) = child;
+            into.last_child = child;
+            if (!child->list_entry && !child->info->is_leaf_list) {
+                child->next_named = into.first_named;
+                into.first_named = child;
+            }
+            continue;
+        }
+        if (child->record.value != nullptr) {
+            there->record.value = child->record.value;
+            there->record.present |= TQM_PRESENT_VALUE;
+        }
+        absorb(*there, *child);
+    }
+    if (into.slots == nullptr)
+        into.slots = from.slots;
+    from.first_child = from.last_child = from.first_named = nullptr;
+    from.slots = nullptr;
+    from.dropped = true;
+    from.merged_into = &into;
+}
+
+} // namespace tqm

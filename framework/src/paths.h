@@ -1,0 +1,73 @@
+// Schema paths that a request has met, each made once: what is known of a path hangs off its record, so that an add
+// costs one look-up of its path and no reading of it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "arena.h"
+#include "tqm/schema.h"
+#include "tqm/tree.h"
+
+namespace tqm
+{
+
+struct PathInfo {
+    std::string_view text;      ///< with the leading "/"; null-terminated
+    const char *tag = nullptr;  ///< last component, within text
+    PathInfo *parent = nullptr; ///< null above the top component
+    PathInfo *first_child = nullptr;
+    PathInfo *next_sibling = nullptr;
+    PathInfo *list = nullptr;                       ///< innermost list at or above this path
+    const std::vector<std::string> *keys = nullptr; ///< key leaves of a list
+    uint32_t depth = 0;                             ///< number of components
+    bool is_list = false;
+    bool is_leaf_list = false;
+    bool is_key = false; ///< key leaf of the list that is its parent
+    bool secret = false; ///< its values are key texts
+
+    OutputNode *current = nullptr;    ///< reverse: the entry that bare paths below this list lead to
+    OutputNode *last_found = nullptr; ///< reverse: what the last successful search of this list found
+
+    PathInfo *child(std::string_view child_tag) const
+    {
+        for (PathInfo *info = first_child; info != nullptr; info = info->next_sibling)
+            if (child_tag == info->tag)
+                return info;
+        return nullptr;
+    }
+};
+
+/// True for the tags of leaves that hold key texts.
+bool is_secret_tag(std::string_view tag);
+
+class PathTable
+{
+public:
+    PathTable(const Schema &schema, Arena &arena) : schema_(schema), arena_(arena) {}
+
+    /// The record of `path`, which may lack its leading "/"; null if that is no path.
+    PathInfo *intern(std::string_view path);
+    /// The same without making one.
+    PathInfo *find(std::string_view path) const;
+    /// The record of the child `tag` of `parent` (null: a top path).
+    PathInfo *intern_child(PathInfo *parent, std::string_view tag);
+    /// Records that `info` is a list, keyed by `key` if the schema does not know it.
+    void make_list(PathInfo &info, std::string_view key);
+
+private:
+    PathInfo *insert(std::string_view path);
+    void rehash();
+
+    const Schema &schema_;
+    Arena &arena_;
+    std::vector<PathInfo *> slots_ = std::vector<PathInfo *>(256);
+    std::size_t count_ = 0;
+    PathInfo *first_top_ = nullptr;
+    std::vector<std::unique_ptr<std::vector<std::string>>> made_keys_;
+};
+
+} // namespace tqm

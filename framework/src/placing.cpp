@@ -1,0 +1,413 @@
+// Placing: which node of the output an add means. Mappers give schema paths without keys; the instances of the lists on
+// the way follow from where the walk stands.
+#include <algorithm>
+#include <cstring>
+
+#include "request_impl.h"
+
+namespace tqm
+{
+
+/// Namespaces of the nodes that an add makes on its way.
+struct Request::Impl::Naming {
+    const char *below;  ///< of nodes deeper than `split`
+    const char *above;  ///< of nodes down to `split`
+    uint32_t split = 0; ///< depth of the innermost list, where the two differ
+
+    const char *ns_of(const PathInfo &info) const { return info.depth <= split ? above : below; }
+};
+
+namespace
+{
+
+bool is_at_or_below(const PathInfo &info, const PathInfo &ancestor)
+{
+    const PathInfo *at = &info;
+    while (at != nullptr && at != &ancestor)
+        at = at->parent;
+    return at != nullptr;
+}
+
+OutputNode *nearest_entry(OutputNode &node)
+{
+    OutputNode *at = &node;
+    while (at != nullptr && !at->list_entry)
+        at = at->parent;
+    return at;
+}
+
+OutputNode *survivor(OutputNode *node)
+{
+    while (node != nullptr && node->merged_into != nullptr)
+        node = node->merged_into;
+    return node;
+}
+
+} // namespace
+
+OutputNode *Request::Impl::base_of(rdl_tqm_datatree *tree) const
+{
+    return survivor(as_output_node(tree));
+}
+
+/// A leaf of another module brings its namespace along below the list around it only.
+Request::Impl::Naming Request::Impl::naming_for(const AddArguments &arguments, const PathInfo &info)
+{
+    Naming naming{intern_ns(arguments.ns), nullptr};
+    if (arguments.flags == TQM_ADD_OTHER_MODULE && info.list != nullptr) {
+        naming.split = info.list->depth;
+        naming.above = naming.below;
+        const PathInfo *top = &info;
+        while (top->parent != nullptr)
+            top = top->parent;
+        for (const tqm_map_reg_info &registration : registrations)
+            if (std::strcmp(registration.native_top, top->tag) == 0)
+                naming.above = intern_ns(registration.native_ns);
+    }
+    return naming;
+}
+
+rcode Request::Impl::add(const AddArguments &arguments)
+{
+    if (arguments.tree == nullptr || arguments.path == nullptr || arguments.list_entry > 1)
+        return TQM_ERR_BAD_ARGS;
+    if (arguments.flags != TQM_ADD_PLAIN && arguments.flags != TQM_ADD_OTHER_MODULE &&
+        arguments.flags != TQM_ADD_ENTRY_NAME)
+        return TQM_ERR_BAD_ARGS;
+    OutputNode *base = base_of(arguments.tree);
+    if (base == nullptr)
+        return add_to_request_node(arguments);
+    PathInfo *info = paths.intern(arguments.path);
+    if (info == nullptr)
+        return TQM_ERR_BAD_ARGS;
+    if (arguments.list_entry == 0)
+        settle();
+
+    const Naming naming = naming_for(arguments, *info);
+    const bool addressed = arguments.list_entry == 1 && info->is_list;
+    const bool inside = base->info != nullptr && is_at_or_below(*info, *base->info);
+    const char *value = arena.keep(arguments.value);
+    OutputNode *node = nullptr;
+    if (info->is_leaf_list) {
+        OutputNode *parent = &output.base();
+        if (info->parent != nullptr)
+            parent = inside ? below(*base, *info->parent, naming) : node_for(*info->parent, naming, false);
+        node = arguments.out_node == nullptr ? output.add_value(*parent, *info, naming.ns_of(*info), value)
+                                             : output.replace_last_value(*parent, *info, naming.ns_of(*info), value);
+    } else {
+        node = inside ? below(*base, *info, naming) : node_for(*info, naming, addressed);
+    }
+
+    if (!info->is_list)
+        set_value(*node, value);
+    if (!(addressed && direction == Direction::forward))
+        set_operation(*node, arguments.source);
+    settle_entry_operation(*node, arguments);
+    if (info->is_list && value != nullptr && info->keys->size() == 1) {
+        AddArguments key = arguments;
+        const std::string path = std::string(info->text) + '/' + info->keys->front();
+        key.path = path.c_str();
+        key.out_node = nullptr;
+        key.list_entry = arguments.list_entry;
+        if (const rcode rc = add(key); rc != 0)
+            return rc;
+    }
+    node = survivor(node);
+    if (node->dropped && node->parent->merged_into != nullptr)
+        node = Output::find_named(*survivor(node->parent), *info);
+    if (arguments.out_node != nullptr)
+        *arguments.out_node = &node->record;
+    return 0;
+}
+
+rcode Request::Impl::add_to_request_node(const AddArguments &arguments)
+{
+    const char *tag = arguments.path[0] == '/' ? arguments.path + 1 : arguments.path;
+    if (tag[0] == '\0' || std::strchr(tag, '/') != nullptr)
+        return TQM_ERR_BAD_ARGS;
+    rdl_tqm_datatree &node = *arguments.tree;
+    const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
+    const uint32_t count = has_children ? node.subtree_count : 0;
+    auto *children = arena.make_array<rdl_tqm_datatree>(count + std::size_t{1});
+    std::copy_n(node.subtree, count, children);
+
+    rdl_tqm_datatree &leaf = children[count];
+    leaf.tag = arena.keep(tag);
+    leaf.ns = intern_ns(arguments.ns);
+    leaf.value = arena.keep(arguments.value);
+    if (leaf.value != nullptr)
+        leaf.present |= TQM_PRESENT_VALUE;
+    if (arguments.source != nullptr && (arguments.source->present & TQM_PRESENT_OPERATION) != 0) {
+        leaf.operation = arguments.source->operation;
+        leaf.present |= TQM_PRESENT_OPERATION;
+    }
+    node.subtree = children;
+    node.subtree_count = count + 1;
+    node.present |= TQM_PRESENT_SUBTREE;
+    hierarchy.children_moved(node);
+    if (arguments.out_node != nullptr)
+        *arguments.out_node = &leaf;
+    return 0;
+}
+
+rcode Request::Impl::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path, const char *ns)
+{
+    OutputNode *base = base_of(tree);
+    PathInfo *info = paths.intern(path);
+    if (base == nullptr || info == nullptr)
+        return TQM_ERR_BAD_ARGS;
+    const Naming naming{intern_ns(ns), nullptr};
+    if (info->is_leaf_list) {
+        OutputNode *parent = info->parent == nullptr ? &output.base() : node_for(*info->parent, naming, false);
+        output.add_value(*parent, *info, naming.below, nullptr);
+    } else {
+        node_for(*info, naming, false);
+    }
+    return 0;
+}
+
+OutputNode *Request::Impl::node_for(PathInfo &info, const Naming &naming, bool addressed)
+{
+    if (info.is_list)
+        return direction == Direction::forward ? forward_entry(info, naming, addressed)
+                                               : reverse_entry(info, naming, addressed);
+    OutputNode *parent = info.parent == nullptr ? &output.base() : node_for(*info.parent, naming, false);
+    if (OutputNode *node = Output::find_named(*parent, info))
+        return node;
+    return output.add_named(*parent, info, naming.ns_of(info));
+}
+
+OutputNode *Request::Impl::below(OutputNode &entry, PathInfo &info, const Naming &naming)
+{
+    if (&info == entry.info)
+        return &entry;
+    OutputNode *parent = below(entry, *info.parent, naming);
+    if (info.is_list) {
+        if (OutputNode *current = current_entry(info); current != nullptr && current->parent == parent)
+            return current;
+        return output.add_entry(*parent, info, naming.ns_of(info));
+    }
+    if (OutputNode *node = Output::find_named(*parent, info))
+        return node;
+    return output.add_named(*parent, info, naming.ns_of(info));
+}
+
+// ---- Forward: one entry of the request is one instance in each native list that it leads to ----
+
+OutputNode *Request::Impl::forward_entry(PathInfo &list, const Naming &naming, bool addressed)
+{
+    Frame *innermost = hierarchy.innermost_list();
+    if (innermost == nullptr) {
+        if (OutputNode *entry = request_instances.find(list))
+            return entry;
+    }
+    for (Frame *frame = innermost; frame != nullptr; frame = addressed ? nullptr : hierarchy.outer_list(*frame))
+        if (OutputNode *entry = frame->instances.find(list))
+            return entry;
+
+    Frame *owner_frame = nullptr;
+    Instances &owner = addressed && innermost != nullptr ? (owner_frame = innermost)->instances
+                                                         : owner_of_new_entry(list, owner_frame);
+    OutputNode *parent = list.parent == nullptr ? &output.base() : node_for(*list.parent, naming, false);
+    OutputNode *entry = output.add_entry(*parent, list, naming.ns_of(list));
+    owner.add(list, *entry);
+    if (is_read())
+        give_key_from_walk(*entry, owner_frame);
+    return entry;
+}
+
+/// The innermost entry of the hierarchy. In a read a list of the same name comes first: models that mirror each other
+/// name their lists alike, and such an entry knows the key.
+Instances &Request::Impl::owner_of_new_entry(const PathInfo &list, Frame *&owner_frame)
+{
+    owner_frame = hierarchy.innermost_list();
+    if (owner_frame == nullptr)
+        return request_instances;
+    for (Frame *frame = owner_frame; is_read() && frame != nullptr; frame = hierarchy.outer_list(*frame)) {
+        if (frame->path == nullptr || std::strcmp(frame->path->tag, list.tag) != 0)
+            continue;
+        owner_frame = frame;
+        break;
+    }
+    return owner_frame->instances;
+}
+
+void Request::Impl::give_key_from_walk(OutputNode &entry, Frame *owner)
+{
+    const PathInfo &list = *entry.info;
+    if (owner == nullptr || owner->path == nullptr || list.keys->size() != 1 ||
+        std::strcmp(owner->path->tag, list.tag) != 0)
+        return;
+    const char *value = given_value(owner->child(list.keys->front()));
+    if (value == nullptr)
+        return;
+    PathInfo *key = paths.intern(std::string(list.text) + '/' + list.keys->front());
+    set_value(*output.add_named(entry, *key, entry.record.ns), arena.keep(value));
+}
+
+// ---- Reverse: bare paths go to the entries that list mappers made, found or stitched ----
+
+OutputNode *Request::Impl::current_entry(const PathInfo &list) const
+{
+    OutputNode *entry = survivor(list.current);
+    const PathInfo *outer = list.parent == nullptr ? nullptr : list.parent->list;
+    if (entry == nullptr || outer == nullptr)
+        return entry;
+    return nearest_entry(*entry->parent) == current_entry(*outer) ? entry : nullptr;
+}
+
+OutputNode *Request::Impl::reverse_entry(PathInfo &list, const Naming &naming, bool addressed)
+{
+    if (!addressed)
+        if (OutputNode *current = current_entry(list))
+            return current;
+    OutputNode *parent = list.parent == nullptr ? &output.base() : node_for(*list.parent, naming, false);
+    OutputNode *entry = output.add_entry(*parent, list, naming.ns_of(list));
+    make_current(list, *entry);
+    return entry;
+}
+
+void Request::Impl::make_current(PathInfo &list, OutputNode &entry)
+{
+    undo.push_back({&list, list.current});
+    list.current = &entry;
+}
+
+OutputNode *Request::Impl::existing(PathInfo *info) const
+{
+    if (info == nullptr)
+        return base_;
+    if (info->is_list)
+        return current_entry(*info);
+    OutputNode *parent = existing(info->parent);
+    return parent == nullptr ? nullptr : Output::find_named(*parent, *info);
+}
+
+OutputNode *Request::Impl::search(rdl_tqm_datatree *tree, PathInfo &list, std::string_view key, std::string_view value)
+{
+    OutputNode *base = base_of(tree);
+    OutputNode *parent = nullptr;
+    if (base != nullptr && base->info != nullptr && list.parent != nullptr &&
+        is_at_or_below(*list.parent, *base->info)) {
+        std::vector<PathInfo *> way;
+        for (PathInfo *at = list.parent; at != base->info; at = at->parent)
+            way.push_back(at);
+        parent = base;
+        while (parent != nullptr && !way.empty()) {
+            parent = Output::find_named(*parent, *way.back());
+            way.pop_back();
+        }
+    } else if (base != nullptr) {
+        parent = existing(list.parent);
+    }
+    if (parent == nullptr)
+        return nullptr;
+    const std::string_view leaf = list.keys->size() == 1 ? std::string_view(list.keys->front()) : key;
+    OutputNode *found = survivor(output.find_by_key(Output::find_slot(*parent, list), leaf, value));
+    if (found != nullptr)
+        list.last_found = found;
+    return found;
+}
+
+OutputNode *Request::Impl::add_keyed_entry(rdl_tqm_datatree *tree, PathInfo &list, const char *ns, const char *key,
+                                           const char *value)
+{
+    AddArguments entry;
+    rdl_tqm_datatree *added = nullptr;
+    entry.tree = tree;
+    entry.path = list.text.data();
+    entry.ns = ns;
+    entry.out_node = &added;
+    entry.list_entry = 1;
+    if (list.keys->size() == 1)
+        entry.value = value;
+    if (add(entry) != 0)
+        return nullptr;
+    if (list.keys->size() != 1) {
+        const std::string path = std::string(list.text) + '/' + key;
+        AddArguments leaf;
+        leaf.tree = added;
+        leaf.path = path.c_str();
+        leaf.ns = ns;
+        leaf.value = value;
+        if (add(leaf) != 0)
+            return nullptr;
+    }
+    return survivor(as_output_node(added));
+}
+
+void Request::Impl::index_key(OutputNode &leaf, const char *old_value)
+{
+    OutputNode &entry = *leaf.parent;
+    if (!entry.list_entry)
+        return;
+    if (old_value != nullptr)
+        output.forget_key(entry, leaf.record.tag, old_value);
+    if (leaf.record.value == nullptr)
+        return;
+    OutputNode *known = output.index_by_key(entry, leaf.record.tag, leaf.record.value);
+    if (known != nullptr && entry.info->keys->size() == 1)
+        output.absorb(*known, entry);
+}
+
+// ---- Values and operations ----
+
+void Request::Impl::set_value(OutputNode &node, const char *value)
+{
+    const char *old = node.record.value;
+    // A key is what its entry is known by. The leaf that repeats it under config may be deleted or asked for without
+    // its value; that must not turn one entry into all of them.
+    if (value == nullptr && node.info->is_key && old != nullptr)
+        return;
+    node.record.value = value;
+    if (value == nullptr)
+        node.record.present &= static_cast<uint16_t>(~TQM_PRESENT_VALUE);
+    else
+        node.record.present |= TQM_PRESENT_VALUE;
+    if (direction == Direction::reverse && node.info->is_key)
+        index_key(node, old);
+}
+
+void Request::Impl::set_operation(OutputNode &node, const rdl_tqm_datatree *source) const
+{
+    if (is_read())
+        return;
+    const bool given = source != nullptr && (source->present & TQM_PRESENT_OPERATION) != 0;
+    node.record.operation = given ? source->operation : TQM_OP_MERGE;
+    node.record.present |= TQM_PRESENT_OPERATION;
+    node.operation_source = source;
+}
+
+void Request::Impl::settle_entry_operation(OutputNode &node, const AddArguments &arguments)
+{
+    if (direction != Direction::forward || is_read())
+        return;
+    OutputNode *entry = nearest_entry(node);
+    if (entry == nullptr)
+        return;
+    if (arguments.list_entry == 1 && arguments.source != nullptr) {
+        set_operation(*entry, arguments.source);
+        entry->pending = false;
+    } else if (arguments.list_entry == 1) {
+        if (!entry->pending)
+            pending.push_back(entry);
+        entry->pending = true;
+    } else if (node.info->is_key && (entry->record.present & TQM_PRESENT_OPERATION) == 0) {
+        entry->record.operation = context.record.list_operation;
+        entry->record.present |= TQM_PRESENT_OPERATION;
+    }
+}
+
+void Request::Impl::settle()
+{
+    for (OutputNode *entry : pending) {
+        if (!entry->pending)
+            continue;
+        entry->pending = false;
+        entry->record.operation = context.record.list_operation;
+        entry->record.present |= TQM_PRESENT_OPERATION;
+    }
+    pending.clear();
+}
+
+} // namespace tqm

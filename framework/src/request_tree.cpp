@@ -1,0 +1,356 @@
+// See request_tree.h. The document object is walked once and dropped; what stays is its buffer, which the tags and
+// values point into.
+#include "request_tree.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "document_content.h"
+
+namespace tqm
+{
+
+namespace
+{
+
+constexpr unsigned int kDepthMax = 256;
+
+struct OperationName {
+    const char *name;
+    uint32_t operation;
+};
+constexpr OperationName kOperations[] = {{"merge", TQM_OP_MERGE},
+                                         {"replace", TQM_OP_REPLACE},
+                                         {"create", TQM_OP_CREATE},
+                                         {"delete", TQM_OP_DELETE},
+                                         {"remove", TQM_OP_REMOVE}};
+
+/// What a node without an operation of its own has from the nodes around it.
+enum class Inherited { nothing, create, none };
+
+bool is_blank(const char *text)
+{
+    return text[std::strspn(text, " \t\r\n")] == '\0';
+}
+
+class Converter
+{
+public:
+    Converter(Request::Impl &request, Document::Content &content)
+        : request_(request), content_(content), scope_(content.scope), is_edit_(!request.is_read()),
+          reverse_(request.direction == Direction::reverse)
+    {
+    }
+
+    Expected<void> run();
+
+private:
+    std::vector<pugi::xml_node> elements();
+    bool check_top(const XmlName &name, pugi::xml_node element);
+    bool convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
+                 unsigned int depth, bool &left_out);
+    bool convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info, Inherited inherited,
+                          unsigned int depth, uint32_t count);
+    bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
+    bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
+    Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
+    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split);
+    const char *whole_text(pugi::xml_node element, bool split);
+    char *trimmed(const char *value);
+    const char *kept_ns(const char *ns);
+    bool fail(std::string text, pugi::xml_node element);
+
+    Request::Impl &request_;
+    Document::Content &content_;
+    XmlScope scope_;
+    bool is_edit_;
+    bool reverse_;
+    Error error_;
+    const char *raw_ns_ = nullptr;
+    const char *ns_ = nullptr;
+};
+
+bool Converter::fail(std::string text, pugi::xml_node element)
+{
+    error_.text = std::move(text);
+    std::vector<std::string_view> names;
+    for (; element && element != content_.holder && element.type() == pugi::node_element; element = element.parent()) {
+        const char *colon = std::strchr(element.name(), ':');
+        names.emplace_back(colon == nullptr ? element.name() : colon + 1);
+    }
+    for (; !names.empty(); names.pop_back())
+        error_.path.append("/").append(names.back());
+    return false;
+}
+
+std::vector<pugi::xml_node> Converter::elements()
+{
+    std::vector<pugi::xml_node> elements;
+    if (content_.single)
+        elements.push_back(content_.single);
+    for (pugi::xml_node child : content_.holder.children())
+        if (child.type() == pugi::node_element)
+            elements.push_back(child);
+    return elements;
+}
+
+Expected<void> Converter::run()
+{
+    const std::vector<pugi::xml_node> tops = elements();
+    auto *trees = request_.arena.make_array<rdl_tqm_datatree>(tops.size());
+    if (content_.holder && !is_blank(content_.holder.child_value()))
+        fail("there is text between the elements", content_.holder);
+    if (error_.text.empty() && !reverse_ && tops.size() > 1)
+        fail(std::string("a request has one tree, and <") + tops[1].name() + "> is a second one", tops[1]);
+    for (const std::string_view list : request_.schema.lists())
+        request_.paths.intern(list);
+    Inherited inherited = Inherited::nothing;
+    if (is_edit_ && content_.default_operation == DefaultOperation::none)
+        inherited = Inherited::none;
+
+    uint32_t count = 0;
+    for (std::size_t i = 0; error_.text.empty() && i < tops.size(); ++i) {
+        if (content_.single)
+            scope_.leave(0); // the element's declarations are taken in again below
+        const std::size_t mark = scope_.enter(tops[i]);
+        const auto name = scope_.element_name(tops[i].name());
+        if (!name)
+            fail(std::string("the prefix of element <") + tops[i].name() + "> is not declared", tops[i]);
+        const bool good = name && check_top(*name, tops[i]);
+        scope_.leave(mark);
+        bool left_out = false;
+        if (!good || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out))
+            break;
+        if (is_edit_ && content_.default_operation == DefaultOperation::replace &&
+            (trees[count].present & TQM_PRESENT_OPERATION) == 0) {
+            trees[count].operation = TQM_OP_REPLACE;
+            trees[count].present |= TQM_PRESENT_OPERATION;
+        }
+        ++count;
+    }
+    if (!error_.text.empty())
+        return tl::make_unexpected(error_);
+    request_.trees = {trees, count};
+    return {};
+}
+
+/// Native modules may register a top tag of their own on the OpenConfig side, too: it names no tree of a client.
+bool is_client_top(const tqm_map_reg_info &registration)
+{
+    return std::strcmp(registration.oc_top, registration.native_top) != 0;
+}
+
+bool Converter::check_top(const XmlName &name, pugi::xml_node element)
+{
+    const auto &registrations = request_.registrations;
+    const bool any_client_top = std::ranges::any_of(registrations, is_client_top);
+    bool tag_known = false;
+    const char *expected_ns = "";
+    for (const tqm_map_reg_info &registration : registrations) {
+        if (!reverse_ && any_client_top && !is_client_top(registration))
+            continue;
+        if (std::strcmp(name.local, reverse_ ? registration.native_top : registration.oc_top) != 0)
+            continue;
+        tag_known = true;
+        expected_ns = reverse_ ? registration.native_ns : registration.oc_ns;
+        if (std::strcmp(name.ns, expected_ns) == 0)
+            return true;
+    }
+    if (tag_known)
+        return fail(std::string("<") + name.local + "> is in namespace '" + name.ns + "', not in '" + expected_ns + "'",
+                    element);
+    return fail(std::string("no mapping is registered for the element <") + name.local + ">", element);
+}
+
+bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
+                        unsigned int depth, bool &left_out)
+{
+    if (depth > kDepthMax)
+        return fail("the request is nested deeper than " + std::to_string(kDepthMax) + " elements", element.parent());
+    const bool has_attributes = static_cast<bool>(element.first_attribute());
+    const std::size_t mark = has_attributes ? scope_.enter(element) : 0;
+    if (has_attributes && scope_.overfull())
+        return fail("too many namespaces are declared", element);
+    const auto name = scope_.element_name(element.name());
+    if (!name)
+        return fail(std::string("the prefix of element <") + element.name() + "> is not declared", element);
+    record.tag = request_.arena.keep(name->local);
+    record.ns = kept_ns(name->ns);
+    if (has_attributes && !attributes(element, record))
+        return false;
+
+    uint32_t child_elements = 0;
+    bool split = false;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element)
+            ++child_elements;
+        else
+            split = true;
+    }
+    const bool is_key =
+        parent != nullptr && parent->is_list && std::ranges::find(*parent->keys, name->local) != parent->keys->end();
+    const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
+    // Under the default-operation none a leaf that says nothing is not part of the edit.
+    left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
+    inherited = take_operation(record, inherited, is_key);
+    if (!text(element, record, child_elements, split))
+        return false;
+    const PathInfo *info = depth == 1 ? request_.paths.find(name->local) : nullptr;
+    if (parent != nullptr)
+        info = parent->child(name->local);
+    if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
+        return false;
+    if (has_attributes)
+        scope_.leave(mark);
+    return true;
+}
+
+bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
+                                 Inherited inherited, unsigned int depth, uint32_t count)
+{
+    auto *children = request_.arena.make_array<rdl_tqm_datatree>(count);
+    uint32_t filled = 0;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element)
+            continue;
+        bool left_out = false;
+        children[filled] = {};
+        if (!convert(child, children[filled], info, inherited, depth + 1, left_out))
+            return false;
+        if (!left_out)
+            ++filled;
+    }
+    record.subtree = children;
+    record.subtree_count = filled;
+    record.present |= TQM_PRESENT_SUBTREE;
+    return true;
+}
+
+Inherited Converter::take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const
+{
+    if ((record.present & TQM_PRESENT_OPERATION) != 0)
+        return record.operation == TQM_OP_CREATE ? Inherited::create : Inherited::nothing;
+    if (inherited == Inherited::none)
+        record.operation = kOperationNone;
+    else if (inherited == Inherited::create && !is_key)
+        record.operation = TQM_OP_CREATE;
+    else
+        return inherited;
+    record.present |= TQM_PRESENT_OPERATION;
+    return inherited;
+}
+
+bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
+{
+    for (pugi::xml_attribute attribute : element.attributes()) {
+        if (XmlScope::is_declaration(attribute.name()))
+            continue;
+        const auto name = scope_.attribute_name(attribute.name());
+        if (!name)
+            return fail(std::string("the prefix of attribute '") + attribute.name() + "' is not declared", element);
+        const bool is_netconf = std::strcmp(name->ns, kNetconfNs) == 0;
+        const bool is_operation = std::strcmp(name->local, "operation") == 0;
+        if (is_netconf && is_operation) {
+            if (!operation(element, attribute.value(), record))
+                return false;
+        } else if (is_operation && *name->ns == '\0') {
+            return fail(std::string("the attribute 'operation' must be in namespace ") + kNetconfNs, element);
+        } else if (*name->ns == '\0' && is_edit_) {
+            return fail(std::string("unknown attribute '") + attribute.name() + "'", element);
+        } else if (!is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
+            return fail(std::string("attribute '") + attribute.name() +
+                            "': attribute match expressions are not supported",
+                        element);
+        }
+    }
+    return true;
+}
+
+bool Converter::operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record)
+{
+    if (!is_edit_)
+        return fail("an operation attribute has no place in a read", element);
+    for (const OperationName &known : kOperations) {
+        if (std::strcmp(known.name, value) != 0)
+            continue;
+        record.operation = known.operation;
+        record.present |= TQM_PRESENT_OPERATION;
+        return true;
+    }
+    return fail(std::string("operation '") + value + "' is none of merge, replace, create, delete and remove", element);
+}
+
+bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split)
+{
+    const char *value = whole_text(element, split);
+    if (is_blank(value)) {
+        // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
+        if (!reverse_ || child_elements != 0)
+            return true;
+        value = "";
+    } else if (child_elements != 0) {
+        return fail("an element holds text beside its child elements", element);
+    }
+    record.value = is_edit_ || reverse_ ? request_.arena.keep(value) : trimmed(value);
+    record.present |= TQM_PRESENT_VALUE;
+    return true;
+}
+
+/// Comments and CDATA sections cut a text into pieces.
+const char *Converter::whole_text(pugi::xml_node element, bool split)
+{
+    if (!split)
+        return element.child_value();
+    std::string text = element.value();
+    for (pugi::xml_node child : element.children())
+        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+            text += child.value();
+    return request_.arena.copy(text);
+}
+
+char *Converter::trimmed(const char *value)
+{
+    std::string_view text = value;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    text.remove_suffix(text.size() - text.find_last_not_of(" \t\r\n") - 1);
+    return const_cast<char *>(request_.arena.copy(text));
+}
+
+const char *Converter::kept_ns(const char *ns)
+{
+    if (ns != raw_ns_) {
+        raw_ns_ = ns;
+        ns_ = request_.intern_ns(ns);
+    }
+    return ns_;
+}
+
+/// The tree of a read without a filter: the client's top node alone.
+void select_all(Request::Impl &request)
+{
+    const auto &registrations = request.registrations;
+    auto top = std::ranges::find_if(registrations, is_client_top);
+    if (top == registrations.end())
+        top = registrations.begin();
+    if (top == registrations.end())
+        return;
+    auto *tree = request.arena.make<rdl_tqm_datatree>();
+    tree->tag = request.arena.copy(top->oc_top);
+    tree->ns = request.intern_ns(top->oc_ns);
+    request.trees = {tree, 1};
+}
+
+} // namespace
+
+Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Document::Content> content)
+{
+    if (content->selects_all) {
+        select_all(request);
+        return {};
+    }
+    request.buffers.push_back(content->buffer);
+    request.arena.keep_alive(content->buffer.get(), content->size);
+    return Converter(request, *content).run();
+}
+
+} // namespace tqm

@@ -1,0 +1,36 @@
+// See schema.h.
+#include "tqm/schema.h"
+
+namespace tqm
+{
+
+void Schema::add_list(std::string path, std::vector<std::string> keys)
+{
+    lists_.insert_or_assign(std::move(path), std::move(keys));
+}
+
+void Schema::add_leaf_list(std::string path)
+{
+    leaf_lists_.insert(std::move(path));
+}
+
+const std::vector<std::string> *Schema::list_keys(std::string_view path) const
+{
+    const auto found = lists_.find(path);
+    return found == lists_.end() ? nullptr : &found->second;
+}
+
+bool Schema::is_leaf_list(std::string_view path) const
+{
+    return leaf_lists_.find(path) != leaf_lists_.end();
+}
+
+std::vector<std::string_view> Schema::lists() const
+{
+    std::vector<std::string_view> paths;
+    for (const auto &[path, keys] : lists_)
+        paths.push_back(path);
+    return paths;
+}
+
+} // namespace tqm
