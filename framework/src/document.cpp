@@ -428,7 +428,7 @@ Expected<Document> Document::read(std::FILE *file)
     content->buffer = {memory, [](char *done) { std::free(done); }};
     content->size = size;
     if (std::ferror(file) != 0)
-        return failure("the request cannot be read");
+        return failure(std::string("the request cannot be read: ") + std::strerror(errno));
     return parse_buffer(std::move(content));
 }
 
@@ -439,6 +439,8 @@ Expected<Document> Document::read_file(const std::filesystem::path &path)
         return failure("cannot open " + path.string() + ": " + std::strerror(errno));
     Expected<Document> document = read(file);
     std::fclose(file);
+    if (!document)
+        document.error().text = path.string() + ": " + document.error().text;
     return document;
 }
 
@@ -468,7 +470,7 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
         if (node.type() == pugi::node_doctype)
             return failure("a document type declaration is not allowed");
         if (node.type() != pugi::node_element)
-            return failure("there is text outside the request's element");
+            return failure("the request is no XML document: there is text outside its root element");
         if (root)
             return failure(std::string("the request has a second root element, <") + node.name() + ">");
         root = node;

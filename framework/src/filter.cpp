@@ -33,6 +33,13 @@ bool names(const rdl_tqm_datatree &filter, const OutputNode &data)
            (filter.ns == nullptr || std::strcmp(filter.ns, data.ns()) == 0);
 }
 
+/// A key leaf that the walker has put into a filter that names none, so that entries can be told apart. It is not the
+/// client's, and selects nothing; leaves that the client names have got a role.
+bool is_added_key(const rdl_tqm_datatree &filter)
+{
+    return filter.is_key != 0 && (filter.role_present & TQM_ROLE_PRESENT) == 0 && given_value(&filter) == nullptr;
+}
+
 class Selection
 {
 public:
@@ -56,7 +63,7 @@ public:
         }
         bool selected = false;
         for (const rdl_tqm_datatree &filter : filters)
-            selected = select_children(filter, data) || selected;
+            selected = (!is_added_key(filter) && select_children(filter, data)) || selected;
         if (!selected)
             return false;
         data.kept = kOnTheWay;

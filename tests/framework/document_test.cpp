@@ -120,7 +120,7 @@ TEST(Documents, refusals_name_what_is_wrong)
     expect_all({
         {"", "error: the request is empty"},
         {"<!-- -->", "error: the request has no element"},
-        {"<a/>junk", "error: there is text outside the request's element"},
+        {"<a/>junk", "error: the request is no XML document: there is text outside its root element"},
         {"<!DOCTYPE a><a/>", "error: a document type declaration is not allowed"},
         {top("") + "<x/>", "error: the request has a second root element, <x>"},
         {"<config>" + top("") + "<x/></config>", "error: a request has one tree, and <x> is a second one at /x"},

@@ -1,0 +1,129 @@
+// Reads of MKA policies, and the commands that need no store.
+#include <algorithm>
+
+#include "support.h"
+
+using namespace test;
+
+namespace
+{
+
+class Read : public ToolTest
+{
+protected:
+    void SetUp() override
+    {
+        ToolTest::SetUp();
+        const Outcome edited = edit(in_policies(policy("P1", "<key-server-priority>10</key-server-priority>"
+                                                             "<macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite>") +
+                                                policy("P2", "<key-server-priority>20</key-server-priority>"
+                                                             "<delay-protection>true</delay-protection>")));
+        ASSERT_EQ(edited.status, 0) << edited.err;
+    }
+
+    // What the filter inside `policies` selects there.
+    std::string selected(const std::string &filter)
+    {
+        const Outcome read = get_config("<mka><policies>" + filter + "</policies></mka>");
+        EXPECT_EQ(read.status, 0) << read.err;
+        const std::string text = compact(read.out);
+        const std::string open = "<policies>";
+        const std::size_t begin = text.find(open);
+        return begin == std::string::npos ? ""
+                                          : text.substr(begin + open.size(), text.find("</policies>") - begin - 10);
+    }
+};
+
+TEST_F(Read, FiltersSelectWhatTheyNameAndNoMore)
+{
+    const std::string p1 = policy("P1", "<key-server-priority>10</key-server-priority>"
+                                        "<macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite>");
+    const std::string p2 = policy("P2", "<key-server-priority>20</key-server-priority>"
+                                        "<delay-protection>true</delay-protection>");
+    const struct {
+        const char *filter;
+        std::string answer;
+    } cases[] = {
+        {"", p1 + p2},
+        {"<policy><name>P2</name></policy>", p2},
+        {"<policy><name>P9</name></policy>", ""},
+        {"<policy><name/></policy>", "<policy><name>P1</name></policy><policy><name>P2</name></policy>"},
+        {"<policy><name>P1</name><config><macsec-cipher-suite/></config></policy>",
+         "<policy><name>P1</name><config><macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite></config></policy>"},
+        {"<policy><config><key-server-priority>20</key-server-priority></config></policy>", p2},
+        {"<policy><config><key-server-priority>20</key-server-priority><name/></config></policy>",
+         "<policy><name>P2</name><config><name>P2</name><key-server-priority>20</key-server-priority></config>"
+         "</policy>"},
+        {"<policy><config><delay-protection/></config></policy>",
+         "<policy><name>P2</name><config><delay-protection>true</delay-protection></config></policy>"},
+        {"<policy><name>P2</name></policy><policy><name>P1</name><config><name/></config></policy>",
+         p2 + "<policy><name>P1</name><config><name>P1</name></config></policy>"},
+        {"<policy><nonsense/></policy>", ""},
+    };
+    for (const auto &one : cases) {
+        EXPECT_EQ(selected(one.filter), one.answer) << one.filter;
+    }
+}
+
+TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)
+{
+    const Outcome read = ocmap({"get", "--store", store()});
+    EXPECT_EQ(read.status, 0) << read.err;
+    const std::string text = compact(read.out);
+    EXPECT_NE(text.find("<policy><name>P1</name><config><name>P1</name>"), std::string::npos);
+    EXPECT_NE(text.find("<state><name>P1</name><key-server-priority>10</key-server-priority>"), std::string::npos);
+    EXPECT_EQ(text.find("<policy><name>P1</name>"), text.rfind("<policy><name>P1</name>"));
+    EXPECT_NE(text.find("<sak-hash-errors>0</sak-hash-errors>"), std::string::npos);
+}
+
+TEST_F(Read, AnEmptyFilterSelectsNothingAndAnEmptyStoreHasNothing)
+{
+    const std::string nothing = "<data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"/>\n";
+    EXPECT_EQ(ocmap({"get-config", "-", "--store", store()}, "<filter/>").out, nothing);
+    EXPECT_EQ(ocmap({"get-config", "--store", path("empty")}).out, nothing);
+}
+
+TEST_F(Read, UnsupportedLeavesFailAReadThatNamesThem)
+{
+    const Outcome named = get_config(in_policies("<policy><name>P1</name><config><use-updated-eth-header/></config>"
+                                                 "</policy>"));
+    EXPECT_EQ(named.status, 1);
+    EXPECT_NE(named.err.find("  tag: use-updated-eth-header\n"), std::string::npos) << named.err;
+    EXPECT_NE(named.err.find("  path: /macsec/mka/policies/policy[name='P1']/config\n"), std::string::npos);
+    EXPECT_NE(named.err.find("  code: 0xaaf2ee00\n"), std::string::npos);
+}
+
+TEST_F(Read, ReverseTakesNativeTreesAndForwardReads)
+{
+    const Outcome reversed = ocmap({"reverse", "-", "--kind", "get-config"},
+                                   "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'>"
+                                   "<policy-names><policy-name><name>P1</name><sak-rekey-interval>30"
+                                   "</sak-rekey-interval></policy-name></policy-names></macsec>");
+    EXPECT_EQ(reversed.status, 0) << reversed.err;
+    EXPECT_NE(reversed.out.find("<sak-rekey-interval>1800</sak-rekey-interval>"), std::string::npos);
+    const Outcome forward = ocmap({"forward", std::string(EXAMPLES) + "/policies/get-leaf.xml"});
+    EXPECT_EQ(compact(forward.out),
+              "<filter xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\" type=\"subtree\"><macsec "
+              "xmlns=\"http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg\"><policy-names><policy-name>"
+              "<name>P1</name><cipher-suite/></policy-name></policy-names></macsec></filter>\n");
+}
+
+TEST_F(Read, TheTreeShowsWhereEachNodeGoes)
+{
+    const Outcome tree = ocmap({"tree"});
+    EXPECT_EQ(tree.status, 0) << tree.err;
+    EXPECT_EQ(std::ranges::count(tree.out, '\n'), 1 + 110);
+    const auto line = [&](const std::string &node) {
+        const std::size_t begin = tree.out.find("+--" + node);
+        return begin == std::string::npos ? "" : tree.out.substr(begin, tree.out.find('\n', begin) - begin);
+    };
+    EXPECT_TRUE(line("rw key-server-priority?").ends_with(" /macsec/policy-names/policy-name/key-server-priority"));
+    EXPECT_TRUE(line("rw use-updated-eth-header?").ends_with(" not supported"));
+    EXPECT_TRUE(line("ro sak-hash-errors?").ends_with(" /oc-macsec/macsec/mka/mka-state/counters/sak-hash-errors"));
+    EXPECT_TRUE(line("rw sak-rekey-interval?")
+                    .ends_with(" /macsec/policy-names/policy-name/sak-rekey-interval, "
+                               "/macsec/policy-names/policy-name/sak-rekey-interval-sec; edit: "
+                               "/macsec/policy-names/policy-name/sak-rekey-interval-sec"));
+}
+
+} // namespace

@@ -1,0 +1,32 @@
+// The commands, from a document to what is printed. Each gives an error for main() to report; nothing is printed on
+// standard output before the whole result is there.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "environment.h"
+
+namespace ocmap
+{
+
+struct Options {
+    std::string file;             // path, "-" for standard input, empty for none
+    std::string store;            // directory of the native datastore
+    std::string operational;      // document of the router's state, empty for none
+    std::optional<uint32_t> kind; // TQM_REQ_*, where the document does not say it
+    bool trace = false;           // the plug-in's log lines to standard error
+    bool journal = false;         // the plug-in's calls of framework operations to standard error
+    bool questions = false;       // with them those that only ask, compare and log
+    Locations locations;
+};
+
+tqm::Expected<void> forward(const Options &options);
+tqm::Expected<void> reverse(const Options &options);
+tqm::Expected<void> edit(const Options &options);
+tqm::Expected<void> get(const Options &options);
+tqm::Expected<void> get_config(const Options &options);
+tqm::Expected<void> tree(const Options &options);
+
+} // namespace ocmap

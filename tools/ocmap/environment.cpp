@@ -1,0 +1,74 @@
+// Finding and loading what the commands work with.
+#include "environment.h"
+
+#include <array>
+#include <system_error>
+#include <utility>
+
+namespace ocmap
+{
+namespace
+{
+
+constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
+                                     "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
+
+// The first of the places that is there, or the first of all, so that an error names a place.
+std::filesystem::path first_present(std::initializer_list<std::filesystem::path> places)
+{
+    for (const std::filesystem::path &place : places) {
+        std::error_code ignored;
+        if (std::filesystem::exists(place, ignored)) {
+            return place;
+        }
+    }
+    return *places.begin();
+}
+
+} // namespace
+
+Locations default_locations()
+{
+    std::error_code error;
+    const std::filesystem::path bin = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const std::filesystem::path root = bin.parent_path();
+    return {
+        first_present({bin / "libymap_oc_macsec.so", root / "lib/oc-macsec/libymap_oc_macsec.so"}),
+        first_present({root / "yang", root / "share/oc-macsec/yang"}),
+    };
+}
+
+Environment::Environment(router::Models models, tqm::Plugin plugin)
+    : models_(std::move(models)), plugin_(std::move(plugin))
+{
+    for (router::ListInfo &list : models_.lists()) {
+        schema_.add_list(std::move(list.path), std::move(list.keys));
+    }
+    for (router::ListInfo &leaf_list : models_.leaf_lists()) {
+        schema_.add_leaf_list(std::move(leaf_list.path));
+    }
+}
+
+tqm::Expected<Environment> Environment::load(const Locations &locations)
+{
+    auto models = router::Models::load(locations.yang.string());
+    if (!models) {
+        return tl::unexpected(from_router(models.error()));
+    }
+    auto plugin = tqm::Plugin::load(locations.plugin, entry_points);
+    if (!plugin) {
+        return tl::unexpected(plugin.error());
+    }
+    if (plugin->registrations().empty()) {
+        return tl::unexpected(tqm::Error{"the plug-in has registered nothing: /pkg/yang/openconfig-macsec.yang is "
+                                         "missing; 'sudo make model' installs it"});
+    }
+    return Environment(std::move(*models), std::move(*plugin));
+}
+
+tqm::Error from_router(router::Error error)
+{
+    return {std::move(error.text), std::move(error.path)};
+}
+
+} // namespace ocmap

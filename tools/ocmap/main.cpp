@@ -1,0 +1,110 @@
+// ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
+// commands do stands in commands.cpp.
+#include <cstdio>
+#include <map>
+
+#include <CLI/CLI.hpp>
+
+#include "commands.h"
+
+namespace
+{
+
+constexpr int exit_failure = 1;
+constexpr int exit_usage = 2;
+
+void report(const tqm::Error &error)
+{
+    std::fprintf(stderr, "error: %s\n", error.text.c_str());
+    if (!error.path.empty()) {
+        std::fprintf(stderr, "  path: %s\n", error.path.c_str());
+    }
+    if (!error.tag.empty()) {
+        std::fprintf(stderr, "  tag: %s\n", error.tag.c_str());
+    }
+    if (error.code) {
+        std::fprintf(stderr, "  code: 0x%08x\n", *error.code);
+    }
+}
+
+const std::map<std::string, uint32_t> kinds = {
+    {"edit", TQM_REQ_EDIT}, {"get", TQM_REQ_GET}, {"get-config", TQM_REQ_GET_CONFIG}};
+
+using Run = tqm::Expected<void> (*)(const ocmap::Options &);
+
+// What the command line has chosen, and the options for it.
+struct Chosen {
+    ocmap::Options options;
+    Run run = nullptr;
+};
+
+// The options that every command has.
+CLI::App *add_command(CLI::App &app, const char *name, const char *description, Chosen &chosen, Run run)
+{
+    ocmap::Options &options = chosen.options;
+    CLI::App *const command = app.add_subcommand(name, description);
+    command->callback([&chosen, run] { chosen.run = run; });
+    command->add_flag("--trace", options.trace, "Show the plug-in's log lines on standard error");
+    command->add_flag("--journal", options.journal, "Show the plug-in's calls of the framework on standard error");
+    command->add_flag("--journal-all", options.questions, "Show also the calls that only ask, compare and log");
+    command->add_option("--plugin", options.locations.plugin, "The plug-in, libymap_oc_macsec.so");
+    command->add_option("--yang", options.locations.yang, "Directory of the YANG modules");
+    return command;
+}
+
+void add_file(CLI::App *command, ocmap::Options &options, bool required)
+{
+    command->add_option("file", options.file, "NETCONF document, - for standard input")->required(required);
+}
+
+void add_kind(CLI::App *command, ocmap::Options &options)
+{
+    command->add_option("--kind", options.kind, "edit, get or get-config, where the document does not say it")
+        ->transform(CLI::CheckedTransformer(kinds));
+}
+
+void add_store(CLI::App *command, ocmap::Options &options)
+{
+    command->add_option("--store", options.store, "Directory of the native datastore")->required();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Chosen chosen;
+    ocmap::Options &options = chosen.options;
+    options.locations = ocmap::default_locations();
+
+    CLI::App app{"Maps OpenConfig MACsec requests to a router's native models and its answers back."};
+    app.require_subcommand(1);
+    CLI::App *command =
+        add_command(app, "forward", "Print the native trees that a request becomes", chosen, ocmap::forward);
+    add_file(command, options, true);
+    add_kind(command, options);
+    command = add_command(app, "reverse", "Print the OpenConfig tree of native trees", chosen, ocmap::reverse);
+    add_file(command, options, true);
+    add_kind(command, options);
+    command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
+    add_file(command, options, true);
+    add_store(command, options);
+    command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
+    add_file(command, options, false);
+    add_store(command, options);
+    command->add_option("--oper", options.operational, "The router's state: a document of its operational model");
+    command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
+    add_file(command, options, false);
+    add_store(command, options);
+    add_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : exit_usage;
+    }
+    if (const tqm::Expected<void> done = chosen.run(options); !done) {
+        report(done.error());
+        return exit_failure;
+    }
+    return 0;
+}
