@@ -7,7 +7,7 @@ export LC_ALL=C
 
 exported=$(nm -D --defined-only "$library" | awk '{ print $3 }' | sort)
 if [ "$build" = sanitized ]; then # the sanitizers' own marks
-    exported=$(grep -v '^__\(a\|ub\)san' <<< "$exported")
+    exported=$(grep -v '^__\(odr_a\|a\|ub\)san' <<< "$exported")
 fi
 if ! diff <(sort "$lists/exported_symbols.txt") <(echo "$exported"); then
     echo "the exported symbols differ from the list (< list, > library)"

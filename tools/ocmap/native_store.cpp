@@ -10,8 +10,18 @@ namespace ocmap
 namespace
 {
 
+// A leaf that an add gave no source carries no operation of the client's: its value, if it has one, is set, and nothing
+// is made of a missing one.
+bool carries_no_operation(const tqm::OutputNode &node)
+{
+    return node.source() == nullptr && !node.is_list_entry() && node.children().empty();
+}
+
 router::Operation operation_of(const tqm::OutputNode &node)
 {
+    if (carries_no_operation(node)) {
+        return router::Operation::none;
+    }
     switch (node.operation().value_or(tqm::kOperationNone)) {
     case TQM_OP_MERGE:
         return router::Operation::merge;
