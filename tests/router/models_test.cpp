@@ -2,6 +2,8 @@
 #include "support.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <unistd.h>
 
 namespace router::test
 {
@@ -55,7 +57,10 @@ TEST(Models, SayWhichModuleIsMissing)
     ASSERT_FALSE(nowhere);
     EXPECT_NE(nowhere.error().text.find("/nonexistent/yang"), std::string::npos);
 
-    const auto empty = Models::load(::testing::TempDir());
+    std::string directory = ::testing::TempDir() + "/no-models.XXXXXX";
+    ASSERT_NE(mkdtemp(directory.data()), nullptr);
+    const auto empty = Models::load(directory);
+    rmdir(directory.c_str());
     ASSERT_FALSE(empty);
     EXPECT_NE(empty.error().text.find("openconfig-macsec"), std::string::npos);
 }
