@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Applies the policy examples one after another to a fresh store, and shows for each the request, the native tree that it
-# becomes, and what a read then returns.
+# Applies the policy examples one after another to a fresh store, and then a key's rotation, and shows for each the
+# request, the native tree that it becomes, and what a read then returns.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ocmap=build/ocmap
@@ -39,3 +39,5 @@ read_back policies/get-leaf.xml
 read_back policies/get-by-content.xml
 edit policies/replace.xml
 edit policies/delete.xml
+edit key-chains/create.xml
+edit key-chains/rotate.xml
