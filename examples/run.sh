@@ -1,43 +1,52 @@
 #!/usr/bin/env bash
-# Applies the policy examples one after another to a fresh store, and then a key's rotation, and shows for each the
-# request, the native tree that it becomes, and what a read then returns.
+# Applies the policy examples one after another to a fresh store, then a key's rotation. For each edit it shows side by
+# side the OpenConfig request, the native tree that it becomes, and what a read then returns, all in outline;
+# `ocmap forward FILE` and `ocmap get-config --store DIR` print the documents themselves.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ocmap=build/ocmap
-store=$(mktemp -d)
-trap 'rm -rf "$store"' EXIT
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+store=$work/store
 
-bold=; plain=
-if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then bold=$(tput bold); plain=$(tput sgr0); fi
+bold='' plain=''
+if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then bold=$(tput bold) plain=$(tput sgr0); fi
 
-# The OpenConfig part of a request, without its wrapping.
-request() { sed -n '/<macsec /,/<\/macsec>/p' "$1" | sed 's/^      //'; }
-comment() { sed -n 's/^<!-- \(.*\) -->$/\1/p' "$1"; }
+# XML in outline: a line a node, its value behind it and its operation in parentheses. $1 is the element to begin in.
+outline() {
+    sed -n "/<$1[ >]/,/<\/$1>/p" | sed -E '
+        1d; /^ *<\//d
+        s/<([a-z0-9-]+)( nc:operation="([a-z]+)")?\/?>/<\1> (\3)/
+        s/<([a-z0-9-]+)> (\([a-z]*\))([^<]*)<.*/\1 \3 \2/
+        s/<([a-z0-9-]+)>/\1/; s/ *\(\)//' | awk '
+        NR == 1 { match($0, /^ */); indent = RLENGTH }
+        { print substr($0, indent + 1) }'
+}
+
+heading() {
+    echo "${bold}---- examples/$1: $(sed -n 's/^<!-- \(.*\) -->$/\1/p' "examples/$1")${plain}"
+}
 
 edit() {
-    local example=examples/$1
-    echo "${bold}==== $example${plain}"
-    comment "$example"
-    echo; echo "${bold}-- OpenConfig request${plain}"; request "$example"
-    echo "${bold}-- becomes, in the router's model${plain}"; "$ocmap" forward "$example"
-    "$ocmap" edit "$example" --store "$store"
-    echo "${bold}-- and a read returns${plain}"; "$ocmap" get-config --store "$store"
-    echo
+    local example=$1 request=$2 native=$3
+    heading "$example"
+    { echo "request:"; outline "$request" < "examples/$example"; } > "$work/request"
+    { echo "in the router's model:"; "$ocmap" forward "examples/$example" | outline "$native"; } > "$work/native"
+    "$ocmap" edit "examples/$example" --store "$store"
+    { echo "a read returns:"; "$ocmap" get-config --store "$store" | outline "$request"; } > "$work/read"
+    pr -m -t -w 132 "$work/request" "$work/native" "$work/read" | expand | sed 's/ *$//'
 }
 
 read_back() {
-    local example=examples/$1
-    echo "${bold}==== $example${plain}"
-    comment "$example"
-    "$ocmap" get-config "$example" --store "$store"
-    echo
+    heading "$1"
+    "$ocmap" get-config "examples/$1" --store "$store" | outline policies
 }
 
-edit policies/create.xml
-edit policies/merge.xml
+edit policies/create.xml policies policy-names
+edit policies/merge.xml policies policy-names
 read_back policies/get-leaf.xml
 read_back policies/get-by-content.xml
-edit policies/replace.xml
-edit policies/delete.xml
-edit key-chains/create.xml
-edit key-chains/rotate.xml
+edit policies/replace.xml policies policy-names
+edit policies/delete.xml policies policy-names
+edit key-chains/create.xml key-chains keychains
+edit key-chains/rotate.xml key-chains keychains
