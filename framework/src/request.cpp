@@ -92,7 +92,8 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
 void Request::Impl::note_error_path()
 {
     error_path = hierarchy.text();
-    error_path_from_fill = in_fill();
+    if (!in_fill())
+        refused_path = error_path;
 }
 
 void Request::Impl::start_walk()
@@ -122,8 +123,10 @@ char *Request::Impl::duplicate(const char *text)
 
 void Request::Impl::free_text(void *text)
 {
-    if (!fill_texts.empty())
-        fill_texts.erase(static_cast<const char *>(text));
+    const char *const given = static_cast<const char *>(text);
+    if (in_fill() && given != nullptr && given == record.error_tag && !made_in_fill(given))
+        refused_tag = given;
+    fill_texts.erase(given);
     std::free(text);
 }
 
@@ -239,8 +242,9 @@ Error Request::error(rcode code) const
     error.text = has_message ? record.error_msg : rcode_strerror(code);
     if (record.error_tag != nullptr && !impl_->made_in_fill(record.error_tag))
         error.tag = record.error_tag;
-    if (!impl_->error_path_from_fill)
-        error.path = impl_->error_path;
+    else
+        error.tag = impl_->refused_tag;
+    error.path = impl_->refused_path;
     return error;
 }
 

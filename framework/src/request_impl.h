@@ -106,7 +106,9 @@ struct Request::Impl {
     std::vector<std::shared_ptr<void>> buffers; ///< documents that the trees point into
     TreeBuilder::Roots trees;
     std::string error_path;
-    bool error_path_from_fill = false;
+    // What was noted outside fills. A walk that has failed may fill yet, and the fill then notes paths and replaces the tag.
+    std::string refused_path;
+    std::string refused_tag;
     std::unordered_set<const char *> fill_texts;
     std::unordered_set<std::string_view> namespaces;
     const char *last_ns = nullptr;
