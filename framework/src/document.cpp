@@ -2,6 +2,8 @@
 #include "tqm/document.h"
 
 #include <algorithm>
+#include <cctype>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -129,16 +131,59 @@ private:
     std::vector<std::size_t> ends_;
 };
 
-bool looks_like_utf8(std::string_view text)
+/// Messages are UTF-8 (RFC 6241, section 3); a document that begins as another encoding or declares one is refused.
+bool is_declared_utf8(std::string_view text)
 {
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(at < text.size() ? text[at] : '<'); };
-    if ((byte(0) == 0xfe && byte(1) == 0xff) || (byte(0) == 0xff && byte(1) == 0xfe))
+    if (text.find('\0') < 4 || text.starts_with("\xfe\xff") || text.starts_with("\xff\xfe"))
         return false;
-    if (byte(0) == 0 || byte(1) == 0)
+    text.remove_prefix(text.starts_with("\xef\xbb\xbf") ? 3 : 0);
+    if (!text.starts_with("<?xml"))
+        return true;
+    std::string declaration(text.substr(0, std::min<std::size_t>(text.find("?>"), 200)));
+    std::ranges::transform(declaration, declaration.begin(), [](unsigned char c) { return std::tolower(c); });
+    return declaration.find("encoding") == std::string::npos || declaration.find("utf-8") != std::string::npos ||
+           declaration.find("us-ascii") != std::string::npos;
+}
+
+/// Whether `name`, what stands between "&" and ";", refers to a character that XML allows.
+bool is_good_reference(std::string_view name)
+{
+    if (!name.starts_with('#'))
+        return name == "lt" || name == "gt" || name == "amp" || name == "apos" || name == "quot";
+    const bool hexadecimal = name.starts_with("#x");
+    name.remove_prefix(hexadecimal ? 2 : 1);
+    uint32_t code = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), code, hexadecimal ? 16 : 10);
+    if (error != std::errc() || end != name.data() + name.size())
         return false;
-    const std::string_view declaration = text.substr(0, std::min<std::size_t>(text.find('>'), 200));
-    return declaration.find("encoding") == std::string_view::npos ||
-           declaration.find("8859-1") == std::string_view::npos;
+    return code == 0x9 || code == 0xa || code == 0xd || (code >= 0x20 && code <= 0xd7ff) ||
+           (code >= 0xe000 && code <= 0xfffd) || (code >= 0x10000 && code <= 0x10ffff);
+}
+
+/// Offset of the first "&" that begins no reference, outside comments and CDATA sections; npos if there is none. The
+/// parser leaves unknown references as they are, and a reference to U+0000 would end a value early.
+std::size_t find_bad_reference(std::string_view text)
+{
+    std::size_t reference = text.find('&');
+    std::size_t section = reference == std::string_view::npos ? reference : text.find("<!");
+    while (reference != std::string_view::npos) {
+        if (section < reference) {
+            const std::string_view close = text.substr(section).starts_with("<![CDATA[") ? "]]>" : "-->";
+            const std::size_t end = text.find(close, section);
+            if (end == std::string_view::npos)
+                return end; // truncated, which the parser says better
+            section = text.find("<!", end);
+            if (reference < end)
+                reference = text.find('&', end);
+            continue;
+        }
+        const std::size_t end = text.find(';', reference);
+        if (end == std::string_view::npos || end - reference > 12 ||
+            !is_good_reference(text.substr(reference + 1, end - reference - 1)))
+            return reference;
+        reference = text.find('&', end);
+    }
+    return reference;
 }
 
 // ---- Wrappers ----
@@ -449,21 +494,22 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
     const std::string_view text{content->buffer.get(), content->size};
     if (text.empty())
         return failure("the request is empty");
-    const bool utf8 = looks_like_utf8(text);
-    const LineIndex lines(utf8 ? text : std::string_view());
-    if (utf8) {
-        const std::size_t zero = text.find('\0');
-        if (const std::size_t bad = std::min(zero, find_bad_utf8(text)); bad != std::string_view::npos)
-            return failure("the request is no UTF-8 text at " + lines.place_of(bad));
-    }
+    if (!is_declared_utf8(text))
+        return failure("the request is no UTF-8 text");
+    const LineIndex lines(text);
+    if (const std::size_t bad = std::min(text.find('\0'), find_bad_utf8(text)); bad != std::string_view::npos)
+        return failure("the request is no UTF-8 text at " + lines.place_of(bad));
+    if (const std::size_t bad = find_bad_reference(text); bad != std::string_view::npos)
+        return failure("the request is no XML document: '&' begins no reference to a character at " +
+                       lines.place_of(bad));
     constexpr unsigned int options = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
                                      pugi::parse_eol | pugi::parse_embed_pcdata | pugi::parse_doctype |
                                      pugi::parse_fragment;
-    const pugi::xml_parse_result result = content->dom.load_buffer_inplace(
-        content->buffer.get(), content->size, options, utf8 ? pugi::encoding_utf8 : pugi::encoding_auto);
+    const pugi::xml_parse_result result =
+        content->dom.load_buffer_inplace(content->buffer.get(), content->size, options, pugi::encoding_utf8);
     if (!result)
-        return failure(std::string("the request is no XML document: ") + result.description() +
-                       (utf8 ? " at " + lines.place_of(static_cast<std::size_t>(result.offset)) : ""));
+        return failure(std::string("the request is no XML document: ") + result.description() + " at " +
+                       lines.place_of(static_cast<std::size_t>(result.offset)));
 
     pugi::xml_node root;
     for (pugi::xml_node node : content->dom.children()) {

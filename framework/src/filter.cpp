@@ -30,14 +30,7 @@ FilterNodes children_of(const rdl_tqm_datatree &filter)
 bool names(const rdl_tqm_datatree &filter, const OutputNode &data)
 {
     return filter.tag != nullptr && std::strcmp(filter.tag, data.tag()) == 0 &&
-           (filter.ns == nullptr || std::strcmp(filter.ns, data.ns()) == 0);
-}
-
-/// A key leaf that the walker has put into a filter that names none, so that entries can be told apart. It is not the
-/// client's, and selects nothing; leaves that the client names have got a role.
-bool is_added_key(const rdl_tqm_datatree &filter)
-{
-    return filter.is_key != 0 && (filter.role_present & TQM_ROLE_PRESENT) == 0 && given_value(&filter) == nullptr;
+           (filter.ns == nullptr || *filter.ns == '\0' || std::strcmp(filter.ns, data.ns()) == 0);
 }
 
 class Selection
@@ -63,7 +56,7 @@ public:
         }
         bool selected = false;
         for (const rdl_tqm_datatree &filter : filters)
-            selected = (!is_added_key(filter) && select_children(filter, data)) || selected;
+            selected = select_children(filter, data) || selected;
         if (!selected)
             return false;
         data.kept = kOnTheWay;
@@ -156,13 +149,13 @@ void drop_unmarked(OutputNode &parent)
 
 } // namespace
 
-void apply_filter(Output &output, const rdl_tqm_datatree *filters, uint32_t count)
+void apply_filter(Output &output, TreeBuilder::Roots filters)
 {
     const Selection selection(output);
-    for (uint32_t i = 0; i < count; ++i)
+    for (uint32_t i = 0; i < filters.count; ++i)
         for (OutputNode *root = output.base().first_child; root != nullptr; root = root->next)
-            if (!root->dropped && names(filters[i], *root))
-                selection.select(children_of(filters[i]), *root);
+            if (!root->dropped && names(filters.nodes[i], *root))
+                selection.select(children_of(filters.nodes[i]), *root);
     drop_unmarked(output.base());
 }
 

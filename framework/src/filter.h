@@ -8,6 +8,6 @@ namespace tqm
 
 /// Takes out of `output` what the filter trees do not select. Entries that are named by a single key are found by it,
 /// which takes time in the size of the filter and of what it selects.
-void apply_filter(Output &output, const rdl_tqm_datatree *filters, uint32_t count);
+void apply_filter(Output &output, TreeBuilder::Roots filters);
 
 } // namespace tqm

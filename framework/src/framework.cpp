@@ -32,6 +32,30 @@ tl::unexpected<Error> not_registered()
     return tl::make_unexpected(Error{"the plug-in has registered no mapping"});
 }
 
+/// The first node below `node` that a code without a place of its own is about: a list entry without children, or a
+/// deleted container with some. Its path, or nothing.
+std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string &parent, const Schema &schema)
+{
+    const std::string path = parent + "/" + (node.tag == nullptr ? "" : node.tag);
+    const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
+    if (code == TQM_ERR_NO_SUBTREE && !has_children && schema.list_keys(path) != nullptr)
+        return path;
+    if (code == TQM_ERR_BAD_ARGS && has_children && tqm_map_is_request_delete(&node) != 0)
+        return path;
+    for (uint32_t i = 0; has_children && i < node.subtree_count; ++i)
+        if (std::string found = place_of(code, node.subtree[i], path, schema); !found.empty())
+            return found;
+    return "";
+}
+
+/// Where the plug-in has noted no path, the request shows it.
+Error located(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
+{
+    if (error.path.empty() && error.code)
+        error.path = place_of(*error.code, tree, "", schema);
+    return error;
+}
+
 /// Steering, not a failure: there was nothing to do.
 rcode without_skip(rcode code)
 {
@@ -89,8 +113,10 @@ Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch)
 {
 }
 
-/// A request that the forward root has walked; one that selects or edits nothing has no output.
-Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind)
+/// A request that the forward root has walked; one that selects or edits nothing has no output. With `widened` nodes
+/// that hold matches of leaf-lists alone are walked as if they selected all below them, for an answer that can be
+/// matched.
+Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened)
 {
     if (plugin_.registrations().empty())
         return not_registered();
@@ -100,14 +126,20 @@ Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, ui
     rdl_tqm_datatree *tree = request->tree();
     if (tree == nullptr)
         return request;
+    for (rdl_tqm_datatree *node : request->impl().leaf_list_matches) {
+        if (widened)
+            node->present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
+    }
     for (const tqm_map_reg_info &registration : plugin_.registrations()) {
         if (std::strcmp(registration.oc_top, tree->tag) != 0)
             continue;
         const rcode code = without_skip(registration.forward_root(request->ctx(), tree, request->out()));
         if (code != 0)
-            return tl::make_unexpected(request->error(code));
+            return tl::make_unexpected(located(request->error(code), *tree, schema_));
         break;
     }
+    if (request->impl().foreign)
+        return tl::make_unexpected(*request->impl().foreign);
     return request;
 }
 
@@ -196,7 +228,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
         return wrong_kind(*document->kind(), kind);
     const bool selects_all = !document || document->selects_all();
     const Expected<std::shared_ptr<Request>> asked =
-        walk_forward(document ? std::move(*document) : Document::selecting_all(), kind);
+        walk_forward(document ? std::move(*document) : Document::selecting_all(), kind, true);
     if (!asked)
         return tl::make_unexpected(asked.error());
 
@@ -213,7 +245,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     }
     request.drop_unanswered();
     if (!selects_all)
-        apply_filter(request.impl().output, (*asked)->tree(), (*asked)->tree_count());
+        apply_filter(request.impl().output, (*asked)->impl().filter);
     trees.roots_ = request.roots();
     return trees;
 }

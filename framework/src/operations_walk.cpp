@@ -18,16 +18,37 @@ rcode node_operation(tqm_map_ctx ctx, const char *name, const rdl_tqm_datatree *
         [&](JournalLine &line) { line.node("", node); });
 }
 
+uint32_t child_count(const rdl_tqm_datatree &node)
+{
+    return (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr ? node.subtree_count : 0;
+}
+
+/// The value of a `leaf` in one of the `container` children that is not `key`; null if all agree.
+const char *other_value(const rdl_tqm_datatree &list_node, const char *container, const char *leaf, const char *key)
+{
+    for (uint32_t i = 0; i < child_count(list_node); ++i) {
+        const rdl_tqm_datatree &holder = list_node.subtree[i];
+        if (holder.tag == nullptr || std::strcmp(holder.tag, container) != 0)
+            continue;
+        for (uint32_t k = 0; k < child_count(holder); ++k) {
+            const rdl_tqm_datatree &named = holder.subtree[k];
+            const char *value =
+                named.tag != nullptr && std::strcmp(named.tag, leaf) == 0 ? given_value(&named) : nullptr;
+            if (value != nullptr && std::strcmp(value, key) != 0)
+                return value;
+        }
+    }
+    return nullptr;
+}
+
 rcode check_leafref(Request::Impl &request, const char *list_path, const char *container, const char *key_tag,
                     const rdl_tqm_datatree *list_node)
 {
     if (list_path == nullptr || container == nullptr || key_tag == nullptr || list_node == nullptr)
         return TQM_ERR_BAD_ARGS;
-    const rdl_tqm_datatree *holder = find_child(*list_node, container);
-    const rdl_tqm_datatree *leaf = holder == nullptr ? nullptr : find_child(*holder, key_tag);
     const char *key = given_value(find_child(*list_node, key_tag));
-    const char *value = given_value(leaf);
-    if (key == nullptr || value == nullptr || std::strcmp(key, value) == 0)
+    const char *value = key == nullptr ? nullptr : other_value(*list_node, container, key_tag, key);
+    if (value == nullptr)
         return 0;
     if (request.record.error_msg == nullptr) {
         const std::string text = std::string("Invalid request : ") + key_tag + " of the entry of " + list_path +

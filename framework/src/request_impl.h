@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -106,7 +107,14 @@ struct Request::Impl {
     std::vector<std::shared_ptr<void>> buffers; ///< documents that the trees point into
     TreeBuilder::Roots trees;
     std::string error_path;
-    // What was noted outside fills. A walk that has failed may fill yet, and the fill then notes paths and replaces the tag.
+    /// Reads: the client's filter, and the nodes of the request tree all of whose children are matches of leaf-lists.
+    TreeBuilder::Roots filter;
+    std::vector<rdl_tqm_datatree *> leaf_list_matches;
+    /// Edits: the first element of another namespace. The plug-in refuses those whose tag it does not know; the request
+    /// is not good with one whose tag it does.
+    std::optional<Error> foreign;
+    // What was noted outside fills. A walk that has failed may fill yet, and the fill then notes paths and replaces the
+    // tag.
     std::string refused_path;
     std::string refused_tag;
     std::unordered_set<const char *> fill_texts;

@@ -51,6 +51,9 @@ private:
                  unsigned int depth, bool &left_out);
     bool convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info, Inherited inherited,
                           unsigned int depth, uint32_t count);
+    bool deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list);
+    void note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo *info);
+    void note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record);
     bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
     bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
     Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
@@ -58,6 +61,7 @@ private:
     const char *whole_text(pugi::xml_node element, bool split);
     char *trimmed(const char *value);
     const char *kept_ns(const char *ns);
+    static std::string path_of(pugi::xml_node element, pugi::xml_node holder);
     bool fail(std::string text, pugi::xml_node element);
 
     Request::Impl &request_;
@@ -68,18 +72,26 @@ private:
     Error error_;
     const char *raw_ns_ = nullptr;
     const char *ns_ = nullptr;
+    const char *top_ns_ = nullptr;
 };
+
+std::string Converter::path_of(pugi::xml_node element, pugi::xml_node holder)
+{
+    std::vector<std::string_view> names;
+    for (; element && element != holder && element.type() == pugi::node_element; element = element.parent()) {
+        const char *colon = std::strchr(element.name(), ':');
+        names.emplace_back(colon == nullptr ? element.name() : colon + 1);
+    }
+    std::string path;
+    for (; !names.empty(); names.pop_back())
+        path.append("/").append(names.back());
+    return path;
+}
 
 bool Converter::fail(std::string text, pugi::xml_node element)
 {
     error_.text = std::move(text);
-    std::vector<std::string_view> names;
-    for (; element && element != content_.holder && element.type() == pugi::node_element; element = element.parent()) {
-        const char *colon = std::strchr(element.name(), ':');
-        names.emplace_back(colon == nullptr ? element.name() : colon + 1);
-    }
-    for (; !names.empty(); names.pop_back())
-        error_.path.append("/").append(names.back());
+    error_.path = path_of(element, content_.holder);
     return false;
 }
 
@@ -104,6 +116,8 @@ Expected<void> Converter::run()
         fail(std::string("a request has one tree, and <") + tops[1].name() + "> is a second one", tops[1]);
     for (const std::string_view list : request_.schema.lists())
         request_.paths.intern(list);
+    for (const std::string_view leaf_list : request_.schema.leaf_lists())
+        request_.paths.intern(leaf_list);
     Inherited inherited = Inherited::nothing;
     if (is_edit_ && content_.default_operation == DefaultOperation::none)
         inherited = Inherited::none;
@@ -153,7 +167,8 @@ bool Converter::check_top(const XmlName &name, pugi::xml_node element)
             continue;
         tag_known = true;
         expected_ns = reverse_ ? registration.native_ns : registration.oc_ns;
-        if (std::strcmp(name.ns, expected_ns) == 0)
+        // A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
+        if (std::strcmp(name.ns, expected_ns) == 0 || (!is_edit_ && *name.ns == '\0'))
             return true;
     }
     if (tag_known)
@@ -178,6 +193,10 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     record.ns = kept_ns(name->ns);
     if (has_attributes && !attributes(element, record))
         return false;
+    if (depth == 1)
+        top_ns_ = record.ns;
+    else if (is_edit_ && !reverse_ && record.ns != top_ns_)
+        note_foreign(element, record);
 
     uint32_t child_elements = 0;
     bool split = false;
@@ -190,19 +209,59 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     const bool is_key =
         parent != nullptr && parent->is_list && std::ranges::find(*parent->keys, name->local) != parent->keys->end();
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
+    const bool deleted = is_edit_ && !reverse_ && tqm_map_is_request_delete(&record) != 0;
+    if (is_key && has_operation && !deleted && !reverse_)
+        return fail("the key of a list entry carries no operation of its own", element);
     // Under the default-operation none a leaf that says nothing is not part of the edit.
     left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
     inherited = take_operation(record, inherited, is_key);
-    if (!text(element, record, child_elements, split))
+    // What is deleted needs no value; a mapper that passed one on would set it.
+    if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split))
         return false;
     const PathInfo *info = depth == 1 ? request_.paths.find(name->local) : nullptr;
     if (parent != nullptr)
         info = parent->child(name->local);
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
         return false;
+    if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info))
+        return false;
+    if (!is_edit_ && !reverse_)
+        note_leaf_list_matches(record, info);
     if (has_attributes)
         scope_.leave(mark);
     return true;
+}
+
+/// A delete covers all that an entry holds; content beside the keys would be mapped as if it were to be merged.
+bool Converter::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list)
+{
+    for (uint32_t i = 0; i < record.subtree_count; ++i)
+        if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end())
+            return fail("a list entry that is deleted names nothing but its keys", element);
+    return true;
+}
+
+/// Content matches alone select all their siblings. The walkers see that for leaves, but not for leaf-lists: a node
+/// with no other children is walked without them, as one that selects all below it.
+void Converter::note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo *info)
+{
+    if (info == nullptr || record.subtree_count == 0)
+        return;
+    for (uint32_t i = 0; i < record.subtree_count; ++i) {
+        const PathInfo *child = info->child(record.subtree[i].tag);
+        if (child == nullptr || !child->is_leaf_list || given_value(&record.subtree[i]) == nullptr)
+            return;
+    }
+    request_.leaf_list_matches.push_back(&record);
+}
+
+void Converter::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
+{
+    if (request_.foreign)
+        return;
+    request_.foreign = Error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" +
+                                 top_ns_ + "', and no other module can be edited here",
+                             path_of(element, content_.holder), record.tag, TQM_ERR_AUGMENT};
 }
 
 bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
@@ -251,11 +310,13 @@ bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
         const bool is_netconf = std::strcmp(name->ns, kNetconfNs) == 0;
         const bool is_operation = std::strcmp(name->local, "operation") == 0;
         if (is_netconf && is_operation) {
+            if ((record.present & TQM_PRESENT_OPERATION) != 0)
+                return fail("the attribute 'operation' is given twice", element);
             if (!operation(element, attribute.value(), record))
                 return false;
-        } else if (is_operation && *name->ns == '\0') {
+        } else if (is_operation) {
             return fail(std::string("the attribute 'operation' must be in namespace ") + kNetconfNs, element);
-        } else if (*name->ns == '\0' && is_edit_) {
+        } else if (is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
             return fail(std::string("unknown attribute '") + attribute.name() + "'", element);
         } else if (!is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
             return fail(std::string("attribute '") + attribute.name() +
@@ -342,6 +403,32 @@ void select_all(Request::Impl &request)
 
 } // namespace
 
+namespace
+{
+
+// The client's filter, as it is before the walk puts marks and keys into the request tree. Texts are shared.
+void copy_children(Arena &arena, rdl_tqm_datatree &node)
+{
+    if (node.subtree == nullptr || node.subtree_count == 0)
+        return;
+    auto *children = arena.make_array<rdl_tqm_datatree>(node.subtree_count);
+    std::copy_n(node.subtree, node.subtree_count, children);
+    node.subtree = children;
+    for (uint32_t i = 0; i < node.subtree_count; ++i)
+        copy_children(arena, children[i]);
+}
+
+void keep_filter(Request::Impl &request)
+{
+    auto *trees = request.arena.make_array<rdl_tqm_datatree>(request.trees.count);
+    std::copy_n(request.trees.nodes, request.trees.count, trees);
+    for (uint32_t i = 0; i < request.trees.count; ++i)
+        copy_children(request.arena, trees[i]);
+    request.filter = {trees, request.trees.count};
+}
+
+} // namespace
+
 Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Document::Content> content)
 {
     if (content->selects_all) {
@@ -350,7 +437,11 @@ Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Documen
     }
     request.buffers.push_back(content->buffer);
     request.arena.keep_alive(content->buffer.get(), content->size);
-    return Converter(request, *content).run();
+    if (Expected<void> converted = Converter(request, *content).run(); !converted)
+        return converted;
+    if (request.is_read() && request.direction == Direction::forward)
+        keep_filter(request);
+    return {};
 }
 
 } // namespace tqm

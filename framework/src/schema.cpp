@@ -33,4 +33,9 @@ std::vector<std::string_view> Schema::lists() const
     return paths;
 }
 
+std::vector<std::string_view> Schema::leaf_lists() const
+{
+    return {leaf_lists_.begin(), leaf_lists_.end()};
+}
+
 } // namespace tqm

@@ -59,6 +59,10 @@ TEST_F(Read, FiltersSelectWhatTheyNameAndNoMore)
         {"<policy><name>P2</name></policy><policy><name>P1</name><config><name/></config></policy>",
          p2 + "<policy><name>P1</name><config><name>P1</name></config></policy>"},
         {"<policy><nonsense/></policy>", ""},
+        // Content matches alone select all siblings, also one on a leaf-list.
+        {"<policy><config><macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite></config></policy>", p1},
+        // An element without a namespace is meant in every namespace.
+        {"<policy xmlns=''><name>P2</name></policy>", p2},
     };
     for (const auto &one : cases) {
         EXPECT_EQ(selected(one.filter), one.answer) << one.filter;
@@ -80,7 +84,11 @@ TEST_F(Read, AnEmptyFilterSelectsNothingAndAnEmptyStoreHasNothing)
 {
     const std::string nothing = "<data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"/>\n";
     EXPECT_EQ(ocmap({"get-config", "-", "--store", store()}, "<filter/>").out, nothing);
+    std::filesystem::create_directory(path("empty"));
     EXPECT_EQ(ocmap({"get-config", "--store", path("empty")}).out, nothing);
+    const Outcome mistyped = ocmap({"get-config", "--store", path("mistyped")});
+    EXPECT_EQ(mistyped.status, 1);
+    EXPECT_NE(mistyped.err.find("mistyped"), std::string::npos) << mistyped.err;
 }
 
 TEST_F(Read, UnsupportedLeavesFailAReadThatNamesThem)

@@ -150,7 +150,7 @@ TEST_F(Frameworks, an_edit_reaches_the_native_side_or_says_why_not)
 
 TEST_F(Frameworks, printing_escapes_what_xml_cannot_hold)
 {
-    const auto trees = framework.forward(Document::parse(top("<a>&lt;&amp;\"&#13;\t&#1;\xc3\xa9]]&gt;</a>")).value());
+    const auto trees = framework.forward(Document::parse(top("<a>&lt;&amp;\"&#13;\t\x01\xc3\xa9]]&gt;</a>")).value());
     ASSERT_TRUE(trees) << trees.error().text;
     std::string text;
     trees->print(text);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -81,6 +82,10 @@ tqm::Expected<void> print(const tqm::Expected<tqm::Trees> &trees)
 
 tqm::Expected<router::Datastore> open_store(const Options &options, const router::Models &models, router::Access access)
 {
+    std::error_code ignored;
+    if (access == router::Access::read && !std::filesystem::exists(options.store, ignored)) {
+        return tl::unexpected(tqm::Error{"there is no store '" + options.store + "'"});
+    }
     auto store = router::Datastore::open(models, options.store, access);
     if (!store) {
         return tl::unexpected(from_router(store.error()));

@@ -13,14 +13,31 @@ namespace
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
+// What a client's value has brought into an error must not break its line, drive the terminal, or fill the screen.
+std::string printable(const std::string &text)
+{
+    constexpr std::size_t longest = 2000;
+    std::string shown;
+    for (const char c : text.substr(0, longest)) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            char escape[5];
+            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned int>(c));
+            shown += escape;
+        } else {
+            shown += c;
+        }
+    }
+    return text.size() > longest ? shown + "..." : shown;
+}
+
 void report(const tqm::Error &error)
 {
-    std::fprintf(stderr, "error: %s\n", error.text.c_str());
+    std::fprintf(stderr, "error: %s\n", printable(error.text).c_str());
     if (!error.path.empty()) {
-        std::fprintf(stderr, "  path: %s\n", error.path.c_str());
+        std::fprintf(stderr, "  path: %s\n", printable(error.path).c_str());
     }
     if (!error.tag.empty()) {
-        std::fprintf(stderr, "  tag: %s\n", error.tag.c_str());
+        std::fprintf(stderr, "  tag: %s\n", printable(error.tag).c_str());
     }
     if (error.code) {
         std::fprintf(stderr, "  code: 0x%08x\n", *error.code);

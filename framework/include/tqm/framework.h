@@ -60,7 +60,7 @@ public:
     Expected<Trees> get_config(std::optional<Document> document, NativeSide &native);
 
 private:
-    Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind);
+    Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false);
     Expected<Trees> read(std::optional<Document> document, NativeSide &native, uint32_t kind);
     Expected<void> walk_answers(Request &request, TreeBuilder::Roots answers);
 

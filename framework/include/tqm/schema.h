@@ -24,8 +24,9 @@ public:
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
-    /// Paths of all lists, in no order.
+    /// Paths of all lists and of all leaf-lists, in no order.
     std::vector<std::string_view> lists() const;
+    std::vector<std::string_view> leaf_lists() const;
 
 private:
     struct Hash {
