@@ -3,7 +3,9 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "support.h"
@@ -21,27 +23,46 @@ inline const std::string native_key = native_chain + "/macsec-keychain/macsec-ke
 inline const std::string oc_chain = "/macsec/mka/key-chains/key-chain";
 inline const std::string oc_key = oc_chain + "/mka-keys/mka-key";
 
-/// `text` in an element; an empty text gives an element without a value.
+/// Text or elements in an element.
 inline std::string leaf(const std::string &name, const std::string &text)
 {
     return "<" + name + ">" + text + "</" + name + ">";
 }
 
-inline std::string operation_attribute(const std::string &operation)
+inline std::string element(const std::string &name, const std::string &operation, const std::string &inside)
 {
-    return operation.empty() ? "" : " nc:operation='" + operation + "'";
+    const std::string attribute = operation.empty() ? "" : " nc:operation='" + operation + "'";
+    return "<" + name + attribute + ">" + inside + "</" + name + ">";
+}
+
+/// Texts between blanks.
+inline Lines words(const std::string &text)
+{
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+inline const Lines months = words("jan feb mar apr may jun jul aug sep oct nov dec");
+inline const Lines date_parts = {"year", "month", "date", "hour", "minutes", "seconds"};
+
+/// The six native leaves of the start or the end from "2024 mar 5 7 8 9".
+inline std::string six(const std::string &end, const std::string &values)
+{
+    std::string leaves;
+    for (std::size_t index = 0; index < date_parts.size(); ++index) {
+        leaves += leaf(end + "-" + date_parts[index], words(values)[index]);
+    }
+    return leaves;
 }
 
 /// OpenConfig: `inside` in one key chain, and `inside` in the keys of a chain.
 inline std::string chain(const std::string &inside, const std::string &operation = "", const std::string &name = "C1")
 {
-    return "<mka><key-chains><key-chain" + operation_attribute(operation) + ">" + leaf("name", name) + inside +
-           "</key-chain></key-chains></mka>";
+    return leaf("mka", leaf("key-chains", element("key-chain", operation, leaf("name", name) + inside)));
 }
 inline std::string key(const std::string &inside, const std::string &operation = "", const std::string &id = "01")
 {
-    return "<mka-keys><mka-key" + operation_attribute(operation) + ">" + leaf("id", id) + inside +
-           "</mka-key></mka-keys>";
+    return leaf("mka-keys", element("mka-key", operation, leaf("id", id) + inside));
 }
 
 /// Native: whole document, chain, MACsec part of a chain, key.
@@ -53,15 +74,15 @@ inline std::string native_chains(const std::string &inside)
 }
 inline std::string macsec(const std::string &keys)
 {
-    return "<macsec-keychain><macsec-keys>" + keys + "</macsec-keys></macsec-keychain>";
+    return leaf("macsec-keychain", leaf("macsec-keys", keys));
 }
 inline std::string macsec_chain(const std::string &name, const std::string &keys)
 {
-    return "<keychain>" + leaf("chain-name", name) + macsec(keys) + "</keychain>";
+    return leaf("keychain", leaf("chain-name", name) + macsec(keys));
 }
 inline std::string native_macsec_key(const std::string &id, const std::string &inside)
 {
-    return "<macsec-key>" + leaf("key-id", id) + inside + "</macsec-key>";
+    return leaf("macsec-key", leaf("key-id", id) + inside);
 }
 
 inline constexpr tqm_map_function native_chains_root = ymap_to_oc_macsec_tarvexlibkeychaincfg_lvla_keychains;

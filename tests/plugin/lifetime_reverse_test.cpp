@@ -18,23 +18,10 @@ const char *const mapper = "ymap_to_ocmacsec_keychain_valid_date_time_rev";
 const std::string valid = oc_key + "/config/valid-date-time";
 const std::string expiration = oc_key + "/config/expiration-date-time";
 
-// Six leaves from "2024 mar 5 7 8 9".
-std::string six(const std::string &end, const std::string &values)
-{
-    std::string leaves;
-    std::size_t at = 0;
-    for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
-        const std::size_t stop = std::min(values.find(' ', at), values.size());
-        leaves += leaf(end + "-" + part, values.substr(at, stop - at));
-        at = stop + 1;
-    }
-    return leaves;
-}
-
 std::string with_lifetime(const std::string &leaves)
 {
-    return native_chains(macsec_chain("C1", native_macsec_key("01", "<macsec-lifetime>" + leaves +
-                                                                        "</macsec-lifetime>")));
+    return native_chains(
+        macsec_chain("C1", native_macsec_key("01", "<macsec-lifetime>" + leaves + "</macsec-lifetime>")));
 }
 
 Walk mapped(Walk walk, const std::string &leaves)
@@ -71,15 +58,13 @@ Lines both(const std::string &start, const std::string &end)
 
 TEST(LifetimeReverse, MonthNames)
 {
-    const struct {
-        const char *text;
-        unsigned int number;
-    } cases[] = {{"jan", 1}, {"feb", 2}, {"mar", 3}, {"apr", 4},  {"may", 5},  {"jun", 6},  {"jul", 7},  {"aug", 8},
-                 {"sep", 9}, {"oct", 10}, {"nov", 11}, {"dec", 12}, {"Jan", 0}, {"DEC", 0}, {"sept", 0}, {"ja", 0},
-                 {"", 0},    {"NA", 0},   {"1", 0},    {nullptr, 0}};
-    for (const auto &one : cases) {
-        EXPECT_EQ(convert_month_to_number(one.text), one.number) << (one.text == nullptr ? "null" : one.text);
+    for (unsigned int month = 1; month <= 12; ++month) {
+        EXPECT_EQ(convert_month_to_number(months[month - 1].c_str()), month);
     }
+    for (const char *text : {"Jan", "DEC", "sept", "ja", "", "NA", "1"}) {
+        EXPECT_EQ(convert_month_to_number(text), 0u) << text;
+    }
+    EXPECT_EQ(convert_month_to_number(nullptr), 0u);
 }
 
 TEST(LifetimeReverse, TheEndIsInfiniteOrADurationOrADate)
@@ -93,7 +78,6 @@ TEST(LifetimeReverse, TheEndIsInfiniteOrADurationOrADate)
         std::string end;
     } cases[] = {
         {start + end, end_text},
-        {end + start, end_text},
         {start + leaf("infinite-flag", "true"), "NO_EXPIRATION"},
         {leaf("infinite-flag", "true") + leaf("life-time", "3600") + end + start, "NO_EXPIRATION"},
         {start + end + leaf("infinite-flag", "false"), end_text},
@@ -109,7 +93,7 @@ TEST(LifetimeReverse, TheEndIsInfiniteOrADurationOrADate)
         {start + end + leaf("life-time", "4294967296"), end_text},
         // Unknown tags between the leaves.
         {leaf("zone", "utc") + start + "<other xmlns='http://example.com/x'>1</other>" + end, end_text},
-        // The last of two leaves of one name is the first that the lookup finds: one text.
+        // A year of two digits.
         {start + six("end", "25 jan 1 2 3 4"), "0025-01-01T02:03:04"},
     };
     const Zone zone(utc);
@@ -140,7 +124,6 @@ TEST(LifetimeReverse, DurationsAreCountedInTheLocalZoneWithoutDaylightSaving)
         {utc, "2024 mar 1 0 0 0", "-86400", "2024-03-01T00:00:00", "2024-02-29T00:00:00"},
         {utc, "2024 mar 1 0 0 0", "4294967295", "2024-03-01T00:00:00", "2024-02-29T23:59:59"},
         {utc, "2024 mar 1 0 0 0", "4294967297", "2024-03-01T00:00:00", "2024-03-01T00:00:01"},
-        {utc, "2024 mar 1 0 0 0", "2147483647", "2024-03-01T00:00:00", "2092-03-19T03:14:07"},
         {utc, "2024 mar 1 0 0 0", "2147483648", "2024-03-01T00:00:00", "1956-02-11T20:45:52"},
         {utc, "2024 mar 1 0 0 0", "99999999999999999999", "2024-03-01T00:00:00", "2024-02-29T23:59:59"},
         // What does not exist is printed as it is, and put right for the sum.
@@ -157,14 +140,13 @@ TEST(LifetimeReverse, DurationsAreCountedInTheLocalZoneWithoutDaylightSaving)
         {berlin, "2024 oct 27 1 30 0", "3600", "2024-10-27T01:30:00", "2024-10-27T02:30:00"},
         {berlin, "2024 oct 26 12 0 0", "86400", "2024-10-26T12:00:00", "2024-10-27T12:00:00"},
         {kathmandu, "2024 dec 31 18 15 0", "20700", "2024-12-31T18:15:00", "2025-01-01T00:00:00"},
-        {kathmandu, "1970 jan 1 0 0 0", "1", "1970-01-01T00:00:00", "1970-01-01T00:00:01"},
     };
     for (const auto &one : cases) {
         const Zone zone(one.zone);
         Walk walk = mapped(answer().trace(), six("start", one.start) + leaf("life-time", one.life_time));
         EXPECT_EQ(walk.rc, 0u);
-        EXPECT_EQ(times(walk), both(one.valid, one.expiration)) << one.zone << ": " << one.start << " + "
-                                                               << one.life_time;
+        EXPECT_EQ(times(walk), both(one.valid, one.expiration))
+            << one.zone << ": " << one.start << " + " << one.life_time;
         const Lines texts = walk.texts_of(mapper);
         ASSERT_EQ(texts.size(), 4u);
         EXPECT_EQ(texts[1], "No mapping done for this node");
@@ -183,8 +165,8 @@ TEST(LifetimeReverse, NumbersBeyondAllCalendarsDoNoHarm)
             values += " " + number;
         }
         for (const char *life_time : {"2147483647", "-2147483648", "0"}) {
-            Walk walk = mapped(answer().trace(),
-                               six("start", values) + six("end", values) + leaf("life-time", life_time));
+            Walk walk =
+                mapped(answer().trace(), six("start", values) + six("end", values) + leaf("life-time", life_time));
             EXPECT_EQ(walk.rc, 0u) << number;
             EXPECT_GE(times(walk).size(), 3u);
         }
@@ -242,13 +224,9 @@ TEST(LifetimeReverse, KindGateAndOperationChangeOnlyTheFirstTwoAdds)
     EXPECT_EQ(times(mapped(answer(TQM_REQ_GET_CONFIG), leaves)), all);
     EXPECT_EQ(times(mapped(answer().without_configuration(), leaves)), Lines(all.begin() + 2, all.end()));
     EXPECT_EQ(times(mapped(answer().without_configuration(), "")), Lines{});
-    Walk edited = answer(TQM_REQ_EDIT);
-    edited.reverse(native_chains("<keychain>" +
-                                 macsec("<macsec-key><macsec-lifetime nc:operation='delete'>" + leaves +
-                                        "</macsec-lifetime></macsec-key>") +
-                                 "</keychain>"),
-                   native_chains_root);
-    EXPECT_EQ(times(edited), all);
+    const std::string deleted = leaf("macsec-key", element("macsec-lifetime", "delete", leaves));
+    EXPECT_EQ(times(answer(TQM_REQ_EDIT).reverse(native_chains(leaf("keychain", macsec(deleted))), native_chains_root)),
+              all);
 }
 
 TEST(LifetimeReverse, FailuresOfTheFramework)
