@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include "model_tree.h"
@@ -23,24 +25,24 @@ void print_line(std::string_view line)
     std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
 }
 
-// A framework with the lines that the options ask for.
-class Session
+// The framework with what it needs and the lines that the options ask for.
+class Desk
 {
 public:
-    static tqm::Expected<std::unique_ptr<Session>> open(const Options &options)
+    static tqm::Expected<std::unique_ptr<Desk>> open(const Options &options)
     {
         auto environment = Environment::load(options.locations);
         if (!environment) {
             return tl::unexpected(environment.error());
         }
-        return std::unique_ptr<Session>(new Session(std::move(*environment), options));
+        return std::unique_ptr<Desk>(new Desk(std::move(*environment), options));
     }
 
     tqm::Framework &framework() { return framework_; }
     const Environment &environment() const { return environment_; }
 
 private:
-    Session(Environment environment, const Options &options)
+    Desk(Environment environment, const Options &options)
         : environment_(std::move(environment)), journal_(print_line, options.questions),
           framework_(environment_.plugin(), environment_.schema(), watch(options))
     {
@@ -106,85 +108,70 @@ tqm::Expected<void> load_operational(const std::string &file, router::Datastore 
     return {};
 }
 
-} // namespace
-
-tqm::Expected<void> forward(const Options &options)
-{
-    auto document = read_document(options.file);
-    if (!document) {
-        return tl::unexpected(document.error());
-    }
-    auto session = Session::open(options);
-    if (!session) {
-        return tl::unexpected(session.error());
-    }
-    return print((*session)->framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)));
-}
-
-tqm::Expected<void> reverse(const Options &options)
-{
-    auto document = read_document(options.file);
-    if (!document) {
-        return tl::unexpected(document.error());
-    }
-    auto session = Session::open(options);
-    if (!session) {
-        return tl::unexpected(session.error());
-    }
-    return print((*session)->framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)));
-}
-
-tqm::Expected<void> edit(const Options &options)
-{
-    auto document = read_document(options.file);
-    if (!document) {
-        return tl::unexpected(document.error());
-    }
-    auto session = Session::open(options);
-    if (!session) {
-        return tl::unexpected(session.error());
-    }
-    auto store = open_store(options, (*session)->environment().models(), router::Access::write);
-    if (!store) {
-        return tl::unexpected(store.error());
-    }
-    NativeStore native(*store);
-    return (*session)->framework().edit(std::move(*document), native);
-}
-
-namespace
-{
-
-tqm::Expected<void> read_store(const Options &options, uint32_t kind)
+// Opens the desk, and gives it with the document that the options name to `use`.
+template <typename Use>
+tqm::Expected<void> with_document(const Options &options, Use use)
 {
     std::optional<tqm::Document> document;
-    if (!options.file.empty()) {
-        auto read = read_document(options.file);
+    if (options.file) {
+        auto read = read_document(*options.file);
         if (!read) {
             return tl::unexpected(read.error());
         }
         document = std::move(*read);
     }
-    auto session = Session::open(options);
-    if (!session) {
-        return tl::unexpected(session.error());
+    auto desk = Desk::open(options);
+    if (!desk) {
+        return tl::unexpected(desk.error());
     }
-    auto store = open_store(options, (*session)->environment().models(), router::Access::read);
-    if (!store) {
-        return tl::unexpected(store.error());
-    }
-    if (!options.operational.empty()) {
-        if (auto loaded = load_operational(options.operational, *store); !loaded) {
-            return loaded;
+    return use(**desk, std::move(document));
+}
+
+tqm::Expected<void> read_store(const Options &options, uint32_t kind)
+{
+    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+        auto store = open_store(options, desk.environment().models(), router::Access::read);
+        if (!store) {
+            return tl::unexpected(store.error());
         }
-    }
-    NativeStore native(*store);
-    tqm::Framework &framework = (*session)->framework();
-    return print(kind == TQM_REQ_GET ? framework.get(std::move(document), native)
-                                     : framework.get_config(std::move(document), native));
+        if (!options.operational.empty()) {
+            if (auto loaded = load_operational(options.operational, *store); !loaded) {
+                return loaded;
+            }
+        }
+        NativeStore native(*store);
+        return print(kind == TQM_REQ_GET ? desk.framework().get(std::move(document), native)
+                                         : desk.framework().get_config(std::move(document), native));
+    });
 }
 
 } // namespace
+
+tqm::Expected<void> forward(const Options &options)
+{
+    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
+        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)));
+    });
+}
+
+tqm::Expected<void> reverse(const Options &options)
+{
+    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
+        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)));
+    });
+}
+
+tqm::Expected<void> edit(const Options &options)
+{
+    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+        auto store = open_store(options, desk.environment().models(), router::Access::write);
+        if (!store) {
+            return tl::unexpected(store.error());
+        }
+        NativeStore native(*store);
+        return desk.framework().edit(std::move(*document), native);
+    });
+}
 
 tqm::Expected<void> get(const Options &options)
 {
