@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "model_tree.h"
 #include "native_store.h"
@@ -66,17 +67,29 @@ private:
     tqm::Framework framework_;
 };
 
+// Keeps an object to the end of the process, which is the end of its command: taking trees of millions of nodes apart
+// node by node would be a good part of its time.
+template <typename Object>
+Object &keep(Object object)
+{
+    static auto &kept = *new std::vector<std::shared_ptr<void>>;
+    auto owned = std::make_shared<Object>(std::move(object));
+    kept.push_back(owned);
+    return *owned;
+}
+
 tqm::Expected<tqm::Document> read_document(const std::string &file)
 {
     return file == "-" ? tqm::Document::read(stdin) : tqm::Document::read_file(file);
 }
 
-tqm::Expected<void> print(const tqm::Expected<tqm::Trees> &trees)
+tqm::Expected<void> print(tqm::Expected<tqm::Trees> result)
 {
-    if (!trees) {
-        return tl::unexpected(trees.error());
+    if (!result) {
+        return tl::unexpected(result.error());
     }
-    if (!trees->print(stdout) || std::fflush(stdout) != 0) {
+    const tqm::Trees &trees = keep(std::move(*result));
+    if (!trees.print(stdout) || std::fflush(stdout) != 0) {
         return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
     }
     return {};
@@ -124,7 +137,7 @@ tqm::Expected<void> with_document(const Options &options, Use use)
     if (!desk) {
         return tl::unexpected(desk.error());
     }
-    return use(**desk, std::move(document));
+    return use(*keep(std::move(*desk)), std::move(document));
 }
 
 tqm::Expected<void> read_store(const Options &options, uint32_t kind)
@@ -139,7 +152,7 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
                 return loaded;
             }
         }
-        NativeStore native(*store);
+        NativeStore native(keep(std::move(*store)));
         return print(kind == TQM_REQ_GET ? desk.framework().get(std::move(document), native)
                                          : desk.framework().get_config(std::move(document), native));
     });
@@ -168,7 +181,7 @@ tqm::Expected<void> edit(const Options &options)
         if (!store) {
             return tl::unexpected(store.error());
         }
-        NativeStore native(*store);
+        NativeStore native(keep(std::move(*store)));
         return desk.framework().edit(std::move(*document), native);
     });
 }
