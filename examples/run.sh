@@ -15,7 +15,7 @@ if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then bold=$(tput bold) plain=$(tput sgr0)
 # XML in outline: a line a node, its value behind it and its operation in parentheses. $1 is the element to begin in.
 outline() {
     sed -n "/<$1[ >]/,/<\/$1>/p" | sed -E '
-        1d; /^ *<\//d
+        1d; s/ xmlns="[^"]*"//; /^ *<\//d
         s/<([a-z0-9-]+)( nc:operation="([a-z]+)")?\/?>/<\1> (\3)/
         s/<([a-z0-9-]+)> (\([a-z]*\))([^<]*)<.*/\1 \3 \2/
         s/<([a-z0-9-]+)>/\1/; s/ *\(\)//' | awk '
@@ -24,7 +24,9 @@ outline() {
 }
 
 heading() {
-    echo "${bold}---- examples/$1: $(sed -n 's/^<!-- \(.*\) -->$/\1/p' "examples/$1")${plain}"
+    local comment
+    comment=$(sed -n '1,/-->/p' "examples/$1" | tr -s ' \n' ' ' | sed -n 's/^<!-- \(.*\) -->.*/\1/p')
+    echo "${bold}---- examples/$1: $comment${plain}"
 }
 
 edit() {
@@ -50,3 +52,9 @@ edit policies/replace.xml policies policy-names
 edit policies/delete.xml policies policy-names
 edit key-chains/create.xml key-chains keychains
 edit key-chains/rotate.xml key-chains keychains
+edit interfaces/attach.xml interfaces interface-configurations
+
+heading state/busy-router.xml
+echo "A read of everything, with this as the router's state, in three columns:"
+"$ocmap" get --store "$store" --oper examples/state/busy-router.xml | outline macsec > "$work/all"
+pr -3 -t -w 132 -l $((($(wc -l < "$work/all") + 2) / 3)) "$work/all" | expand | sed 's/ *$//'
