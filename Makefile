@@ -8,7 +8,7 @@ MODEL = /pkg/yang/openconfig-macsec.yang
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
-.PHONY: all run test sanitize bench setup model format check-format clean
+.PHONY: all run test sanitize bench setup model format check-format lint clean
 
 all: setup
 	cmake --preset default
@@ -48,6 +48,10 @@ format:
 check-format:
 	@command -v clang-format >/dev/null || $(MAKE) setup PACKAGES='$(FORMAT_PACKAGES)'
 	clang-format --dry-run --Werror $(SOURCES)
+
+lint: all
+	@command -v clang-tidy >/dev/null || $(MAKE) setup PACKAGES=clang-tidy
+	git ls-files '*.cpp' | grep -v '^tests/' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet
 
 clean:
 	rm -rf build build-sanitize

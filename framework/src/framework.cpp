@@ -36,7 +36,7 @@ tl::unexpected<Error> not_registered()
 /// deleted container with some. Its path, or nothing.
 std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string &parent, const Schema &schema)
 {
-    const std::string path = parent + "/" + (node.tag == nullptr ? "" : node.tag);
+    std::string path = parent + "/" + (node.tag == nullptr ? "" : node.tag);
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
     if (code == TQM_ERR_NO_SUBTREE && !has_children && schema.list_keys(path) != nullptr)
         return path;

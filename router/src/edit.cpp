@@ -5,7 +5,6 @@
 #include "document.h"
 #include "report.h"
 
-#include <cassert>
 #include <cstring>
 #include <utility>
 
@@ -146,7 +145,9 @@ Expected<void> Editor::apply_node(const EditNode &node, Place *parent)
     if (schema->nodetype == LYS_CONTAINER) {
         return apply_container(node, parent, schema);
     }
-    assert(parent && "only containers stand at the top of the router's modules");
+    if (!parent) { // only containers stand at the top of the router's modules
+        return refuse("operation-not-supported", path_of_child(parent, node.name), "not a container");
+    }
     return schema->nodetype == LYS_LIST ? apply_list(node, *parent, schema) : apply_leaf(node, *parent, schema);
 }
 

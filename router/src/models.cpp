@@ -69,7 +69,7 @@ void collect_nodes(const lysc_node *first, const std::string &parent, std::vecto
 {
     for (const lysc_node *node = first; node; node = node->next) {
         const std::string path = parent + "/" + node->name;
-        found.push_back({path, kind_of(node), (node->flags & LYS_CONFIG_W) != 0, lysc_is_key(node)});
+        found.push_back({path, kind_of(node), (node->flags & LYS_CONFIG_W) != 0, lysc_is_key(node) != 0});
         collect_nodes(lysc_node_child(node), path, found);
     }
 }
