@@ -86,6 +86,12 @@ inline rdl_tqm_datatree *writable(const rdl_tqm_datatree *node)
     return const_cast<rdl_tqm_datatree *>(node);
 }
 
+// The conversion of mapping table rows whose value passes unchanged.
+inline const char *value_of(const rdl_tqm_datatree *node)
+{
+    return node->value;
+}
+
 inline bool has(const rdl_tqm_datatree *node, unsigned int present_bit)
 {
     return (node->present & present_bit) != 0;

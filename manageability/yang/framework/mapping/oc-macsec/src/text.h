@@ -10,6 +10,10 @@ namespace oc_macsec
 // text equals nothing: the library would leave a result there that reads as "equal".
 bool text_equals(const char *text, const char *expected, size_t limit);
 
+// The months as the native models write them, January first.
+constexpr const char *month_names[] = {"jan", "feb", "mar", "apr", "may", "jun",
+                                       "jul", "aug", "sep", "oct", "nov", "dec"};
+
 struct value_pair {
     const char *from;
     const char *to;

@@ -222,16 +222,11 @@ OC_MACSEC_EXPORT rcode ymap_ot_ocmacsec_include_icv_indicator_fwd(MAPPER_PARAMET
 namespace
 {
 
-const char *value_of(const rdl_tqm_datatree *node)
-{
-    return node->value;
-}
-
 // The native leaves of the rekey interval. Reads ask for both, edits write the one in seconds.
 constexpr xpath_list_type_t sak_rekey_rows[] = {
-    {POLICY_LIST "/sak-rekey-interval", MKA_CFG_NS, value_of, 0, TQM_ADD_PLAIN, "NULL"},
-    {POLICY_LIST "/sak-rekey-interval-sec", MKA_CFG_NS, value_of, 0, TQM_ADD_PLAIN, "NULL"},
-    {"NULL", "NULL", value_of, 0, TQM_ADD_PLAIN, "None"},
+    {POLICY_LIST "/sak-rekey-interval", MKA_CFG_NS, oc_macsec::value_of, 0, TQM_ADD_PLAIN, "NULL"},
+    {POLICY_LIST "/sak-rekey-interval-sec", MKA_CFG_NS, oc_macsec::value_of, 0, TQM_ADD_PLAIN, "NULL"},
+    {"NULL", "NULL", oc_macsec::value_of, 0, TQM_ADD_PLAIN, "None"},
 };
 constexpr size_t sak_rekey_row_count = sizeof sak_rekey_rows / sizeof sak_rekey_rows[0];
 
@@ -553,9 +548,7 @@ date_time start_time_of(const char *text)
 
 const char *month_name(int month)
 {
-    static constexpr const char *names[] = {"jan", "feb", "mar", "apr", "may", "jun",
-                                            "jul", "aug", "sep", "oct", "nov", "dec"};
-    return month >= 1 && month <= 12 ? names[month - 1] : "NA";
+    return month >= 1 && month <= 12 ? oc_macsec::month_names[month - 1] : "NA";
 }
 
 rcode add_number(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out, const char *path, int number)

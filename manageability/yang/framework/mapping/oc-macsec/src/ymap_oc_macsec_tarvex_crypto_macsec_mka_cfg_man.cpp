@@ -139,11 +139,6 @@ OC_MACSEC_EXPORT rcode ymap_to_ocmacsec_policy_macsec_cipher_suite_rev(MAPPER_PA
 namespace
 {
 
-const char *value_of(const rdl_tqm_datatree *node)
-{
-    return node->value;
-}
-
 constexpr xpath_list_type_t sak_rekey_rows[] = {
     {OC_POLICY "/config/sak-rekey-interval", OC_MACSEC_NS, value_of, 0, TQM_ADD_PLAIN, "NULL"},
     {"NULL", "NULL", value_of, 0, TQM_ADD_PLAIN, "None"},

@@ -197,10 +197,8 @@ OC_MACSEC_EXPORT rcode ymap_to_ocmacsec_key_clear_text_rev(CONTAINER_PARAMETERS)
 
 OC_MACSEC_EXPORT unsigned int convert_month_to_number(const char *month)
 {
-    static constexpr const char *names[] = {"jan", "feb", "mar", "apr", "may", "jun",
-                                            "jul", "aug", "sep", "oct", "nov", "dec"};
     for (unsigned int number = 1; number <= 12; ++number) {
-        if (text_equals(month, names[number - 1], 3)) {
+        if (text_equals(month, month_names[number - 1], 3)) {
             return number;
         }
     }
