@@ -39,7 +39,7 @@ Expected<Plugin> Plugin::load(const std::filesystem::path &library, std::span<co
     if (handle == nullptr)
         return tl::make_unexpected(Error{"cannot load the plug-in: " + std::string(dlerror())});
     Plugin plugin;
-    plugin.library_ = {handle, [](void *opened) { dlclose(opened); }};
+    plugin.handle_ = {handle, [](void *opened) { dlclose(opened); }};
     for (const char *name : entry_points) {
         const auto entry = reinterpret_cast<void (*)(tqm_map_reg_info *)>(plugin.symbol(name));
         if (entry == nullptr)
@@ -58,7 +58,7 @@ Expected<Plugin> Plugin::load(const std::filesystem::path &library, std::span<co
 
 void *Plugin::symbol(const char *name) const
 {
-    return library_ == nullptr ? nullptr : dlsym(library_.get(), name);
+    return handle_ == nullptr ? nullptr : dlsym(handle_.get(), name);
 }
 
 } // namespace tqm

@@ -33,7 +33,7 @@ public:
 private:
     Plugin() = default;
 
-    std::shared_ptr<void> library_;
+    std::shared_ptr<void> handle_;
     std::vector<tqm_map_reg_info> registrations_;
 };
 
