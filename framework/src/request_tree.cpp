@@ -57,7 +57,7 @@ private:
     bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
     bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
     Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
-    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split);
+    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split, bool is_container);
     const char *whole_text(pugi::xml_node element, bool split);
     char *trimmed(const char *value);
     const char *kept_ns(const char *ns);
@@ -114,10 +114,8 @@ Expected<void> Converter::run()
         fail("there is text between the elements", content_.holder);
     if (error_.text.empty() && !reverse_ && tops.size() > 1)
         fail(std::string("a request has one tree, and <") + tops[1].name() + "> is a second one", tops[1]);
-    for (const std::string_view list : request_.schema.lists())
-        request_.paths.intern(list);
-    for (const std::string_view leaf_list : request_.schema.leaf_lists())
-        request_.paths.intern(leaf_list);
+    for (const std::string_view path : request_.schema.paths())
+        request_.paths.intern(path);
     Inherited inherited = Inherited::nothing;
     if (is_edit_ && content_.default_operation == DefaultOperation::none)
         inherited = Inherited::none;
@@ -215,12 +213,13 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     // Under the default-operation none a leaf that says nothing is not part of the edit.
     left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
     inherited = take_operation(record, inherited, is_key);
-    // What is deleted needs no value; a mapper that passed one on would set it.
-    if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split))
-        return false;
     const PathInfo *info = depth == 1 ? request_.paths.find(name->local) : nullptr;
     if (parent != nullptr)
         info = parent->child(name->local);
+    // What is deleted needs no value; a mapper that passed one on would set it.
+    const bool is_container = info != nullptr && request_.schema.is_container(info->text);
+    if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split, is_container))
+        return false;
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
         return false;
     if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info))
@@ -341,16 +340,19 @@ bool Converter::operation(pugi::xml_node element, const char *value, rdl_tqm_dat
     return fail(std::string("operation '") + value + "' is none of merge, replace, create, delete and remove", element);
 }
 
-bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split)
+bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+                     bool is_container)
 {
     const char *value = whole_text(element, split);
     if (is_blank(value)) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
-        if (!reverse_ || child_elements != 0)
+        if (!reverse_ || child_elements != 0 || is_container)
             return true;
         value = "";
     } else if (child_elements != 0) {
         return fail("an element holds text beside its child elements", element);
+    } else if (is_container) {
+        return fail("a container holds no text", element);
     }
     record.value = is_edit_ || reverse_ ? request_.arena.keep(value) : trimmed(value);
     record.present |= TQM_PRESENT_VALUE;

@@ -25,17 +25,23 @@ bool Schema::is_leaf_list(std::string_view path) const
     return leaf_lists_.find(path) != leaf_lists_.end();
 }
 
-std::vector<std::string_view> Schema::lists() const
+void Schema::add_container(std::string path)
 {
-    std::vector<std::string_view> paths;
+    containers_.insert(std::move(path));
+}
+
+bool Schema::is_container(std::string_view path) const
+{
+    return containers_.find(path) != containers_.end();
+}
+
+std::vector<std::string_view> Schema::paths() const
+{
+    std::vector<std::string_view> paths(leaf_lists_.begin(), leaf_lists_.end());
+    paths.insert(paths.end(), containers_.begin(), containers_.end());
     for (const auto &[path, keys] : lists_)
         paths.push_back(path);
     return paths;
-}
-
-std::vector<std::string_view> Schema::leaf_lists() const
-{
-    return {leaf_lists_.begin(), leaf_lists_.end()};
 }
 
 } // namespace tqm

@@ -106,6 +106,15 @@ std::vector<ListInfo> Models::leaf_lists() const
     return collect_all(context_.get(), LYS_LEAFLIST);
 }
 
+std::vector<std::string> Models::containers() const
+{
+    std::vector<std::string> paths;
+    for (ListInfo &container : collect_all(context_.get(), LYS_CONTAINER)) {
+        paths.push_back(std::move(container.path));
+    }
+    return paths;
+}
+
 std::vector<NodeInfo> Models::nodes(const char *module_ns) const
 {
     std::vector<NodeInfo> found;

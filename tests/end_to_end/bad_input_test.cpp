@@ -57,6 +57,7 @@ TEST_F(BadInput, DocumentsAreRefusedWithAReason)
         {"a known tag of another namespace", in_policy("<name>P1</name><config xmlns='http://example.com/x'/>"),
          "tag: config"},
         {"a second name in config", in_policy("<name>P1</name><config><name>P1</name><name>P2</name></config>"), "P2"},
+        {"text in a container", open + "<mka><policies>P1</policies></mka>" + close, "no text"},
         {"a reference to no character", in_policy("<name>P1&#0;2</name>"), "'&'"},
         {"an unknown entity", in_policy("<name>P1&who;</name>"), "line 1"},
         {"another encoding", "<?xml version='1.0' encoding='UTF-16'?><config/>", "UTF-8"},

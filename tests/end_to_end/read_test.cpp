@@ -113,6 +113,15 @@ TEST_F(Read, ReverseTakesNativeTreesAndForwardReads)
                                    "</sak-rekey-interval></policy-name></policy-names></macsec>");
     EXPECT_EQ(reversed.status, 0) << reversed.err;
     EXPECT_NE(reversed.out.find("<sak-rekey-interval>1800</sak-rekey-interval>"), std::string::npos);
+    // An empty native container is no leaf with an empty text.
+    const Outcome empty =
+        ocmap({"reverse", "-"}, "<data><keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'>"
+                                "<keychain><chain-name>KC</chain-name><macsec-keychain><macsec-keys><macsec-key>"
+                                "<key-id>01</key-id><macsec-key-string/><macsec-lifetime/></macsec-key></macsec-keys>"
+                                "</macsec-keychain></keychain></keychains></data>");
+    EXPECT_NE(empty.out.find("<id>01</id>"), std::string::npos);
+    EXPECT_EQ(empty.out.find("date-time"), std::string::npos);
+    EXPECT_EQ(empty.out.find("algorithm"), std::string::npos);
     const Outcome forward = ocmap({"forward", std::string(EXAMPLES) + "/policies/get-leaf.xml"});
     EXPECT_EQ(compact(forward.out),
               "<filter xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\" type=\"subtree\"><macsec "

@@ -47,6 +47,9 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     for (router::ListInfo &leaf_list : models_.leaf_lists()) {
         schema_.add_leaf_list(std::move(leaf_list.path));
     }
+    for (std::string &path : models_.containers()) {
+        schema_.add_container(std::move(path));
+    }
 }
 
 tqm::Expected<Environment> Environment::load(const Locations &locations)

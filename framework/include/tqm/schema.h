@@ -21,12 +21,15 @@ public:
     /// Declares the leaf-list at `path`.
     void add_leaf_list(std::string path);
 
+    /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
+    void add_container(std::string path);
+
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
-    /// Paths of all lists and of all leaf-lists, in no order.
-    std::vector<std::string_view> lists() const;
-    std::vector<std::string_view> leaf_lists() const;
+    bool is_container(std::string_view path) const;
+    /// Paths of all lists, leaf-lists and containers, in no order.
+    std::vector<std::string_view> paths() const;
 
 private:
     struct Hash {
@@ -35,6 +38,7 @@ private:
     };
     std::unordered_map<std::string, std::vector<std::string>, Hash, std::equal_to<>> lists_;
     std::unordered_set<std::string, Hash, std::equal_to<>> leaf_lists_;
+    std::unordered_set<std::string, Hash, std::equal_to<>> containers_;
 };
 
 } // namespace tqm

@@ -54,6 +54,8 @@ public:
     // Lists and leaf-lists of all six modules, in schema order.
     std::vector<ListInfo> lists() const;
     std::vector<ListInfo> leaf_lists() const;
+    // Paths of the containers of all six modules.
+    std::vector<std::string> containers() const;
 
     // All nodes of the module with this namespace, parents before their children, in schema order.
     std::vector<NodeInfo> nodes(const char *module_ns) const;
