@@ -36,7 +36,7 @@ void set_operation(rdl_tqm_datatree *node, uint32_t operation)
     set_present(node, TQM_PRESENT_OPERATION);
 }
 
-void set_role(rdl_tqm_datatree *node, uint32_t role)
+static void set_role(rdl_tqm_datatree *node, uint32_t role)
 {
     node->node_role = role;
     node->role_present |= TQM_ROLE_PRESENT;

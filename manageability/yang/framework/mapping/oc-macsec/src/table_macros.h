@@ -14,6 +14,5 @@
     }
 #define CALL_SITES static oc_macsec::call_sites sites
 
-// A constant array and its length, from a macro's trailing arguments.
-#define ARRAY_OF(type, name, ...) static constexpr type name[] = {__VA_ARGS__}
+// The number of elements of an array.
 #define LENGTH_OF(array) (sizeof(array) / sizeof((array)[0]))
