@@ -33,6 +33,19 @@ bool is_blank(const char *text)
     return text[std::strspn(text, " \t\r\n")] == '\0';
 }
 
+/// The number of child elements; `split` tells whether other children cut the text into pieces.
+uint32_t count_elements(pugi::xml_node element, bool &split)
+{
+    uint32_t count = 0;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element)
+            ++count;
+        else
+            split = true;
+    }
+    return count;
+}
+
 class Converter
 {
 public:
@@ -196,14 +209,8 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     else if (is_edit_ && !reverse_ && record.ns != top_ns_)
         note_foreign(element, record);
 
-    uint32_t child_elements = 0;
     bool split = false;
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_element)
-            ++child_elements;
-        else
-            split = true;
-    }
+    const uint32_t child_elements = count_elements(element, split);
     const bool is_key =
         parent != nullptr && parent->is_list && std::ranges::find(*parent->keys, name->local) != parent->keys->end();
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;

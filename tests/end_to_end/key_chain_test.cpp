@@ -43,17 +43,7 @@ std::string local_time(time_t at)
 class KeyChain : public ToolTest
 {
 protected:
-    std::string chains() const
-    {
-        const Outcome read = get_config("<mka><key-chains/></mka>");
-        EXPECT_EQ(read.status, 0) << read.err;
-        const std::string text = compact(read.out);
-        const std::string open = "<key-chains>";
-        const std::size_t begin = text.find(open);
-        return begin == std::string::npos
-                   ? ""
-                   : text.substr(begin + open.size(), text.find("</key-chains>") - begin - open.size());
-    }
+    std::string chains() const { return inside(get_config("<mka><key-chains/></mka>"), "key-chains"); }
     bool stored(const std::string &words) const { return compact(store_file()).find(words) != std::string::npos; }
 };
 

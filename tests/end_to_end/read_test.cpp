@@ -24,13 +24,7 @@ protected:
     // What the filter inside `policies` selects there.
     std::string selected(const std::string &filter)
     {
-        const Outcome read = get_config("<mka><policies>" + filter + "</policies></mka>");
-        EXPECT_EQ(read.status, 0) << read.err;
-        const std::string text = compact(read.out);
-        const std::string open = "<policies>";
-        const std::size_t begin = text.find(open);
-        return begin == std::string::npos ? ""
-                                          : text.substr(begin + open.size(), text.find("</policies>") - begin - 10);
+        return inside(get_config("<mka><policies>" + filter + "</policies></mka>"), "policies");
     }
 };
 

@@ -29,17 +29,7 @@ protected:
                          "</macsec></filter>");
     }
     // What a read selects below `macsec`.
-    std::string selected(const std::string &inside_filter) const
-    {
-        const Outcome read = get(inside_filter);
-        EXPECT_EQ(read.status, 0) << read.err;
-        const std::string text = compact(read.out);
-        const std::string open = "<macsec xmlns=\"http://openconfig.net/yang/macsec\">";
-        const std::size_t begin = text.find(open);
-        return begin == std::string::npos
-                   ? ""
-                   : text.substr(begin + open.size(), text.find("</macsec>") - begin - open.size());
-    }
+    std::string selected(const std::string &inside_filter) const { return inside(get(inside_filter), "macsec"); }
 };
 
 std::size_t count(const std::string &text, const std::string &words)

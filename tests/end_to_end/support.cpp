@@ -106,15 +106,7 @@ Outcome ToolTest::get_config(std::string_view inside_filter) const
 
 std::string ToolTest::policies() const
 {
-    const Outcome read = get_config("<mka><policies/></mka>");
-    EXPECT_EQ(read.status, 0) << read.err;
-    const std::string text = compact(read.out);
-    const std::string open = "<policies>";
-    const std::size_t begin = text.find(open);
-    if (begin == std::string::npos) {
-        return "";
-    }
-    return text.substr(begin + open.size(), text.find("</policies>") - begin - open.size());
+    return inside(get_config("<mka><policies/></mka>"), "policies");
 }
 
 std::string policy(std::string_view name, std::string_view leaves, std::string_view operation)
@@ -132,6 +124,20 @@ std::string in_policies(std::string_view entries)
 std::string compact(std::string_view text)
 {
     return std::regex_replace(std::string(text), std::regex(">\\s+<"), "><");
+}
+
+std::string inside(const Outcome &read, std::string_view tag)
+{
+    EXPECT_EQ(read.status, 0) << read.err;
+    const std::string name(tag);
+    const std::string text = compact(read.out);
+    std::smatch found;
+    const std::regex open("<" + name + "( [^>]*)?>");
+    if (!std::regex_search(text, found, open)) {
+        return "";
+    }
+    const auto begin = static_cast<std::size_t>(found.position() + found.length());
+    return text.substr(begin, text.find("</" + name + ">") - begin);
 }
 
 } // namespace test

@@ -50,5 +50,7 @@ std::string policy(std::string_view name, std::string_view leaves, std::string_v
 std::string in_policies(std::string_view entries);
 /// Takes the white space between elements away.
 std::string compact(std::string_view text);
+/// What a successful read printed inside the first element `tag`, compact; nothing if there is no such element.
+std::string inside(const Outcome &read, std::string_view tag);
 
 } // namespace test
