@@ -123,31 +123,55 @@ Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, ui
     auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
     if (Expected<void> loaded = request->load(std::move(document)); !loaded)
         return tl::make_unexpected(std::move(loaded.error()));
-    rdl_tqm_datatree *tree = request->tree();
-    if (tree == nullptr)
-        return request;
     for (rdl_tqm_datatree *node : request->impl().leaf_list_matches) {
         if (widened)
             node->present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
     }
+    if (Expected<void> walked = walk(*request); !walked)
+        return tl::make_unexpected(std::move(walked.error()));
+    return request;
+}
+
+Expected<void> Framework::walk_request(Request &request) const
+{
+    rdl_tqm_datatree *tree = request.tree();
+    if (tree == nullptr)
+        return {};
     for (const tqm_map_reg_info &registration : plugin_.registrations()) {
         if (std::strcmp(registration.oc_top, tree->tag) != 0)
             continue;
-        const rcode code = without_skip(registration.forward_root(request->ctx(), tree, request->out()));
+        const rcode code = without_skip(registration.forward_root(request.ctx(), tree, request.out()));
         if (code != 0)
-            return tl::make_unexpected(located(request->error(code), *tree, schema_));
+            return tl::make_unexpected(located(request.error(code), *tree, schema_));
         break;
     }
-    if (request->impl().foreign)
-        return tl::make_unexpected(*request->impl().foreign);
-    return request;
+    if (request.impl().foreign)
+        return tl::make_unexpected(*request.impl().foreign);
+    return {};
+}
+
+Expected<void> Framework::walk(Request &request) const
+{
+    if (plugin_.registrations().empty())
+        return not_registered();
+    if (request.impl().direction == Direction::forward)
+        return walk_request(request);
+    Expected<void> walked = walk_answers(request, request.impl().trees);
+    if (walked && request.impl().is_read())
+        request.drop_unanswered();
+    return walked;
+}
+
+uint32_t Framework::kind_of(const Document &document, Direction direction, uint32_t kind)
+{
+    kind = document.kind().value_or(kind);
+    const bool reads = direction == Direction::forward && document.is_filter();
+    return reads && kind != TQM_REQ_GET_CONFIG ? TQM_REQ_GET : kind;
 }
 
 Expected<Trees> Framework::forward(Document document, uint32_t kind)
 {
-    kind = document.kind().value_or(kind);
-    if (document.is_filter() && kind != TQM_REQ_GET_CONFIG)
-        kind = TQM_REQ_GET;
+    kind = kind_of(document, Direction::forward, kind);
     Expected<std::shared_ptr<Request>> request = walk_forward(std::move(document), kind);
     if (!request)
         return tl::make_unexpected(std::move(request.error()));
@@ -161,7 +185,7 @@ Expected<Trees> Framework::forward(Document document, uint32_t kind)
 }
 
 /// Walks each of the request's trees with the reverse root of its registration.
-Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answers)
+Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answers) const
 {
     for (uint32_t i = 0; i < answers.count; ++i) {
         rdl_tqm_datatree &answer = answers.nodes[i];
@@ -181,19 +205,15 @@ Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answ
 
 Expected<Trees> Framework::reverse(Document document, uint32_t kind)
 {
-    if (plugin_.registrations().empty())
-        return not_registered();
     Trees trees;
-    trees.kind_ = document.kind().value_or(kind);
+    trees.kind_ = kind_of(document, Direction::reverse, kind);
     trees.request_ =
         std::make_shared<Request>(schema_, plugin_.registrations(), trees.kind_, Direction::reverse, watch_);
     Request &request = *trees.request_;
     if (Expected<void> loaded = request.load(std::move(document)); !loaded)
         return tl::make_unexpected(std::move(loaded.error()));
-    if (Expected<void> walked = walk_answers(request, request.impl().trees); !walked)
+    if (Expected<void> walked = walk(request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
-    if (request.impl().is_read())
-        request.drop_unanswered();
     trees.roots_ = request.roots();
     return trees;
 }

@@ -113,6 +113,8 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
             key = node->subtree + i;
     if (key == nullptr || key->tag == nullptr || key->value == nullptr)
         return TQM_ERR_SKIP_NODE;
+    if (request.watch.observer != nullptr)
+        request.watch.observer->read(*key);
     PathInfo *list = list_at(request, path, key->tag);
     if (list == nullptr)
         return TQM_ERR_BAD_ARGS;
@@ -123,7 +125,7 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     return request.add_keyed_entry(out, *list, ns, key->tag, key->value) == nullptr ? TQM_ERR_BAD_ARGS : 0;
 }
 
-rcode look_up(tqm_map_xpath_ops *ops)
+rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
 {
     if (ops == nullptr || ops->tree == nullptr || ops->operation != TQM_XPATH_OP_LOOKUP)
         return TQM_ERR_BAD_ARGS;
@@ -138,6 +140,8 @@ rcode look_up(tqm_map_xpath_ops *ops)
     }
     if (node == nullptr)
         return kNotFound;
+    if (request.watch.observer != nullptr)
+        request.watch.observer->read(*node);
     const std::string_view text = node->value == nullptr ? "" : node->value;
     const std::size_t length = std::min(text.size(), sizeof ops->data - 1);
     std::memcpy(ops->data, text.data(), length);
@@ -243,7 +247,8 @@ rcode tqm_map_tree_xpath_operations(tqm_map_ctx ctx, tqm_map_xpath_ops *ops)
     const std::string path = ops == nullptr ? std::string() : std::string(bounded(ops->path));
     const bool secret = is_secret_tag(std::string_view(path).substr(path.rfind('/') + 1));
     return run_operation(
-        Request::Impl::of(ctx), "tqm_map_tree_xpath_operations", [&](Request::Impl &) { return look_up(ops); },
+        Request::Impl::of(ctx), "tqm_map_tree_xpath_operations",
+        [&](Request::Impl &request) { return look_up(request, ops); },
         [&](JournalLine &line) { line.text("path", path.c_str()).node("tree", ops == nullptr ? nullptr : ops->tree); },
         [&](JournalLine &line) { line.found("data", ops->data, secret); });
 }

@@ -71,6 +71,8 @@ rcode tqm_map_add_to_node_hierarchy(tqm_map_ctx ctx, const rdl_tqm_datatree *nod
             if (node == nullptr || (level_kind != TQM_HIER_CONTAINER && level_kind != TQM_HIER_LIST))
                 return TQM_ERR_BAD_ARGS;
             request.push(*node, level_kind == TQM_HIER_LIST);
+            if (request.watch.observer != nullptr)
+                request.watch.observer->entered(*node);
             return 0;
         },
         [&](JournalLine &line) { line.node("", node).number("level_kind", level_kind); });
@@ -111,6 +113,8 @@ rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf,
             value = child == nullptr ? nullptr : child->value;
             if (value != nullptr)
                 *value_out = value;
+            if (value != nullptr && request.watch.observer != nullptr)
+                request.watch.observer->read(*child);
             return 0;
         },
         [&](JournalLine &line) { line.text("", path).text("", leaf); },
@@ -220,6 +224,8 @@ int tqm_map_is_request_add(tqm_map_ctx ctx)
 int tqm_map_do_these_match(const char *a, const char *b)
 {
     const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
+    if (match && serving() != nullptr && serving()->watch.observer != nullptr)
+        serving()->watch.observer->matched(a);
     journal_question(serving(), "tqm_map_do_these_match",
                      [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
     return match ? 1 : 0;

@@ -41,9 +41,6 @@ struct PathInfo {
     }
 };
 
-/// True for the tags of leaves that hold key texts.
-bool is_secret_tag(std::string_view tag);
-
 class PathTable
 {
 public:

@@ -69,6 +69,22 @@ Request::Impl::Naming Request::Impl::naming_for(const AddArguments &arguments, c
 
 rcode Request::Impl::add(const AddArguments &arguments)
 {
+    const rcode rc = place(arguments);
+    if (rc != 0)
+        tell(arguments, nullptr, rc);
+    return rc;
+}
+
+void Request::Impl::tell(const AddArguments &arguments, const OutputNode *node, rcode code) const
+{
+    if (watch.observer == nullptr)
+        return;
+    const bool settled = node != nullptr && !node->pending;
+    watch.observer->added({arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
+}
+
+rcode Request::Impl::place(const AddArguments &arguments)
+{
     if (arguments.tree == nullptr || arguments.path == nullptr || arguments.list_entry > 1)
         return TQM_ERR_BAD_ARGS;
     if (arguments.flags != TQM_ADD_PLAIN && arguments.flags != TQM_ADD_OTHER_MODULE &&
@@ -103,6 +119,7 @@ rcode Request::Impl::add(const AddArguments &arguments)
     if (!(addressed && direction == Direction::forward))
         set_operation(*node, arguments.source);
     settle_entry_operation(*node, arguments);
+    tell(arguments, node, 0);
     if (info->is_list && value != nullptr && info->keys->size() == 1) {
         AddArguments key = arguments;
         const std::string path = std::string(info->text) + '/' + info->keys->front();
@@ -157,12 +174,16 @@ rcode Request::Impl::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path
     if (base == nullptr || info == nullptr)
         return TQM_ERR_BAD_ARGS;
     const Naming naming{intern_ns(ns), nullptr};
+    const OutputNode *node = nullptr;
     if (info->is_leaf_list) {
         OutputNode *parent = info->parent == nullptr ? &output.base() : node_for(*info->parent, naming, false);
-        output.add_value(*parent, *info, naming.below, nullptr);
+        node = output.add_value(*parent, *info, naming.below, nullptr);
     } else {
-        node_for(*info, naming, false);
+        node = node_for(*info, naming, false);
     }
+    AddArguments arguments;
+    arguments.path = info->text.data();
+    tell(arguments, node, 0);
     return 0;
 }
 

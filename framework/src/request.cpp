@@ -198,6 +198,11 @@ uint32_t Request::tree_count() const
     return impl_->trees.count;
 }
 
+std::span<const LeftOut> Request::left_out() const
+{
+    return impl_->left_out;
+}
+
 OutputForest Request::output()
 {
     impl_->settle();

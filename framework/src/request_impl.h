@@ -106,6 +106,7 @@ struct Request::Impl {
 
     std::vector<std::shared_ptr<void>> buffers; ///< documents that the trees point into
     TreeBuilder::Roots trees;
+    std::vector<LeftOut> left_out;
     std::string error_path;
     /// Reads: the client's filter, and the nodes of the request tree all of whose children are matches of leaf-lists.
     TreeBuilder::Roots filter;
@@ -126,6 +127,8 @@ struct Request::Impl {
 private:
     struct Naming; ///< which namespace goes to which part of a path
 
+    rcode place(const AddArguments &arguments);
+    void tell(const AddArguments &arguments, const OutputNode *node, rcode code) const;
     Naming naming_for(const AddArguments &arguments, const PathInfo &info);
     rcode add_to_request_node(const AddArguments &arguments);
     OutputNode *node_for(PathInfo &info, const Naming &naming, bool addressed);

@@ -284,6 +284,8 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
             return false;
         if (!left_out)
             ++filled;
+        else if (request_.watch.observer != nullptr)
+            request_.left_out.push_back({&record, filled, children[filled]});
     }
     record.subtree = children;
     record.subtree_count = filled;

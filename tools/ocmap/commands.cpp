@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,10 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
+#include "explain.h"
+#include "explanation_table.h"
 #include "model_tree.h"
 #include "native_store.h"
 #include "tqm/framework.h"
@@ -93,6 +98,23 @@ tqm::Expected<void> print(tqm::Expected<tqm::Trees> result)
         return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
     }
     return {};
+}
+
+tqm::Expected<void> write_text(const std::string &text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
+    }
+    return {};
+}
+
+// On a terminal that can, unless the user has set NO_COLOR to anything.
+bool colour_wanted()
+{
+    const char *const no_colour = std::getenv("NO_COLOR");
+    const char *const terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && (no_colour == nullptr || *no_colour == '\0') &&
+           (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
 }
 
 tqm::Expected<router::Datastore> open_store(const Options &options, const router::Models &models, router::Access access)
@@ -196,17 +218,32 @@ tqm::Expected<void> get_config(const Options &options)
     return read_store(options, TQM_REQ_GET_CONFIG);
 }
 
+tqm::Expected<void> explain(const Options &options)
+{
+    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+        const auto direction = options.reverse ? tqm::Direction::reverse : tqm::Direction::forward;
+        const uint32_t kind = options.kind.value_or(options.reverse ? TQM_REQ_GET : TQM_REQ_EDIT);
+        const auto explanation = explain(desk.environment(), std::move(*document), direction, kind);
+        if (!explanation) {
+            return tl::unexpected(explanation.error());
+        }
+        if (auto written = write_text(explanation_table(*explanation, colour_wanted())); !written) {
+            return written;
+        }
+        if (explanation->refusal) {
+            return tl::unexpected(*explanation->refusal);
+        }
+        return {};
+    });
+}
+
 tqm::Expected<void> tree(const Options &options)
 {
     auto environment = Environment::load(options.locations);
     if (!environment) {
         return tl::unexpected(environment.error());
     }
-    const std::string text = model_tree(*environment);
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
-        return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
-    }
-    return {};
+    return write_text(model_tree(*environment));
 }
 
 } // namespace ocmap

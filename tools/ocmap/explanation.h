@@ -29,7 +29,7 @@ struct RequestNode {
     std::optional<std::string> value; ///< "***" for a key text; none for a node without a value
     std::string operation;            ///< its own edit operation, "merge" and so on; empty if it has none
     Fate fate = Fate::not_reached;
-    std::string reason;               ///< why it was dropped or refused, one sentence; else empty
+    std::string reason;               ///< one sentence for what does not explain itself: why it was dropped or refused
     std::vector<std::string> mappers; ///< the plug-in's functions that ran for it, in order
     std::vector<std::size_t> adds;    ///< positions in Explanation::adds, in order
 };

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "printable.h"
 
 namespace
 {
@@ -13,31 +14,14 @@ namespace
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
-// What a client's value has brought into an error must not break its line, drive the terminal, or fill the screen.
-std::string printable(const std::string &text)
-{
-    constexpr std::size_t longest = 2000;
-    std::string shown;
-    for (const char c : text.substr(0, longest)) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned int>(c));
-            shown += escape;
-        } else {
-            shown += c;
-        }
-    }
-    return text.size() > longest ? shown + "..." : shown;
-}
-
 void report(const tqm::Error &error)
 {
-    std::fprintf(stderr, "error: %s\n", printable(error.text).c_str());
+    std::fprintf(stderr, "error: %s\n", ocmap::printable(error.text).c_str());
     if (!error.path.empty()) {
-        std::fprintf(stderr, "  path: %s\n", printable(error.path).c_str());
+        std::fprintf(stderr, "  path: %s\n", ocmap::printable(error.path).c_str());
     }
     if (!error.tag.empty()) {
-        std::fprintf(stderr, "  tag: %s\n", printable(error.tag).c_str());
+        std::fprintf(stderr, "  tag: %s\n", ocmap::printable(error.tag).c_str());
     }
     if (error.code) {
         std::fprintf(stderr, "  code: 0x%08x\n", *error.code);
@@ -112,6 +96,10 @@ int main(int argc, char **argv)
     command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
     add_file(command, options, false);
     add_store(command, options);
+    command = add_command(app, "explain", "Show what a request becomes, node by node, and why", chosen, ocmap::explain);
+    add_file(command, options, true);
+    add_kind(command, options);
+    command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
     add_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
 
     try {

@@ -59,10 +59,17 @@ public:
     Expected<Trees> get(std::optional<Document> document, NativeSide &native);
     Expected<Trees> get_config(std::optional<Document> document, NativeSide &native);
 
+    /// Walks what `request` has loaded with the root walkers that are registered for it. After an error what was built
+    /// until then is in the request's output: for those who look at a walk rather than at its result.
+    Expected<void> walk(Request &request) const;
+    /// TQM_REQ_* for the walk of a document: what it says itself, or `kind`.
+    static uint32_t kind_of(const Document &document, Direction direction, uint32_t kind);
+
 private:
     Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false);
     Expected<Trees> read(std::optional<Document> document, NativeSide &native, uint32_t kind);
-    Expected<void> walk_answers(Request &request, TreeBuilder::Roots answers);
+    Expected<void> walk_request(Request &request) const;
+    Expected<void> walk_answers(Request &request, TreeBuilder::Roots answers) const;
 
     const Plugin &plugin_;
     const Schema &schema_;

@@ -11,6 +11,7 @@
 #include "tqm/document.h"
 #include "tqm/error.h"
 #include "tqm/journal.h"
+#include "tqm/observer.h"
 #include "tqm/schema.h"
 #include "tqm/tree.h"
 #include "tqm_map.h"
@@ -22,6 +23,7 @@ namespace tqm
 struct Watch {
     Journal *journal = nullptr;
     Faults *faults = nullptr;
+    Observer *observer = nullptr;
     std::function<void(uint32_t level, std::string_view line)> log = {}; ///< framework log; level is TQM_LOG_*
     std::function<void(std::string_view line)> trace = {};               ///< trace buffer
     bool log_errors = false;                                             ///< let lines of TQM_LOG_ERROR through to log
@@ -32,6 +34,13 @@ struct Watch {
 enum class Direction {
     forward, ///< adds build native trees, placed by the list entries that the walk stands in
     reverse  ///< adds build the OpenConfig tree, placed in the entries that list mappers made, found or stitched
+};
+
+/// A leaf of an edit that is not walked: under the default-operation none it says nothing.
+struct LeftOut {
+    const rdl_tqm_datatree *parent;
+    uint32_t position; ///< it stood before the parent's child with this index
+    rdl_tqm_datatree node;
 };
 
 /// The operations find their request through the context; those without a context argument serve the request that was
@@ -62,6 +71,8 @@ public:
     /// The request's trees; of a forward request at most one. Null when there is none.
     rdl_tqm_datatree *tree(uint32_t index = 0);
     uint32_t tree_count() const;
+    /// In document order; empty without an observer.
+    std::span<const LeftOut> left_out() const;
 
     /// What was built so far. Operations that wait for the walk are settled first.
     OutputForest output();

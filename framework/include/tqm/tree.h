@@ -22,6 +22,9 @@ struct PathInfo;
 /// exist and are not changed. The others are TQM_OP_*.
 inline constexpr uint32_t kOperationNone = 5;
 
+/// True for the tags of leaves that hold key texts.
+bool is_secret_tag(std::string_view tag);
+
 /// One node of an output tree. Its address, and that of the record in it, stays the same until the request ends.
 class OutputNode
 {
