@@ -2,7 +2,7 @@
 # what is missing first. As another user than root, packages and the model are installed through sudo.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
-           libgtest-dev libbenchmark-dev xsltproc
+           nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc
 FORMAT_PACKAGES = clang-format
 MODEL = /pkg/yang/openconfig-macsec.yang
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)

@@ -4,6 +4,7 @@
 #include "tree.h"
 
 #include <array>
+#include <optional>
 
 namespace router
 {
@@ -74,6 +75,45 @@ void collect_nodes(const lysc_node *first, const std::string &parent, std::vecto
     }
 }
 
+std::optional<ValueForm> form_of(const lysc_type *type)
+{
+    while (type->basetype == LY_TYPE_LEAFREF) {
+        type = reinterpret_cast<const lysc_type_leafref *>(type)->realtype;
+    }
+    switch (type->basetype) {
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+        return ValueForm::number;
+    case LY_TYPE_BOOL:
+        return ValueForm::boolean;
+    case LY_TYPE_EMPTY:
+        return ValueForm::empty;
+    default:
+        return std::nullopt;
+    }
+}
+
+void collect_forms(const lysc_node *first, const std::string &parent, std::vector<LeafForm> &found)
+{
+    for (const lysc_node *node = first; node; node = node->next) {
+        const std::string path = parent + "/" + node->name;
+        const lysc_type *type = nullptr;
+        if (node->nodetype == LYS_LEAF) {
+            type = reinterpret_cast<const lysc_node_leaf *>(node)->type;
+        } else if (node->nodetype == LYS_LEAFLIST) {
+            type = reinterpret_cast<const lysc_node_leaflist *>(node)->type;
+        }
+        if (const auto form = type != nullptr ? form_of(type) : std::nullopt) {
+            found.push_back({path, *form});
+        }
+        collect_forms(lysc_node_child(node), path, found);
+    }
+}
+
 } // namespace
 
 Expected<Models> Models::load(const std::string &yang_directory)
@@ -113,6 +153,28 @@ std::vector<std::string> Models::containers() const
         paths.push_back(std::move(container.path));
     }
     return paths;
+}
+
+std::vector<ModuleInfo> Models::modules() const
+{
+    std::vector<ModuleInfo> found;
+    for (const char *name : module_names) {
+        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
+            found.push_back({module->name, module->ns});
+        }
+    }
+    return found;
+}
+
+std::vector<LeafForm> Models::leaf_forms() const
+{
+    std::vector<LeafForm> found;
+    for (const char *name : module_names) {
+        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
+            collect_forms(module->compiled->data, "", found);
+        }
+    }
+    return found;
 }
 
 std::vector<NodeInfo> Models::nodes(const char *module_ns) const

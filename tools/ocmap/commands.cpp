@@ -88,13 +88,13 @@ tqm::Expected<tqm::Document> read_document(const std::string &file)
     return file == "-" ? tqm::Document::read(stdin) : tqm::Document::read_file(file);
 }
 
-tqm::Expected<void> print(tqm::Expected<tqm::Trees> result)
+tqm::Expected<void> print(tqm::Expected<tqm::Trees> result, tqm::Format format)
 {
     if (!result) {
         return tl::unexpected(result.error());
     }
     const tqm::Trees &trees = keep(std::move(*result));
-    if (!trees.print(stdout) || std::fflush(stdout) != 0) {
+    if (!trees.print(stdout, format) || std::fflush(stdout) != 0) {
         return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
     }
     return {};
@@ -176,7 +176,8 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
         }
         NativeStore native(keep(std::move(*store)));
         return print(kind == TQM_REQ_GET ? desk.framework().get(std::move(document), native)
-                                         : desk.framework().get_config(std::move(document), native));
+                                         : desk.framework().get_config(std::move(document), native),
+                     options.format);
     });
 }
 
@@ -185,14 +186,16 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
 tqm::Expected<void> forward(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)));
+        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)),
+                     options.format);
     });
 }
 
 tqm::Expected<void> reverse(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)));
+        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)),
+                     options.format);
     });
 }
 

@@ -25,6 +25,19 @@ std::filesystem::path first_present(std::initializer_list<std::filesystem::path>
     return *places.begin();
 }
 
+tqm::JsonType json_type(router::ValueForm form)
+{
+    switch (form) {
+    case router::ValueForm::number:
+        return tqm::JsonType::number;
+    case router::ValueForm::boolean:
+        return tqm::JsonType::boolean;
+    case router::ValueForm::empty:
+        return tqm::JsonType::empty;
+    }
+    return tqm::JsonType::text;
+}
+
 } // namespace
 
 Locations default_locations()
@@ -46,6 +59,12 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     }
     for (router::ListInfo &leaf_list : models_.leaf_lists()) {
         schema_.add_leaf_list(std::move(leaf_list.path));
+    }
+    for (router::ModuleInfo &module : models_.modules()) {
+        schema_.add_module(std::move(module.name), std::move(module.ns));
+    }
+    for (router::LeafForm &leaf : models_.leaf_forms()) {
+        schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
     for (std::string &path : models_.containers()) {
         schema_.add_container(std::move(path));
