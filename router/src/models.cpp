@@ -3,7 +3,9 @@
 
 #include "tree.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <optional>
 
 namespace router
@@ -122,7 +124,9 @@ Expected<Models> Models::load(const std::string &yang_directory)
     ly_log_options(LY_LOSTORE_LAST);
 
     ly_ctx *created = nullptr;
-    if (ly_ctx_new(yang_directory.c_str(), LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &created)) {
+    // With its parsed nodes at hand libyang's tree printer shows the data nodes, and groupings where they are used.
+    constexpr uint16_t options = LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD | LY_CTX_SET_PRIV_PARSED;
+    if (ly_ctx_new(yang_directory.c_str(), options, &created)) {
         return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
     }
     std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
@@ -184,6 +188,44 @@ std::vector<NodeInfo> Models::nodes(const char *module_ns) const
         collect_nodes(module->compiled->data, "", found);
     }
     return found;
+}
+
+namespace
+{
+
+// A leafref's path needs no prefixes within its own module.
+std::string without_prefix(std::string line, const std::string &prefix)
+{
+    for (size_t at = line.find(prefix); at != std::string::npos; at = line.find(prefix, at)) {
+        line.erase(at, prefix.size());
+    }
+    return line;
+}
+
+} // namespace
+
+Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) const
+{
+    const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns);
+    char *printed = nullptr;
+    if (module == nullptr || lys_print_mem(&printed, module, LYS_OUT_TREE, 0)) {
+        return tl::unexpected(Error{"libyang cannot print the tree of " + std::string(module_ns), ""});
+    }
+    const std::string text(printed);
+    std::free(printed);
+    std::vector<std::string> lines;
+    for (size_t begin = text.find('\n') + 1; begin < text.size();) {
+        const size_t end = std::min(text.find('\n', begin), text.size());
+        if (end > begin) {
+            lines.push_back(without_prefix(text.substr(begin, end - begin), std::string(module->prefix) + ":"));
+        }
+        begin = end + 1;
+    }
+    if (lines.size() != nodes(module_ns).size()) {
+        return tl::unexpected(
+            Error{"the tree of " + std::string(module_ns) + " does not have a line for each node", ""});
+    }
+    return lines;
 }
 
 } // namespace router

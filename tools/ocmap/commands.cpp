@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include "deviations.h"
 #include "explain.h"
 #include "explanation_table.h"
 #include "model_tree.h"
@@ -181,6 +182,17 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
     });
 }
 
+// What is said of the model alone.
+tqm::Expected<void> print_model(const Options &options, tqm::Expected<std::string> (*text_of)(const Environment &))
+{
+    const auto environment = Environment::load(options.locations);
+    if (!environment) {
+        return tl::unexpected(environment.error());
+    }
+    const auto text = text_of(*environment);
+    return text ? write_text(*text) : tl::unexpected(text.error());
+}
+
 } // namespace
 
 tqm::Expected<void> forward(const Options &options)
@@ -242,11 +254,12 @@ tqm::Expected<void> explain(const Options &options)
 
 tqm::Expected<void> tree(const Options &options)
 {
-    auto environment = Environment::load(options.locations);
-    if (!environment) {
-        return tl::unexpected(environment.error());
-    }
-    return write_text(model_tree(*environment));
+    return print_model(options, model_tree);
+}
+
+tqm::Expected<void> deviations(const Options &options)
+{
+    return print_model(options, deviations);
 }
 
 } // namespace ocmap

@@ -33,5 +33,6 @@ tqm::Expected<void> get_config(const Options &options);
 /// Prints also what is left of a refused request, before it gives the refusal as its error.
 tqm::Expected<void> explain(const Options &options);
 tqm::Expected<void> tree(const Options &options);
+tqm::Expected<void> deviations(const Options &options);
 
 } // namespace ocmap

@@ -111,6 +111,7 @@ int main(int argc, char **argv)
     add_kind(command, options);
     command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
     add_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
+    add_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);
 
     try {
         app.parse(argc, argv);

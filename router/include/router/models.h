@@ -76,6 +76,8 @@ public:
 
     // All nodes of the module with this namespace, parents before their children, in schema order.
     std::vector<NodeInfo> nodes(const char *module_ns) const;
+    // The same nodes in the tree notation of RFC 8340, one line each, without the module's own line.
+    Expected<std::vector<std::string>> tree_lines(const char *module_ns) const;
 
     // The context, for the router's own use; lives as long as any copy of this handle.
     const ly_ctx *context() const { return context_.get(); }
