@@ -3,7 +3,7 @@
 # installs below PREFIX, or for a package below DESTDIR.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
-           libgtest-dev libbenchmark-dev xsltproc
+           nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc
 FORMAT_PACKAGES = clang-format
 MODEL = /pkg/yang/openconfig-macsec.yang
 DESTDIR =

@@ -12,6 +12,7 @@
 
 #include "arena.h"
 #include "document_content.h"
+#include "json_reader.h"
 #include "tqm_map.h"
 
 namespace tqm
@@ -201,6 +202,9 @@ public:
             return tl::make_unexpected(name.error());
         if (is_netconf(*name, "rpc"))
             return rpc(element);
+        for (const char *operation : {"edit-config", "get", "get-config"})
+            if (is_netconf(*name, operation))
+                return this->operation(element, *name);
         const bool bare = *name->ns == '\0' || std::strcmp(name->ns, kNetconfNs) == 0;
         const std::string_view local = bare ? name->local : "";
         if (local == "config") {
@@ -253,16 +257,21 @@ private:
         const auto name = enter(operation);
         if (!name)
             return tl::make_unexpected(name.error());
-        if (is_netconf(*name, "edit-config")) {
+        return this->operation(operation, *name);
+    }
+
+    Expected<void> operation(pugi::xml_node operation, const XmlName &name)
+    {
+        if (is_netconf(name, "edit-config")) {
             content_.kind = TQM_REQ_EDIT;
             return parameters(operation, &WrapperReader::edit_parameter, "config", "target");
         }
         content_.selects_all = true;
-        if (is_netconf(*name, "get")) {
+        if (is_netconf(name, "get")) {
             content_.kind = TQM_REQ_GET;
             return parameters(operation, &WrapperReader::get_parameter, nullptr, nullptr);
         }
-        if (is_netconf(*name, "get-config")) {
+        if (is_netconf(name, "get-config")) {
             content_.kind = TQM_REQ_GET_CONFIG;
             return parameters(operation, &WrapperReader::get_parameter, nullptr, "source");
         }
@@ -499,6 +508,13 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
     const LineIndex lines(text);
     if (const std::size_t bad = std::min(text.find('\0'), find_bad_utf8(text)); bad != std::string_view::npos)
         return failure("the request is no UTF-8 text at " + lines.place_of(bad));
+    if (is_json(text)) {
+        if (Expected<void> read = read_json(text, *content); !read)
+            return tl::make_unexpected(read.error());
+        if (const Expected<void> read = WrapperReader(*content).root(content->dom.first_child()); !read)
+            return tl::make_unexpected(read.error());
+        return Document(std::move(content));
+    }
     if (const std::size_t bad = find_bad_reference(text); bad != std::string_view::npos)
         return failure("the request is no XML document: '&' begins no reference to a character at " +
                        lines.place_of(bad));

@@ -20,6 +20,7 @@ struct Document::Content {
     pugi::xml_node single; ///< or this one element is
     XmlScope scope;        ///< namespaces at the trees
     std::optional<uint32_t> kind;
+    bool json = false; ///< namespaces are names of modules yet
     bool is_filter = false;
     bool selects_all = false; ///< a read without a filter
     DefaultOperation default_operation = DefaultOperation::merge;

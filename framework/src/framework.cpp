@@ -5,6 +5,7 @@
 
 #include "document_content.h"
 #include "filter.h"
+#include "json_writer.h"
 #include "request_impl.h"
 #include "writer.h"
 
@@ -62,8 +63,8 @@ rcode without_skip(rcode code)
     return code == TQM_ERR_SKIP_NODE ? 0 : code;
 }
 
-bool write(XmlWriter::Sink sink, std::string_view wrapper, std::string_view attributes,
-           const std::vector<const OutputNode *> &roots, bool with_operations)
+bool write_xml(Sink sink, std::string_view wrapper, std::string_view attributes,
+               const std::vector<const OutputNode *> &roots, bool with_operations)
 {
     const std::string netconf = std::string("=\"") + kNetconfNs + "\"";
     std::string all = " xmlns" + netconf;
@@ -77,33 +78,31 @@ bool write(XmlWriter::Sink sink, std::string_view wrapper, std::string_view attr
 
 // ---- Trees ----
 
-void Trees::print(std::string &text) const
+void Trees::print(std::string &text, Format format) const
 {
     const auto sink = [&](std::string_view piece) {
         text += piece;
         return true;
     };
-    print_to(sink);
+    print_to(sink, format);
 }
 
-bool Trees::print(std::FILE *file) const
+bool Trees::print(std::FILE *file, Format format) const
 {
     return print_to(
-        [file](std::string_view piece) { return std::fwrite(piece.data(), 1, piece.size(), file) == piece.size(); });
+        [file](std::string_view piece) { return std::fwrite(piece.data(), 1, piece.size(), file) == piece.size(); },
+        format);
 }
 
-bool Trees::print_to(const std::function<bool(std::string_view)> &sink) const
+bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format format) const
 {
-    switch (wrapper_) {
-    case Wrapper::config:
-        return write(sink, "config", "", roots_, true);
-    case Wrapper::filter:
-        return write(sink, "filter", " type=\"subtree\"", roots_, false);
-    case Wrapper::data:
-        break;
-    }
+    constexpr const char *names[] = {"config", "filter", "data"};
+    const char *const name = names[static_cast<std::size_t>(wrapper_)];
     const bool is_read = kind_ == TQM_REQ_GET || kind_ == TQM_REQ_GET_CONFIG;
-    return write(sink, "data", "", roots_, !is_read);
+    const bool with_operations = wrapper_ == Wrapper::config || (wrapper_ == Wrapper::data && !is_read);
+    if (format == Format::json)
+        return JsonWriter(request_->impl().schema, sink).write(name, roots_, with_operations);
+    return write_xml(sink, name, wrapper_ == Wrapper::filter ? " type=\"subtree\"" : "", roots_, with_operations);
 }
 
 // ---- Framework ----

@@ -73,6 +73,7 @@ private:
     bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split, bool is_container);
     const char *whole_text(pugi::xml_node element, bool split);
     char *trimmed(const char *value);
+    std::optional<XmlName> name_of(pugi::xml_node element);
     const char *kept_ns(const char *ns);
     static std::string path_of(pugi::xml_node element, pugi::xml_node holder);
     bool fail(std::string text, pugi::xml_node element);
@@ -138,9 +139,7 @@ Expected<void> Converter::run()
         if (content_.single)
             scope_.leave(0); // the element's declarations are taken in again below
         const std::size_t mark = scope_.enter(tops[i]);
-        const auto name = scope_.element_name(tops[i].name());
-        if (!name)
-            fail(std::string("the prefix of element <") + tops[i].name() + "> is not declared", tops[i]);
+        const auto name = name_of(tops[i]);
         const bool good = name && check_top(*name, tops[i]);
         scope_.leave(mark);
         bool left_out = false;
@@ -197,9 +196,9 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     const std::size_t mark = has_attributes ? scope_.enter(element) : 0;
     if (has_attributes && scope_.overfull())
         return fail("too many namespaces are declared", element);
-    const auto name = scope_.element_name(element.name());
+    const auto name = name_of(element);
     if (!name)
-        return fail(std::string("the prefix of element <") + element.name() + "> is not declared", element);
+        return false;
     record.tag = request_.arena.keep(name->local);
     record.ns = kept_ns(name->ns);
     if (has_attributes && !attributes(element, record))
@@ -386,6 +385,23 @@ char *Converter::trimmed(const char *value)
     text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
     text.remove_suffix(text.size() - text.find_last_not_of(" \t\r\n") - 1);
     return const_cast<char *>(request_.arena.copy(text));
+}
+
+/// Fails where there is no such prefix, or no such module.
+std::optional<XmlName> Converter::name_of(pugi::xml_node element)
+{
+    auto name = scope_.element_name(element.name());
+    if (!name) {
+        fail(std::string("the prefix of element <") + element.name() + "> is not declared", element);
+    } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, kNetconfNs) != 0) {
+        const char *ns = request_.schema.module_ns(name->ns);
+        if (ns == nullptr) {
+            fail(std::string("there is no module '") + name->ns + "' here", element);
+            return std::nullopt;
+        }
+        name->ns = ns;
+    }
+    return name;
 }
 
 const char *Converter::kept_ns(const char *ns)

@@ -44,4 +44,33 @@ std::vector<std::string_view> Schema::paths() const
     return paths;
 }
 
+void Schema::add_module(std::string name, std::string ns)
+{
+    ns_module_.emplace(ns, name);
+    module_ns_.emplace(std::move(name), std::move(ns));
+}
+
+void Schema::add_json_type(std::string path, JsonType type)
+{
+    json_types_.insert_or_assign(std::move(path), type);
+}
+
+const char *Schema::module_ns(std::string_view name) const
+{
+    const auto found = module_ns_.find(name);
+    return found == module_ns_.end() ? nullptr : found->second.c_str();
+}
+
+std::string_view Schema::module_of(std::string_view ns) const
+{
+    const auto found = ns_module_.find(ns);
+    return found == ns_module_.end() ? ns : std::string_view(found->second);
+}
+
+JsonType Schema::json_type(std::string_view path) const
+{
+    const auto found = json_types_.find(path);
+    return found == json_types_.end() ? JsonType::text : found->second;
+}
+
 } // namespace tqm

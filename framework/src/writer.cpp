@@ -43,6 +43,16 @@ const char *escape_of(char c, bool in_attribute)
 
 } // namespace
 
+WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation)
+{
+    const uint32_t operation = node.operation().value_or(outer_operation);
+    if (operation == outer_operation)
+        return {nullptr, outer_operation};
+    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_removal(outer_operation));
+    const bool written = operation < std::size(kOperationNames) && !needless;
+    return {written ? kOperationNames[operation] : nullptr, operation};
+}
+
 bool XmlWriter::write(std::string_view wrapper, std::string_view attributes,
                       const std::vector<const OutputNode *> &trees, bool with_operations)
 {
@@ -72,8 +82,12 @@ void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t oute
         escaped(node.ns(), true);
         buffer_ += '"';
     }
-    if (with_operations_)
-        outer_operation = operation(node, outer_operation);
+    if (with_operations_) {
+        const WrittenOperation written = written_operation(node, outer_operation);
+        if (written.name != nullptr)
+            buffer_.append(" nc:operation=\"").append(written.name).append("\"");
+        outer_operation = written.effective;
+    }
     const OutputNode::Children children = node.children();
     const bool has_text = node.value() != nullptr && *node.value() != '\0';
     if (!children.empty()) {
@@ -88,19 +102,6 @@ void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t oute
     } else {
         buffer_ += "/>\n";
     }
-}
-
-/// Writes the attribute where the operation is not the one that the node has from the nodes around it. Merge is not
-/// written on keys, which only name their entry, nor in what goes away as a whole.
-uint32_t XmlWriter::operation(const OutputNode &node, uint32_t outer_operation)
-{
-    const uint32_t operation = node.operation().value_or(outer_operation);
-    if (operation == outer_operation)
-        return outer_operation;
-    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_removal(outer_operation));
-    if (operation < std::size(kOperationNames) && !needless)
-        buffer_.append(" nc:operation=\"").append(kOperationNames[operation]).append("\"");
-    return operation;
 }
 
 void XmlWriter::escaped(std::string_view text, bool in_attribute)

@@ -12,10 +12,21 @@
 namespace tqm
 {
 
+using Sink = std::function<bool(std::string_view)>;
+
+/// What a document says of a node's operation.
+struct WrittenOperation {
+    const char *name;   ///< null: nothing is written
+    uint32_t effective; ///< what nodes below that say nothing have
+};
+
+/// An operation is written where it is not the one that the node has from the nodes around it. Merge is not written on
+/// keys, which only name their entry, nor in what goes away as a whole.
+WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
+
 class XmlWriter
 {
 public:
-    using Sink = std::function<bool(std::string_view)>;
     explicit XmlWriter(Sink sink) : sink_(std::move(sink)) {}
 
     /// The start tag of the wrapper with `attributes` (ready-made text, with its leading blank), the trees, the end
@@ -26,7 +37,6 @@ public:
 
 private:
     void node(const OutputNode &node, const char *outer_ns, uint32_t outer_operation, unsigned int level);
-    uint32_t operation(const OutputNode &node, uint32_t outer_operation);
     void escaped(std::string_view text, bool in_attribute);
     void flush();
 

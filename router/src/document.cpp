@@ -100,19 +100,43 @@ bool unwrap(std::string &text)
     return true;
 }
 
+bool is_json(std::string_view text)
+{
+    const size_t begin = skip_space(text, 0);
+    return begin < text.size() && text[begin] == '{';
+}
+
+// Blanks out {"ietf-netconf:data": and its brace at the end. A document without it stays as it is.
+void unwrap_json(std::string &text)
+{
+    constexpr std::string_view member = "\"ietf-netconf:data\"";
+    const size_t begin = skip_space(text, skip_space(text, 0) + 1);
+    const size_t colon = skip_space(text, begin + member.size());
+    const size_t close = text.rfind('}');
+    if (std::string_view(text).substr(std::min(begin, text.size())).starts_with(member) && colon < close &&
+        text[colon] == ':') {
+        blank(text, 0, colon + 1);
+        blank(text, close, close + 1);
+    }
+}
+
 // The tree that the text holds, every root of which must please `belongs`.
 Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, bool (*belongs)(const lysc_node *))
 {
     if (skip_space(text, 0) == text.size()) {
         return fault("it is empty");
     }
-    if (text.find('\0') != std::string::npos || !unwrap(text)) {
+    const bool json = is_json(text);
+    if (json) {
+        unwrap_json(text);
+    }
+    if (text.find('\0') != std::string::npos || (!json && !unwrap(text))) {
         return fault("it is not well-formed XML");
     }
     lyd_node *parsed = nullptr;
     ly_err_clean(const_cast<ly_ctx *>(context), nullptr);
-    const LY_ERR code =
-        lyd_parse_data_mem(context, text.c_str(), LYD_XML, LYD_PARSE_STRICT | options, LYD_VALIDATE_PRESENT, &parsed);
+    const LY_ERR code = lyd_parse_data_mem(context, text.c_str(), json ? LYD_JSON : LYD_XML, LYD_PARSE_STRICT | options,
+                                           LYD_VALIDATE_PRESENT, &parsed);
     Tree tree(parsed);
     if (code) {
         return fault(document_fault(context));

@@ -3,7 +3,10 @@
 
 #include "tree.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <optional>
 
 namespace router
 {
@@ -74,6 +77,45 @@ void collect_nodes(const lysc_node *first, const std::string &parent, std::vecto
     }
 }
 
+std::optional<ValueForm> form_of(const lysc_type *type)
+{
+    while (type->basetype == LY_TYPE_LEAFREF) {
+        type = reinterpret_cast<const lysc_type_leafref *>(type)->realtype;
+    }
+    switch (type->basetype) {
+    case LY_TYPE_INT8:
+    case LY_TYPE_INT16:
+    case LY_TYPE_INT32:
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32:
+        return ValueForm::number;
+    case LY_TYPE_BOOL:
+        return ValueForm::boolean;
+    case LY_TYPE_EMPTY:
+        return ValueForm::empty;
+    default:
+        return std::nullopt;
+    }
+}
+
+void collect_forms(const lysc_node *first, const std::string &parent, std::vector<LeafForm> &found)
+{
+    for (const lysc_node *node = first; node; node = node->next) {
+        const std::string path = parent + "/" + node->name;
+        const lysc_type *type = nullptr;
+        if (node->nodetype == LYS_LEAF) {
+            type = reinterpret_cast<const lysc_node_leaf *>(node)->type;
+        } else if (node->nodetype == LYS_LEAFLIST) {
+            type = reinterpret_cast<const lysc_node_leaflist *>(node)->type;
+        }
+        if (const auto form = type != nullptr ? form_of(type) : std::nullopt) {
+            found.push_back({path, *form});
+        }
+        collect_forms(lysc_node_child(node), path, found);
+    }
+}
+
 } // namespace
 
 Expected<Models> Models::load(const std::string &yang_directory)
@@ -82,7 +124,9 @@ Expected<Models> Models::load(const std::string &yang_directory)
     ly_log_options(LY_LOSTORE_LAST);
 
     ly_ctx *created = nullptr;
-    if (ly_ctx_new(yang_directory.c_str(), LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &created)) {
+    // With its parsed nodes at hand libyang's tree printer shows the data nodes, and groupings where they are used.
+    constexpr uint16_t options = LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD | LY_CTX_SET_PRIV_PARSED;
+    if (ly_ctx_new(yang_directory.c_str(), options, &created)) {
         return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
     }
     std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
@@ -115,6 +159,28 @@ std::vector<std::string> Models::containers() const
     return paths;
 }
 
+std::vector<ModuleInfo> Models::modules() const
+{
+    std::vector<ModuleInfo> found;
+    for (const char *name : module_names) {
+        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
+            found.push_back({module->name, module->ns});
+        }
+    }
+    return found;
+}
+
+std::vector<LeafForm> Models::leaf_forms() const
+{
+    std::vector<LeafForm> found;
+    for (const char *name : module_names) {
+        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
+            collect_forms(module->compiled->data, "", found);
+        }
+    }
+    return found;
+}
+
 std::vector<NodeInfo> Models::nodes(const char *module_ns) const
 {
     std::vector<NodeInfo> found;
@@ -122,6 +188,44 @@ std::vector<NodeInfo> Models::nodes(const char *module_ns) const
         collect_nodes(module->compiled->data, "", found);
     }
     return found;
+}
+
+namespace
+{
+
+// A leafref's path needs no prefixes within its own module.
+std::string without_prefix(std::string line, const std::string &prefix)
+{
+    for (size_t at = line.find(prefix); at != std::string::npos; at = line.find(prefix, at)) {
+        line.erase(at, prefix.size());
+    }
+    return line;
+}
+
+} // namespace
+
+Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) const
+{
+    const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns);
+    char *printed = nullptr;
+    if (module == nullptr || lys_print_mem(&printed, module, LYS_OUT_TREE, 0)) {
+        return tl::unexpected(Error{"libyang cannot print the tree of " + std::string(module_ns), ""});
+    }
+    const std::string text(printed);
+    std::free(printed);
+    std::vector<std::string> lines;
+    for (size_t begin = text.find('\n') + 1; begin < text.size();) {
+        const size_t end = std::min(text.find('\n', begin), text.size());
+        if (end > begin) {
+            lines.push_back(without_prefix(text.substr(begin, end - begin), std::string(module->prefix) + ":"));
+        }
+        begin = end + 1;
+    }
+    if (lines.size() != nodes(module_ns).size()) {
+        return tl::unexpected(
+            Error{"the tree of " + std::string(module_ns) + " does not have a line for each node", ""});
+    }
+    return lines;
 }
 
 } // namespace router

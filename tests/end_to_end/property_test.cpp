@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "as_json.h"
 #include "environment.h"
 #include "native_store.h"
 #include "tqm/framework.h"
@@ -192,6 +193,18 @@ void collect(const tqm::OutputNode &node, const std::string &parent, Leaves &lea
     }
 }
 
+// What the router is sent.
+std::string native_edit(tqm::Framework &framework, const std::string &text)
+{
+    auto document = tqm::Document::parse(text);
+    const auto trees = document ? framework.forward(std::move(*document)) : tl::make_unexpected(document.error());
+    std::string printed;
+    if (trees) {
+        trees->print(printed);
+    }
+    return trees ? printed : trees.error().text;
+}
+
 class Property : public testing::Test
 {
 protected:
@@ -222,6 +235,7 @@ TEST_F(Property, AReadGivesBackWhatRandomEditsSent)
                                  generator.next_edit() + "</macsec></config>";
         auto document = tqm::Document::parse(text);
         ASSERT_TRUE(document) << document.error().text;
+        ASSERT_EQ(native_edit(framework, test::as_json(text)), native_edit(framework, text)) << text;
         const auto edited = framework.edit(std::move(*document), native);
         ASSERT_TRUE(edited) << edited.error().text << "\n" << text;
         const auto read = framework.get_config(std::nullopt, native);

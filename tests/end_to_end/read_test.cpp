@@ -123,22 +123,4 @@ TEST_F(Read, ReverseTakesNativeTreesAndForwardReads)
               "<name>P1</name><cipher-suite/></policy-name></policy-names></macsec></filter>\n");
 }
 
-TEST_F(Read, TheTreeShowsWhereEachNodeGoes)
-{
-    const Outcome tree = ocmap({"tree"});
-    EXPECT_EQ(tree.status, 0) << tree.err;
-    EXPECT_EQ(std::ranges::count(tree.out, '\n'), 1 + 110);
-    const auto line = [&](const std::string &node) {
-        const std::size_t begin = tree.out.find("+--" + node);
-        return begin == std::string::npos ? "" : tree.out.substr(begin, tree.out.find('\n', begin) - begin);
-    };
-    EXPECT_TRUE(line("rw key-server-priority?").ends_with(" /macsec/policy-names/policy-name/key-server-priority"));
-    EXPECT_TRUE(line("rw use-updated-eth-header?").ends_with(" not supported"));
-    EXPECT_TRUE(line("ro sak-hash-errors?").ends_with(" /oc-macsec/macsec/mka/mka-state/counters/sak-hash-errors"));
-    EXPECT_TRUE(line("rw sak-rekey-interval?")
-                    .ends_with(" /macsec/policy-names/policy-name/sak-rekey-interval, "
-                               "/macsec/policy-names/policy-name/sak-rekey-interval-sec; edit: "
-                               "/macsec/policy-names/policy-name/sak-rekey-interval-sec"));
-}
-
 } // namespace

@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include "deviations.h"
 #include "explain.h"
 #include "explanation_table.h"
 #include "model_tree.h"
@@ -88,13 +89,13 @@ tqm::Expected<tqm::Document> read_document(const std::string &file)
     return file == "-" ? tqm::Document::read(stdin) : tqm::Document::read_file(file);
 }
 
-tqm::Expected<void> print(tqm::Expected<tqm::Trees> result)
+tqm::Expected<void> print(tqm::Expected<tqm::Trees> result, tqm::Format format)
 {
     if (!result) {
         return tl::unexpected(result.error());
     }
     const tqm::Trees &trees = keep(std::move(*result));
-    if (!trees.print(stdout) || std::fflush(stdout) != 0) {
+    if (!trees.print(stdout, format) || std::fflush(stdout) != 0) {
         return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
     }
     return {};
@@ -176,8 +177,20 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
         }
         NativeStore native(keep(std::move(*store)));
         return print(kind == TQM_REQ_GET ? desk.framework().get(std::move(document), native)
-                                         : desk.framework().get_config(std::move(document), native));
+                                         : desk.framework().get_config(std::move(document), native),
+                     options.format);
     });
+}
+
+// What is said of the model alone.
+tqm::Expected<void> print_model(const Options &options, tqm::Expected<std::string> (*text_of)(const Environment &))
+{
+    const auto environment = Environment::load(options.locations);
+    if (!environment) {
+        return tl::unexpected(environment.error());
+    }
+    const auto text = text_of(*environment);
+    return text ? write_text(*text) : tl::unexpected(text.error());
 }
 
 } // namespace
@@ -185,14 +198,16 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
 tqm::Expected<void> forward(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)));
+        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)),
+                     options.format);
     });
 }
 
 tqm::Expected<void> reverse(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)));
+        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)),
+                     options.format);
     });
 }
 
@@ -239,11 +254,12 @@ tqm::Expected<void> explain(const Options &options)
 
 tqm::Expected<void> tree(const Options &options)
 {
-    auto environment = Environment::load(options.locations);
-    if (!environment) {
-        return tl::unexpected(environment.error());
-    }
-    return write_text(model_tree(*environment));
+    return print_model(options, model_tree);
+}
+
+tqm::Expected<void> deviations(const Options &options)
+{
+    return print_model(options, deviations);
 }
 
 } // namespace ocmap

@@ -7,19 +7,21 @@
 #include <string>
 
 #include "environment.h"
+#include "tqm/framework.h"
 
 namespace ocmap
 {
 
 struct Options {
-    std::optional<std::string> file; // path, "-" for standard input; none reads everything
-    std::string store;               // directory of the native datastore
-    std::string operational;         // document of the router's state, empty for none
-    std::optional<uint32_t> kind;    // TQM_REQ_*, where the document does not say it
-    bool reverse = false;            // explain: native to OpenConfig
-    bool trace = false;              // the plug-in's log lines to standard error
-    bool journal = false;            // the plug-in's calls of framework operations to standard error
-    bool questions = false;          // with them those that only ask, compare and log
+    std::optional<std::string> file;       // path, "-" for standard input; none reads everything
+    std::string store;                     // directory of the native datastore
+    std::string operational;               // document of the router's state, empty for none
+    std::optional<uint32_t> kind;          // TQM_REQ_*, where the document does not say it
+    bool reverse = false;                  // explain: native to OpenConfig
+    tqm::Format format = tqm::Format::xml; // of what is printed
+    bool trace = false;                    // the plug-in's log lines to standard error
+    bool journal = false;                  // the plug-in's calls of framework operations to standard error
+    bool questions = false;                // with them those that only ask, compare and log
     Locations locations;
 };
 
@@ -31,5 +33,6 @@ tqm::Expected<void> get_config(const Options &options);
 /// Prints also what is left of a refused request, before it gives the refusal as its error.
 tqm::Expected<void> explain(const Options &options);
 tqm::Expected<void> tree(const Options &options);
+tqm::Expected<void> deviations(const Options &options);
 
 } // namespace ocmap

@@ -13,6 +13,19 @@ namespace
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
 
+tqm::JsonType json_type(router::ValueForm form)
+{
+    switch (form) {
+    case router::ValueForm::number:
+        return tqm::JsonType::number;
+    case router::ValueForm::boolean:
+        return tqm::JsonType::boolean;
+    case router::ValueForm::empty:
+        return tqm::JsonType::empty;
+    }
+    return tqm::JsonType::text;
+}
+
 } // namespace
 
 Locations default_locations()
@@ -34,6 +47,12 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     }
     for (router::ListInfo &leaf_list : models_.leaf_lists()) {
         schema_.add_leaf_list(std::move(leaf_list.path));
+    }
+    for (router::ModuleInfo &module : models_.modules()) {
+        schema_.add_module(std::move(module.name), std::move(module.ns));
+    }
+    for (router::LeafForm &leaf : models_.leaf_forms()) {
+        schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
     for (std::string &path : models_.containers()) {
         schema_.add_container(std::move(path));

@@ -91,6 +91,12 @@ void add_kind(CLI::App *command, ocmap::Options &options)
         ->type_name("KIND");
 }
 
+void add_json(CLI::App *command, ocmap::Options &options)
+{
+    command->add_flag_callback(
+        "--json", [&options] { options.format = tqm::Format::json; }, "Print JSON (RFC 7951) instead of XML");
+}
+
 void add_store(CLI::App *command, ocmap::Options &options)
 {
     command->add_option("--store", options.store, "Directory of the native datastore")->required()->type_name("DIR");
@@ -114,25 +120,30 @@ int main(int argc, char **argv)
         add_command(app, "forward", "Print the native trees that a request becomes", chosen, ocmap::forward);
     add_file(command, options, true);
     add_kind(command, options);
+    add_json(command, options);
     command = add_command(app, "reverse", "Print the OpenConfig tree of native trees", chosen, ocmap::reverse);
     add_file(command, options, true);
     add_kind(command, options);
+    add_json(command, options);
     command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
     add_file(command, options, true);
     add_store(command, options);
     command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
     add_file(command, options, false);
     add_store(command, options);
+    add_json(command, options);
     command->add_option("--oper", options.operational, "The router's state: a document of its operational model")
         ->type_name("FILE");
     command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
     add_file(command, options, false);
     add_store(command, options);
+    add_json(command, options);
     command = add_command(app, "explain", "Show what a request becomes, node by node, and why", chosen, ocmap::explain);
     add_file(command, options, true);
     add_kind(command, options);
     command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
     add_plain_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
+    add_plain_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);
 
     try {
         app.parse(argc, argv);

@@ -1,5 +1,4 @@
-// The OpenConfig tree with the native paths of each node. The paths come from running the plug-in's walkers, not from a
-// table: what a request that names a node adds beyond what its parent adds is the node's.
+// The OpenConfig tree with the native paths of each node.
 #pragma once
 
 #include <string>
@@ -9,7 +8,9 @@
 namespace ocmap
 {
 
-/// In the notation of RFC 8340, one line a node, each with its native paths or "not supported".
-std::string model_tree(const Environment &environment);
+/// In the notation of RFC 8340, one line a node. Beside a node stands its native path, "get:" and "edit:" where reads
+/// and edits differ, "oper:" and its path in the operational model, or "not supported". Several leaves of one container
+/// are written as container/{leaf,leaf}. Behind the tree stands how many nodes there are of each kind.
+tqm::Expected<std::string> model_tree(const Environment &environment);
 
 } // namespace ocmap

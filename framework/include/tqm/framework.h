@@ -16,6 +16,9 @@
 namespace tqm
 {
 
+/// Forms of a document: XML (RFC 6241), or JSON (RFC 7951) with operations as metadata (RFC 7952).
+enum class Format { xml, json };
+
 /// Built trees together with all that they live in.
 class Trees
 {
@@ -27,15 +30,15 @@ public:
 
     /// Writes the trees as one document, 2 blanks a level, with a line end after each node. Forward results: <config>
     /// with nc:operation attributes, or <filter type="subtree">. Answers: <data>.
-    void print(std::string &text) const;
+    void print(std::string &text, Format format = Format::xml) const;
     /// The same to `file`; false if a write failed.
-    bool print(std::FILE *file) const;
+    bool print(std::FILE *file, Format format = Format::xml) const;
 
 private:
     friend class Framework;
     enum class Wrapper { config, filter, data };
 
-    bool print_to(const std::function<bool(std::string_view)> &sink) const;
+    bool print_to(const std::function<bool(std::string_view)> &sink, Format format) const;
 
     std::shared_ptr<Request> request_;
     std::vector<const OutputNode *> roots_;

@@ -15,8 +15,8 @@ struct Added {
     const char *value; ///< null: none. Key texts are as they are: whoever shows them masks them (is_secret_tag)
     std::optional<uint32_t> operation; ///< TQM_OP_* or kOperationNone of the node after the add; none in reads and
                                        ///< where the list walker has yet to say it
-    const OutputNode *node; ///< null if the add was refused. Lives as long as the request
-    rcode code;             ///< 0, or why it was refused
+    const OutputNode *node;            ///< null if the add was refused. Lives as long as the request
+    rcode code;                        ///< 0, or why it was refused
 };
 
 /// Nodes are those of the request tree. Walkers may move a node's record, but never the text of its tag: its address

@@ -11,6 +11,14 @@
 namespace tqm
 {
 
+/// How a value stands in a JSON document (RFC 7951, section 6).
+enum class JsonType {
+    text,
+    number,  ///< of 32 bits at most: longer ones are texts
+    boolean, ///< true or false
+    empty,   ///< [null]
+};
+
 /// Paths are absolute, without keys and prefixes, as "/macsec/policy-names/policy-name". One schema serves all models:
 /// their paths do not overlap.
 class Schema
@@ -24,6 +32,17 @@ public:
     /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
     void add_container(std::string path);
 
+    /// Declares a module, by whose name JSON documents call its namespace.
+    void add_module(std::string name, std::string ns);
+    /// Declares how JSON documents show the values of the leaf or leaf-list at `path`, if not as texts.
+    void add_json_type(std::string path, JsonType type);
+
+    /// The namespace of a module; null if there is none of that name.
+    const char *module_ns(std::string_view name) const;
+    /// The module of a namespace; the namespace itself if no module has it.
+    std::string_view module_of(std::string_view ns) const;
+    JsonType json_type(std::string_view path) const;
+
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
@@ -36,7 +55,13 @@ private:
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
     };
-    std::unordered_map<std::string, std::vector<std::string>, Hash, std::equal_to<>> lists_;
+    template <class Value>
+    using Map = std::unordered_map<std::string, Value, Hash, std::equal_to<>>;
+
+    Map<std::vector<std::string>> lists_;
+    Map<std::string> module_ns_;
+    Map<std::string> ns_module_;
+    Map<JsonType> json_types_;
     std::unordered_set<std::string, Hash, std::equal_to<>> leaf_lists_;
     std::unordered_set<std::string, Hash, std::equal_to<>> containers_;
 };

@@ -43,6 +43,19 @@ struct NodeInfo {
     bool is_key;
 };
 
+// A leaf or leaf-list whose values are numbers of 32 bits at most, booleans or of type empty: JSON documents show those
+// in forms of their own (RFC 7951, section 6).
+enum class ValueForm { number, boolean, empty };
+struct LeafForm {
+    std::string path;
+    ValueForm form;
+};
+
+struct ModuleInfo {
+    std::string name;
+    std::string ns;
+};
+
 // Movable handle; copies share the context.
 class Models
 {
@@ -57,8 +70,14 @@ public:
     // Paths of the containers of all six modules.
     std::vector<std::string> containers() const;
 
+    std::vector<ModuleInfo> modules() const;
+    // Leaves of all six modules whose values are no texts in JSON. A union's are texts.
+    std::vector<LeafForm> leaf_forms() const;
+
     // All nodes of the module with this namespace, parents before their children, in schema order.
     std::vector<NodeInfo> nodes(const char *module_ns) const;
+    // The same nodes in the tree notation of RFC 8340, one line each, without the module's own line.
+    Expected<std::vector<std::string>> tree_lines(const char *module_ns) const;
 
     // The context, for the router's own use; lives as long as any copy of this handle.
     const ly_ctx *context() const { return context_.get(); }

@@ -1,0 +1,368 @@
+// See json_reader.h. The parser calls the handler below for each token; nothing but the document object is built.
+#include "json_reader.h"
+
+#include <algorithm>
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace tqm
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+
+constexpr std::size_t kDepthMax = 260; ///< of a request and what stands around it
+constexpr const char *kOperation = "ietf-netconf:operation";
+
+/// Names of the members of one object.
+class NameSet
+{
+public:
+    bool insert(const std::string &name)
+    {
+        if (few_.size() < 16) {
+            if (std::ranges::find(few_, name) != few_.end())
+                return false;
+            few_.push_back(name);
+            return true;
+        }
+        return std::ranges::find(few_, name) == few_.end() && many_.insert(name).second;
+    }
+
+private:
+    std::vector<std::string> few_;
+    std::unordered_set<std::string> many_;
+};
+
+/// An identifier as RFC 7950, section 6.2 has it; it ends up as the name of an element.
+bool is_identifier(std::string_view name)
+{
+    const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+    return !name.empty() && is_letter(name.front()) && std::ranges::all_of(name, [&](char c) {
+        return is_letter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+    });
+}
+
+bool is_wrapper(std::string_view name)
+{
+    return name == "rpc" || name == "config" || name == "filter" || name == "data";
+}
+
+/// Annotations of one member, until all of the object around it is known.
+struct Annotation {
+    std::string member;   ///< empty: the object itself
+    pugi::xml_node after; ///< what stood before it
+    bool is_array = false;
+    std::vector<std::string> operations; ///< an empty text: none
+};
+
+struct Level {
+    enum Kind { object, array, annotation_object, annotation_array };
+    Kind kind;
+    pugi::xml_node node; ///< the element that is filled; of an array the one around it
+    std::string member;  ///< the member that is being read; of an array the one that it is the value of
+    NameSet names;
+    std::vector<Annotation> annotations;
+    enum { empty, scalars, objects } content = empty; ///< of an array
+};
+
+/// Each function takes one token in. False ends the parsing; the error is there then.
+class Handler final : public nlohmann::json_sax<Json>
+{
+public:
+    explicit Handler(pugi::xml_node root) : root_(root) {}
+
+    const Error &error() const { return error_; }
+    std::optional<std::size_t> syntax_error() const { return syntax_error_; }
+
+    bool null() override { return in_annotation() ? null_annotation() : scalar(""); }
+    bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
+    bool number_integer(number_integer_t value) override { return scalar(std::to_string(value)); }
+    bool number_unsigned(number_unsigned_t value) override { return scalar(std::to_string(value)); }
+    bool number_float(number_float_t, const string_t &text) override { return scalar(text); }
+    bool string(string_t &text) override { return scalar(text); }
+    bool binary(binary_t &) override { return fail("there is binary data"); }
+
+    bool start_object(std::size_t) override
+    {
+        if (levels_.empty())
+            return push(Level::object, root_);
+        if (in_annotation())
+            return start_annotation();
+        if (!enters(Level::objects))
+            return false;
+        const pugi::xml_node node = element();
+        return node && push(Level::object, node);
+    }
+
+    bool key(string_t &name) override
+    {
+        Level &level = levels_.back();
+        level.member = name;
+        if (!level.names.insert(name))
+            return fail("the member '" + name + "' stands twice in one object");
+        if (level.kind == Level::object && name.starts_with('@'))
+            level.annotations.push_back({name.substr(1), level.node.last_child(), false, {}});
+        return true;
+    }
+
+    bool end_object() override
+    {
+        if (levels_.back().kind == Level::object && !annotate(levels_.back()))
+            return false;
+        levels_.pop_back();
+        return true;
+    }
+
+    bool start_array(std::size_t) override
+    {
+        if (levels_.empty())
+            return fail("a request is a JSON object, not an array");
+        const Level &level = levels_.back();
+        if (in_annotation()) {
+            if (level.kind != Level::object || level.annotations.back().member.empty())
+                return fail("there is an array where an annotation has none");
+            levels_.back().annotations.back().is_array = true;
+            return push(Level::annotation_array, level.node);
+        }
+        if (level.kind == Level::array)
+            return fail("there is an array in an array");
+        const std::string member = level.member;
+        if (!push(Level::array, level.node))
+            return false;
+        levels_.back().member = member;
+        return true;
+    }
+
+    bool end_array() override
+    {
+        levels_.pop_back();
+        return true;
+    }
+
+    // What the exception says may hold a value of the document: only the place is taken.
+    bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &) override
+    {
+        syntax_error_ = position == 0 ? 0 : position - 1;
+        return false;
+    }
+
+private:
+    bool fail(std::string text)
+    {
+        error_.text = std::move(text);
+        pugi::xml_node at = levels_.empty() ? pugi::xml_node() : levels_.back().node;
+        for (; at && at != root_; at = at.parent())
+            error_.path.insert(0, std::string("/") + at.name());
+        return false;
+    }
+
+    bool push(Level::Kind kind, pugi::xml_node node)
+    {
+        if (levels_.size() >= kDepthMax)
+            return fail("the request is nested too deep");
+        Level &level = levels_.emplace_back();
+        level.kind = kind;
+        level.node = node;
+        return true;
+    }
+
+    // ---- Data ----
+
+    /// An array holds scalars, the values of a leaf-list, or objects, the entries of a list.
+    bool enters(decltype(Level::content) content)
+    {
+        Level &level = levels_.back();
+        if (level.kind != Level::array)
+            return true;
+        if (level.content != Level::empty && level.content != content)
+            return fail("the array '" + level.member + "' holds objects beside other values");
+        level.content = content;
+        return true;
+    }
+
+    bool scalar(const std::string &text)
+    {
+        if (levels_.empty())
+            return fail("a request is a JSON object");
+        if (in_annotation())
+            return annotation_value(text);
+        if (!enters(Level::scalars))
+            return false;
+        pugi::xml_node leaf = element();
+        if (!leaf)
+            return false;
+        const auto is_bad = [](char c) {
+            return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+        };
+        if (std::ranges::any_of(text, is_bad))
+            return fail("the value of '" + levels_.back().member + "' holds a control character");
+        if (!text.empty())
+            leaf.append_child(pugi::node_pcdata).set_value(text.c_str());
+        return true;
+    }
+
+    pugi::xml_node element() { return element(levels_.back().node, levels_.back().member, {}); }
+
+    /// The element of a member: behind `after`, or behind all others. Null if its name is none.
+    pugi::xml_node element(pugi::xml_node parent, const std::string &member, std::optional<pugi::xml_node> after)
+    {
+        const std::size_t colon = member.find(':');
+        const std::string module = colon == std::string::npos ? "" : member.substr(0, colon);
+        const std::string name = colon == std::string::npos ? member : member.substr(colon + 1);
+        if (!is_identifier(name) || (colon != std::string::npos && !is_identifier(module))) {
+            fail("'" + member.substr(0, 100) + "' is no name of a member: it is a name or 'module:name'");
+            return {};
+        }
+        if (parent == root_ && module.empty() && !is_wrapper(name)) {
+            fail("the member '" + name + "' must name its module, as 'module:" + name + "'");
+            return {};
+        }
+        pugi::xml_node node = !after   ? parent.append_child(name.c_str())
+                              : *after ? parent.insert_child_after(name.c_str(), *after)
+                                       : parent.prepend_child(name.c_str());
+        if (!module.empty())
+            node.append_attribute("xmlns").set_value(module == "ietf-netconf" ? kNetconfNs : module.c_str());
+        if (parent == root_)
+            node.append_attribute("xmlns:nc").set_value(kNetconfNs);
+        return node;
+    }
+
+    // ---- Metadata (RFC 7952, section 5.2) ----
+
+    bool in_annotation() const
+    {
+        if (levels_.empty())
+            return false;
+        const Level &level = levels_.back();
+        return level.kind == Level::annotation_object || level.kind == Level::annotation_array ||
+               (level.kind == Level::object && level.member.starts_with('@'));
+    }
+
+    /// The annotations that are being read: they are those of the innermost object.
+    Annotation &annotation()
+    {
+        auto level = levels_.rbegin();
+        while (level->kind != Level::object)
+            ++level;
+        return level->annotations.back();
+    }
+
+    bool start_annotation()
+    {
+        if (levels_.back().kind == Level::annotation_object)
+            return fail("an annotation has no object for its value");
+        annotation().operations.emplace_back();
+        return push(Level::annotation_object, levels_.back().node);
+    }
+
+    bool null_annotation()
+    {
+        if (levels_.back().kind != Level::annotation_array)
+            return fail("there is null for an annotation");
+        annotation().operations.emplace_back();
+        return true;
+    }
+
+    bool annotation_value(const std::string &text)
+    {
+        const Level &level = levels_.back();
+        if (level.kind != Level::annotation_object)
+            return fail("the annotations of '" + annotation().member + "' are no object");
+        if (level.member != kOperation)
+            return fail("unknown annotation '" + level.member + "': only " + kOperation + " is known");
+        annotation().operations.back() = text;
+        // An empty text would be taken for none.
+        return !text.empty() || fail("operation '' is none of merge, replace, create, delete and remove");
+    }
+
+    bool annotate(Level &level)
+    {
+        if (level.annotations.empty())
+            return true;
+        std::unordered_map<std::string, std::vector<pugi::xml_node>> members;
+        for (pugi::xml_node child : level.node.children())
+            members[child.name()].push_back(child);
+        // Backwards, so that leaves which only have annotations come to stand in their order.
+        for (auto found = level.annotations.rbegin(); found != level.annotations.rend(); ++found) {
+            const std::size_t colon = found->member.find(':');
+            const std::string name = colon == std::string::npos ? found->member : found->member.substr(colon + 1);
+            std::vector<pugi::xml_node> nodes = members[name];
+            if (found->member.empty())
+                nodes = {level.node};
+            else if (nodes.empty())
+                nodes = {element(level.node, found->member, found->after)};
+            if (!nodes.front() || !annotate(*found, nodes))
+                return false;
+        }
+        return true;
+    }
+
+    bool annotate(const Annotation &annotation, const std::vector<pugi::xml_node> &nodes)
+    {
+        const std::string name = "'@" + annotation.member + "'";
+        if (nodes.front() == root_)
+            return fail("the outermost object has no annotations");
+        if (!annotation.member.empty() && nodes.front().first_child().type() == pugi::node_element)
+            return fail(name + " is for a leaf; annotations of an object stand in its own '@'");
+        if (!annotation.is_array && nodes.size() > 1)
+            return fail(name + " is for several values: its annotations are an array");
+        if (annotation.operations.size() > nodes.size())
+            return fail(name + " has annotations for more values than there are");
+        for (std::size_t i = 0; i < annotation.operations.size(); ++i) {
+            pugi::xml_node node = nodes[i];
+            if (!annotation.operations[i].empty())
+                node.append_attribute("nc:operation").set_value(annotation.operations[i].c_str());
+        }
+        return true;
+    }
+
+    pugi::xml_node root_;
+    std::deque<Level> levels_;
+    Error error_;
+    std::optional<std::size_t> syntax_error_;
+};
+
+std::string place_of(std::string_view text, std::size_t offset)
+{
+    const std::string_view before = text.substr(0, std::min(offset, text.size()));
+    const std::size_t line_start = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
+    return "line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", column " +
+           std::to_string(before.size() - line_start + 1);
+}
+
+} // namespace
+
+bool is_json(std::string_view text)
+{
+    text.remove_prefix(text.starts_with("\xef\xbb\xbf") ? 3 : 0);
+    const std::size_t begin = text.find_first_not_of(" \t\r\n");
+    return begin != std::string_view::npos && (text[begin] == '{' || text[begin] == '[');
+}
+
+Expected<void> read_json(std::string_view text, Document::Content &content)
+{
+    pugi::xml_node root = content.dom.append_child("data");
+    Handler handler(root);
+    if (!Json::sax_parse(text.begin(), text.end(), &handler)) {
+        if (handler.syntax_error())
+            return tl::make_unexpected(
+                Error{"the request is no JSON document: syntax error at " + place_of(text, *handler.syntax_error())});
+        return tl::make_unexpected(handler.error());
+    }
+    if (root.first_child() && !root.first_child().next_sibling()) {
+        content.dom.append_move(root.first_child());
+        content.dom.remove_child(root);
+    }
+    content.json = true;
+    return {};
+}
+
+} // namespace tqm

@@ -1,0 +1,210 @@
+// See json_writer.h.
+#include "json_writer.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "paths.h"
+
+namespace tqm
+{
+
+namespace
+{
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 16;
+
+/// A list's entries and a leaf-list's values stand among their siblings; in JSON they are one array.
+bool is_repeated(const OutputNode &node)
+{
+    return node.is_list_entry() || node.info->is_leaf_list;
+}
+
+template <class Visit>
+void for_each_alike(const OutputNode &first, Visit visit)
+{
+    for (OutputNode::Iterator at(&first), end; at != end; ++at)
+        if (at->info == first.info)
+            visit(*at);
+}
+
+bool is_number(std::string_view text)
+{
+    if (text.starts_with('-'))
+        text.remove_prefix(1);
+    const bool leading_zero = text.size() > 1 && text.front() == '0';
+    return !text.empty() && text.size() <= 10 && !leading_zero &&
+           std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+} // namespace
+
+bool JsonWriter::write(std::string_view wrapper, const std::vector<const OutputNode *> &trees, bool with_operations)
+{
+    with_operations_ = with_operations;
+    buffer_.append("{\n  \"ietf-netconf:").append(wrapper).append("\": {");
+    const Place place{nullptr, TQM_OP_MERGE, 2};
+    for (const OutputNode *tree : trees)
+        member(*tree, place);
+    if (!trees.empty())
+        buffer_ += "\n  ";
+    buffer_ += "}\n}\n";
+    flush();
+    return good_;
+}
+
+WrittenOperation JsonWriter::operation_of(const OutputNode &node, Place place) const
+{
+    return with_operations_ ? written_operation(node, place.operation) : WrittenOperation{nullptr, place.operation};
+}
+
+/// Starts a member or an array's element: all but the first have a comma before them.
+void JsonWriter::next(unsigned int level)
+{
+    if (buffer_.size() >= kBufferSize)
+        flush();
+    if (after_value_)
+        buffer_ += ',';
+    after_value_ = false;
+    buffer_.append("\n").append(2 * std::size_t{level}, ' ');
+}
+
+void JsonWriter::members(const OutputNode &node, Place place)
+{
+    std::vector<const PathInfo *> done;
+    for (const OutputNode &child : node.children()) {
+        if (!is_repeated(child)) {
+            member(child, place);
+        } else if (std::ranges::find(done, child.info) == done.end()) {
+            done.push_back(child.info);
+            next(place.level);
+            name(child, place);
+            array(child, place);
+        }
+    }
+}
+
+void JsonWriter::member(const OutputNode &node, Place place)
+{
+    next(place.level);
+    name(node, place);
+    const bool is_leaf = node.children().empty() && !schema_.is_container(node.path());
+    if (is_leaf) {
+        value(node);
+        after_value_ = true;
+        leaf_annotations(node, place, false);
+    } else {
+        object(node, operation_of(node, place), place);
+    }
+}
+
+void JsonWriter::array(const OutputNode &first, Place place)
+{
+    buffer_ += '[';
+    after_value_ = false;
+    const Place inner{place.ns, place.operation, place.level + 1};
+    for_each_alike(first, [&](const OutputNode &node) {
+        next(inner.level);
+        if (node.is_list_entry()) {
+            object(node, operation_of(node, place), inner);
+        } else {
+            value(node);
+            after_value_ = true;
+        }
+    });
+    buffer_.append("\n").append(2 * std::size_t{place.level}, ' ').append("]");
+    after_value_ = true;
+    if (!first.is_list_entry())
+        leaf_annotations(first, place, true);
+}
+
+void JsonWriter::object(const OutputNode &node, const WrittenOperation &operation, Place place)
+{
+    buffer_ += '{';
+    after_value_ = false;
+    if (operation.name != nullptr) {
+        next(place.level + 1);
+        buffer_.append("\"@\": {\"ietf-netconf:operation\": \"").append(operation.name).append("\"}");
+        after_value_ = true;
+    }
+    members(node, {node.ns(), operation.effective, place.level + 1});
+    if (after_value_)
+        buffer_.append("\n").append(2 * std::size_t{place.level}, ' ');
+    buffer_ += '}';
+    after_value_ = true;
+}
+
+void JsonWriter::leaf_annotations(const OutputNode &first, Place place, bool is_array)
+{
+    std::string annotations;
+    bool any = false;
+    const auto annotate = [&](const OutputNode &node) {
+        const char *operation = operation_of(node, place).name;
+        annotations += annotations.empty() ? "" : ", ";
+        if (operation == nullptr)
+            annotations += "null";
+        else
+            annotations.append("{\"ietf-netconf:operation\": \"").append(operation).append("\"}");
+        any = any || operation != nullptr;
+    };
+    if (is_array)
+        for_each_alike(first, annotate);
+    else
+        annotate(first);
+    if (!any)
+        return;
+    next(place.level);
+    name(first, place, "@");
+    buffer_ += is_array ? "[" + annotations + "]" : annotations;
+    after_value_ = true;
+}
+
+void JsonWriter::name(const OutputNode &node, Place place, const char *mark)
+{
+    buffer_.append("\"").append(mark);
+    if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0))
+        buffer_.append(schema_.module_of(node.ns())).append(":");
+    buffer_.append(node.tag()).append("\": ");
+}
+
+void JsonWriter::value(const OutputNode &leaf)
+{
+    const char *value = leaf.value();
+    const JsonType type = schema_.json_type(leaf.path());
+    const std::string_view given = value == nullptr ? "" : value;
+    if (type == JsonType::empty && given.empty())
+        buffer_ += "[null]";
+    else if (value == nullptr)
+        buffer_ += "null";
+    else if ((type == JsonType::number && is_number(given)) ||
+             (type == JsonType::boolean && (given == "true" || given == "false")))
+        buffer_ += given;
+    else
+        text(given);
+}
+
+void JsonWriter::text(std::string_view text)
+{
+    buffer_ += '"';
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            buffer_.append(1, '\\').append(1, c);
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned int>(c));
+            buffer_ += escape;
+        } else {
+            buffer_ += c;
+        }
+    }
+    buffer_ += '"';
+}
+
+void JsonWriter::flush()
+{
+    good_ = good_ && sink_(buffer_);
+    buffer_.clear();
+}
+
+} // namespace tqm

@@ -1,0 +1,44 @@
+// Writes built trees as JSON (RFC 7951, with operations as metadata of RFC 7952), straight to its sink.
+#pragma once
+
+#include "tqm/schema.h"
+#include "writer.h"
+
+namespace tqm
+{
+
+class JsonWriter
+{
+public:
+    JsonWriter(const Schema &schema, Sink sink) : schema_(schema), sink_(std::move(sink)) {}
+
+    /// One object with the member "ietf-netconf:<wrapper>", which holds the trees. False if the sink failed.
+    bool write(std::string_view wrapper, const std::vector<const OutputNode *> &trees, bool with_operations);
+
+private:
+    struct Place {
+        const char *ns; ///< of the node around; null: outermost
+        uint32_t operation;
+        unsigned int level;
+    };
+    void members(const OutputNode &node, Place place);
+    void member(const OutputNode &node, Place place);
+    void array(const OutputNode &first, Place place);
+    void object(const OutputNode &node, const WrittenOperation &operation, Place place);
+    void leaf_annotations(const OutputNode &first, Place place, bool is_array);
+    void name(const OutputNode &node, Place place, const char *mark = "");
+    void value(const OutputNode &leaf);
+    void text(std::string_view text);
+    void next(unsigned int level);
+    void flush();
+    WrittenOperation operation_of(const OutputNode &node, Place place) const;
+
+    const Schema &schema_;
+    Sink sink_;
+    std::string buffer_;
+    bool with_operations_ = false;
+    bool after_value_ = false; ///< the next member or element needs a comma
+    bool good_ = true;
+};
+
+} // namespace tqm

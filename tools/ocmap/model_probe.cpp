@@ -1,0 +1,162 @@
+// See model_probe.h. Requests are explained, and what is explained of the node itself is taken.
+#include "model_probe.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_set>
+#include <utility>
+
+#include "explain.h"
+
+namespace ocmap
+{
+namespace
+{
+
+constexpr const char *any_key = "x";
+// Every leaf takes it: the mappers pass on what their value tables do not know, and the time leaves want this form.
+constexpr const char *any_value = "2030-01-01T00:00:00";
+// No node has this tag. A read that names it beside a key does not select all of the entry.
+constexpr const char *no_such_node = "<none-of-all/>";
+
+std::vector<std::string> steps_of(std::string_view path)
+{
+    std::vector<std::string> steps;
+    for (std::size_t begin = 1; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        steps.emplace_back(path.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return steps;
+}
+
+struct Mapped {
+    bool supported = true;
+    Paths paths;
+};
+
+class Prober
+{
+public:
+    explicit Prober(const Environment &environment) : environment_(environment) {}
+
+    tqm::Expected<ProbedNode> probe(const router::NodeInfo &info)
+    {
+        ProbedNode node{info, true, {}, {}};
+        if (info.kind == router::NodeKind::container) {
+            return node;
+        }
+        const auto read = map(info, TQM_REQ_GET, "");
+        if (!read) {
+            return tl::unexpected(read.error());
+        }
+        node.supported = read->supported;
+        node.read = read->paths;
+        if (info.is_key && !node.supported) {
+            lists_without_keys_.insert(info.path.substr(0, info.path.rfind('/')));
+        }
+        for (const std::string operation : {"merge", "remove"}) {
+            // Removing an entry, or a key, takes all that is below it, too.
+            const bool removes_more = (info.is_key || info.kind == router::NodeKind::list) && operation == "remove";
+            if (!info.config || !node.supported || removes_more) {
+                continue;
+            }
+            const auto edit = map(info, TQM_REQ_EDIT, operation);
+            if (!edit) {
+                return tl::unexpected(edit.error());
+            }
+            node.edit.insert(edit->paths.begin(), edit->paths.end());
+        }
+        return node;
+    }
+
+private:
+    tqm::Expected<Mapped> map(const router::NodeInfo &info, uint32_t kind, const std::string &operation) const
+    {
+        auto document = tqm::Document::parse(request(info, kind, operation));
+        if (!document) {
+            return tl::unexpected(document.error());
+        }
+        const auto explanation = explain(environment_, std::move(*document), tqm::Direction::forward, kind);
+        if (!explanation) {
+            return tl::unexpected(explanation.error());
+        }
+        const std::size_t depth = steps_of(info.path).size() - 1;
+        const std::string tag = info.path.substr(info.path.rfind('/') + 1);
+        const auto node = std::ranges::find_if(explanation->request.rbegin(), explanation->request.rend(),
+                                               [&](const RequestNode &r) { return r.depth == depth && r.tag == tag; });
+        Mapped mapped;
+        mapped.supported = node->fate != Fate::refused || explanation->refusal->code != TQM_ERR_UNSUPPORTED;
+        for (const std::size_t add : node->adds) {
+            const std::string &path = explanation->adds[add].path; // mappers may leave out the first slash
+            mapped.paths.insert(path.starts_with('/') ? path : "/" + path);
+        }
+        return mapped;
+    }
+
+    // A document that names the node, and the keys of the entries around it.
+    std::string request(const router::NodeInfo &info, uint32_t kind, const std::string &operation) const
+    {
+        const bool is_edit = kind == TQM_REQ_EDIT;
+        const std::string attribute =
+            operation.empty() || operation == "merge" || info.is_key ? "" : " nc:operation='" + operation + "'";
+        const std::vector<std::string> steps = steps_of(info.path);
+        std::string open;
+        std::string close;
+        std::string path;
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            path += "/" + steps[i];
+            const bool is_target = i + 1 == steps.size();
+            const std::vector<std::string> *const keys = environment_.schema().list_keys(path);
+            const bool is_leaf = is_target && info.kind != router::NodeKind::list;
+            const bool names_own_key = info.is_key && i + 2 == steps.size();
+            open += "<" + steps[i] + (is_target ? attribute : "");
+            open += i == 0 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">";
+            if (keys != nullptr && !names_own_key && !lists_without_keys_.contains(path)) {
+                open += "<" + keys->front() + ">" + any_key + "</" + keys->front() + ">";
+            }
+            if (is_leaf && operation != "remove" && (is_edit || info.is_key)) {
+                open += any_value;
+            }
+            if (is_target && !is_leaf && !is_edit) {
+                open += no_such_node;
+            }
+            const bool keeps_entry_open = names_own_key && !is_edit;
+            close.insert(0, std::string(keeps_entry_open ? no_such_node : "") + "</" + steps[i] + ">");
+        }
+        const std::string wrapper = is_edit ? "config" : "filter";
+        return "<" + wrapper + " xmlns:nc='urn:ietf:params:xml:ns:netconf:base:1.0'>" + open + close + "</" + wrapper +
+               ">";
+    }
+
+    const Environment &environment_;
+    std::unordered_set<std::string> lists_without_keys_; ///< naming their key would be refused
+};
+
+} // namespace
+
+tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environment)
+{
+    std::vector<router::NodeInfo> all = environment.models().nodes(router::ns::openconfig);
+    Prober prober(environment);
+    std::vector<std::optional<ProbedNode>> probed(all.size());
+    for (const bool keys : {true, false}) { // what is below a list depends on its key
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (all[i].is_key != keys) {
+                continue;
+            }
+            auto node = prober.probe(all[i]);
+            if (!node) {
+                return tl::unexpected(node.error());
+            }
+            probed[i] = std::move(*node);
+        }
+    }
+    std::vector<ProbedNode> nodes;
+    for (std::optional<ProbedNode> &node : probed) {
+        nodes.push_back(std::move(*node));
+    }
+    return nodes;
+}
+
+} // namespace ocmap

@@ -1,0 +1,26 @@
+// What the plug-in makes of each node of the OpenConfig model, found by running its walkers on one request a node.
+// There is no second table of the model behind this.
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "environment.h"
+
+namespace ocmap
+{
+
+using Paths = std::set<std::string>;
+
+struct ProbedNode {
+    router::NodeInfo info;
+    bool supported = true; ///< false: a request that names it is refused as "not supported"
+    Paths read;            ///< native paths that a read of it alone fetches
+    Paths edit;            ///< native paths that an edit of it writes or takes away; empty for state
+};
+
+/// All nodes of openconfig-macsec in schema order. Containers have no paths: what they stand for is below them.
+tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environment);
+
+} // namespace ocmap
