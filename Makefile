@@ -8,7 +8,7 @@ MODEL = /pkg/yang/openconfig-macsec.yang
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
-.PHONY: all run test sanitize bench setup model format check-format lint clean
+.PHONY: all run test sanitize bench docs setup model format check-format lint clean
 
 all: setup
 	cmake --preset default
@@ -28,6 +28,11 @@ sanitize: setup model
 bench: all model
 	@command -v /usr/bin/time >/dev/null || $(MAKE) setup PACKAGES=time
 	bench/run.sh
+
+# The page that is made by running the mapping. A test fails while it is not the tool's.
+docs: all model
+	build/ocmap tree --markdown > docs/mapping.md.new
+	mv docs/mapping.md.new docs/mapping.md
 
 # Installs the packages that are missing, and asks the package index only when there are some.
 setup:
