@@ -11,7 +11,7 @@ PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
-.PHONY: all run test sanitize bench install uninstall check-prefix setup model format check-format lint clean
+.PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format lint clean
 
 all: setup
 	cmake --preset default
@@ -31,6 +31,11 @@ sanitize: setup model
 bench: all model
 	@command -v /usr/bin/time >/dev/null || $(MAKE) setup PACKAGES=time
 	bench/run.sh
+
+# The page that is made by running the mapping. A test fails while it is not the tool's.
+docs: all model
+	build/ocmap tree --markdown > docs/mapping.md.new
+	mv docs/mapping.md.new docs/mapping.md
 
 # A prefix of its own makes a build of its own, as the tool knows where the rest lies from it. The files are noted for
 # uninstall; the model is outside the prefix, and stays when the rest goes, as other plug-ins may read it.

@@ -228,4 +228,98 @@ Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) con
     return lines;
 }
 
+namespace
+{
+
+const lysc_node *find_node(const lysc_node *first, std::string_view path)
+{
+    const size_t end = std::min(path.find('/', 1), path.size());
+    for (const lysc_node *node = first; node; node = node->next) {
+        if (path.substr(1, end - 1) == node->name) {
+            return end == path.size() ? node : find_node(lysc_node_child(node), path.substr(end));
+        }
+    }
+    return nullptr;
+}
+
+uint64_t largest(LY_DATA_TYPE type)
+{
+    return type == LY_TYPE_UINT8 ? UINT8_MAX : type == LY_TYPE_UINT16 ? UINT16_MAX : UINT32_MAX;
+}
+
+// Those of `texts` that the leaf takes are added for a string: a pattern may allow some of them only.
+void collect_samples(const lysc_type *type, const std::vector<std::string> &texts, std::vector<std::string> &samples)
+{
+    switch (type->basetype) {
+    case LY_TYPE_ENUM: {
+        const lysc_type_bitenum_item *const enums = reinterpret_cast<const lysc_type_enum *>(type)->enums;
+        for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(enums); ++i) {
+            samples.emplace_back(enums[i].name);
+        }
+        break;
+    }
+    case LY_TYPE_BOOL:
+        samples.insert(samples.end(), {"false", "true"});
+        break;
+    case LY_TYPE_UINT8:
+    case LY_TYPE_UINT16:
+    case LY_TYPE_UINT32: {
+        const lysc_range *const range = reinterpret_cast<const lysc_type_num *>(type)->range;
+        std::vector<uint64_t> ends = {0, largest(type->basetype)};
+        if (range != nullptr) {
+            ends.clear();
+            for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(range->parts); ++i) {
+                ends.insert(ends.end(), {range->parts[i].min_u64, range->parts[i].max_u64});
+            }
+            ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
+        }
+        for (const uint64_t end : ends) {
+            samples.push_back(std::to_string(end));
+        }
+        break;
+    }
+    case LY_TYPE_LEAFREF:
+        collect_samples(reinterpret_cast<const lysc_type_leafref *>(type)->realtype, texts, samples);
+        break;
+    case LY_TYPE_UNION: {
+        lysc_type **const types = reinterpret_cast<const lysc_type_union *>(type)->types;
+        for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(types); ++i) {
+            collect_samples(types[i], texts, samples);
+        }
+        break;
+    }
+    case LY_TYPE_STRING:
+        samples.insert(samples.end(), texts.begin(), texts.end());
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+std::vector<std::string> Models::sample_values(const std::string &path) const
+{
+    static const std::vector<std::string> texts = {"0123456789abcdef0123456789abcdef", "2030-01-02T03:04:05",
+                                                   "2030-01-02T03:04:05Z", "2030-01-02T03:04:05.25+02:00"};
+    std::vector<std::string> samples;
+    const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), ns::openconfig);
+    const lysc_node *node = find_node(module->compiled->data, path);
+    if (node == nullptr || (node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) == 0) {
+        return samples;
+    }
+    const lysc_type *type = node->nodetype == LYS_LEAF ? reinterpret_cast<const lysc_node_leaf *>(node)->type
+                                                       : reinterpret_cast<const lysc_node_leaflist *>(node)->type;
+    collect_samples(type, texts, samples);
+    std::erase_if(samples, [&](const std::string &sample) {
+        return lyd_value_validate(context_.get(), node, sample.c_str(), sample.size(), nullptr, nullptr, nullptr) ==
+               LY_EVALID;
+    });
+    // A text that takes anything needs one sample only.
+    if (samples == texts) {
+        samples.resize(1);
+    }
+    return samples;
+}
+
 } // namespace router

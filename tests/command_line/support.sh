@@ -6,7 +6,7 @@ trap 'rm -rf "$work"' EXIT
 failures=0
 
 # Options that are told of already and still to come. One that has come must go from here.
-to_come=(--html --markdown)
+to_come=(--html)
 
 expect() { # what, wanted, found
     if [ "$2" != "$3" ]; then

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -12,6 +14,7 @@
 
 #include "deviations.h"
 #include "environment.h"
+#include "mapping_page.h"
 #include "model_tree.h"
 #include "tqm/framework.h"
 
@@ -100,6 +103,15 @@ TEST_F(Model, TheTreeShowsWhereEachNodeGoes)
     says(count("oper:"), "in the operational model");
     says(count("not supported"), "not supported");
     says(count("no native"), "without a native node of their own");
+}
+
+TEST_F(Model, TheMappingPageIsTheTools)
+{
+    const auto page = ocmap::mapping_page(*environment);
+    ASSERT_TRUE(page) << page.error().text << " " << page.error().path;
+    std::ifstream file(MAPPING_PAGE, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(text, *page) << "'make docs' writes the page anew";
 }
 
 struct CompiledNode {

@@ -18,6 +18,7 @@
 #include "deviations.h"
 #include "explain.h"
 #include "explanation_table.h"
+#include "mapping_page.h"
 #include "model_tree.h"
 #include "native_store.h"
 #include "tqm/framework.h"
@@ -254,7 +255,7 @@ tqm::Expected<void> explain(const Options &options)
 
 tqm::Expected<void> tree(const Options &options)
 {
-    return print_model(options, model_tree);
+    return print_model(options, options.markdown ? mapping_page : model_tree);
 }
 
 tqm::Expected<void> deviations(const Options &options)

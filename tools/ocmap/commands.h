@@ -19,6 +19,7 @@ struct Options {
     std::optional<uint32_t> kind;          // TQM_REQ_*, where the document does not say it
     bool reverse = false;                  // explain: native to OpenConfig
     tqm::Format format = tqm::Format::xml; // of what is printed
+    bool markdown = false;                 // tree: the page docs/mapping.md
     bool trace = false;                    // the plug-in's log lines to standard error
     bool journal = false;                  // the plug-in's calls of framework operations to standard error
     bool questions = false;                // with them those that only ask, compare and log

@@ -76,6 +76,9 @@ public:
 
     // All nodes of the module with this namespace, parents before their children, in schema order.
     std::vector<NodeInfo> nodes(const char *module_ns) const;
+    // Values of the type of the leaf at `path`: each of an enumeration, both booleans, the ends of each range, and of a
+    // text one, or dates where it holds dates. Empty if there is no such leaf.
+    std::vector<std::string> sample_values(const std::string &path) const;
     // The same nodes in the tree notation of RFC 8340, one line each, without the module's own line.
     Expected<std::vector<std::string>> tree_lines(const char *module_ns) const;
 
