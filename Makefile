@@ -1,14 +1,17 @@
 # Two commands do everything on a fresh Debian 12: `make run` shows the main job, `make test` runs all tests. Both install
-# what is missing first. As another user than root, packages and the model are installed through sudo.
+# what is missing first. As another user than root, packages and the model are installed through sudo. `make install`
+# installs below PREFIX, or for a package below DESTDIR.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
            nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc
 FORMAT_PACKAGES = clang-format
 MODEL = /pkg/yang/openconfig-macsec.yang
+DESTDIR =
+PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
-.PHONY: all run test sanitize bench docs setup model format check-format lint clean
+.PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format lint clean
 
 all: setup
 	cmake --preset default
@@ -34,6 +37,37 @@ docs: all model
 	build/ocmap tree --markdown > docs/mapping.md.new
 	mv docs/mapping.md.new docs/mapping.md
 
+# A prefix of its own makes a build of its own, as the tool knows where the rest lies from it. The files are noted for
+# uninstall; the model is outside the prefix, and stays when the rest goes, as other plug-ins may read it.
+install: check-prefix setup
+	cmake --preset default -DCMAKE_INSTALL_PREFIX='$(PREFIX)'
+	cmake --build --preset default
+	umask 022 && DESTDIR='$(DESTDIR)' cmake --install build --strip
+	cp build/install_manifest.txt build/installed_files.txt
+	$(MAKE) model DESTDIR='$(DESTDIR)'
+
+uninstall:
+	@test -f build/installed_files.txt || { echo 'error: nothing was installed from this build' >&2; exit 1; }
+	@while read -r file || [ -n "$$file" ]; do \
+	    file='$(DESTDIR)'$$file; \
+	    rm -fv -- "$$file" || exit; \
+	    while file=$$(dirname "$$file"); do \
+	        case $$file in */oc-macsec | */oc-macsec/*) rmdir "$$file" 2>/dev/null || break;; *) break;; esac; \
+	    done; \
+	done < build/installed_files.txt
+
+# Said before the build, not after it.
+check-prefix:
+	@case '$(PREFIX)' in /*) ;; *) echo "error: PREFIX must be an absolute path, not '$(PREFIX)'" >&2; exit 1;; esac
+	@for place in bin include lib share; do \
+	    place='$(DESTDIR)$(PREFIX)'/$$place; \
+	    while [ ! -e "$$place" ]; do place=$$(dirname "$$place"); done; \
+	    if [ ! -d "$$place" ] || [ ! -w "$$place" ]; then \
+	        echo "error: cannot install to $(DESTDIR)$(PREFIX): '$$place' is not a directory that you can write to;" \
+	            "choose another PREFIX, or install as a user who can" >&2; exit 1; \
+	    fi; \
+	done
+
 # Installs the packages that are missing, and asks the package index only when there are some.
 setup:
 	@missing=$$(for package in $(PACKAGES); do \
@@ -45,7 +79,8 @@ setup:
 
 # The plug-in registers its trees only on a system that has the model.
 model:
-	@cmp -s yang/openconfig-macsec.yang $(MODEL) || $(SUDO) install -D -m 644 yang/openconfig-macsec.yang $(MODEL)
+	@cmp -s yang/openconfig-macsec.yang '$(DESTDIR)$(MODEL)' || { umask 022; \
+	    $(if $(DESTDIR),,$(SUDO)) install -D -m 644 yang/openconfig-macsec.yang '$(DESTDIR)$(MODEL)'; }
 
 format:
 	clang-format -i $(SOURCES)

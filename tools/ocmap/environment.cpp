@@ -13,18 +13,6 @@ namespace
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
 
-// The first of the places that is there, or the first of all, so that an error names a place.
-std::filesystem::path first_present(std::initializer_list<std::filesystem::path> places)
-{
-    for (const std::filesystem::path &place : places) {
-        std::error_code ignored;
-        if (std::filesystem::exists(place, ignored)) {
-            return place;
-        }
-    }
-    return *places.begin();
-}
-
 tqm::JsonType json_type(router::ValueForm form)
 {
     switch (form) {
@@ -44,11 +32,11 @@ Locations default_locations()
 {
     std::error_code error;
     const std::filesystem::path bin = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    const std::filesystem::path root = bin.parent_path();
-    return {
-        first_present({bin / "libymap_oc_macsec.so", root / "lib/oc-macsec/libymap_oc_macsec.so"}),
-        first_present({root / "yang", root / "share/oc-macsec/yang"}),
-    };
+    const char *const plugin = "libymap_oc_macsec.so";
+    if (std::filesystem::exists(bin / plugin, error)) { // a build tree, inside the sources
+        return {bin / plugin, bin.parent_path() / "yang"};
+    }
+    return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal()};
 }
 
 Environment::Environment(router::Models models, tqm::Plugin plugin)

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
+#include "help.h"
 #include "printable.h"
 
 namespace
@@ -39,29 +40,55 @@ struct Chosen {
     Run run = nullptr;
 };
 
-// The options that every command has.
+constexpr const char *common = "Common options";
+
+// A command with the options that every one has.
+CLI::App *add_plain_command(CLI::App &app, const char *name, const char *description, Chosen &chosen, Run run)
+{
+    CLI::App *const command = app.add_subcommand(name, description);
+    command->callback([&chosen, run] { chosen.run = run; });
+    command->footer(ocmap::help_footer(name));
+    ocmap::Locations &locations = chosen.options.locations;
+    command->add_option("--plugin", locations.plugin, "The plug-in, libymap_oc_macsec.so")
+        ->type_name("FILE")
+        ->group(common);
+    command->add_option("--yang", locations.yang, "Directory of the YANG modules")->type_name("DIR")->group(common);
+    command->group("Commands");
+    command->get_help_ptr()->group(common);
+    return command;
+}
+
+// A command that runs the plug-in's walkers, which can be watched.
 CLI::App *add_command(CLI::App &app, const char *name, const char *description, Chosen &chosen, Run run)
 {
     ocmap::Options &options = chosen.options;
-    CLI::App *const command = app.add_subcommand(name, description);
-    command->callback([&chosen, run] { chosen.run = run; });
-    command->add_flag("--trace", options.trace, "Show the plug-in's log lines on standard error");
-    command->add_flag("--journal", options.journal, "Show the plug-in's calls of the framework on standard error");
-    command->add_flag("--journal-all", options.questions, "Show also the calls that only ask, compare and log");
-    command->add_option("--plugin", options.locations.plugin, "The plug-in, libymap_oc_macsec.so");
-    command->add_option("--yang", options.locations.yang, "Directory of the YANG modules");
+    CLI::App *const command = add_plain_command(app, name, description, chosen, run);
+    command->add_flag("--trace", options.trace, "Show the plug-in's log lines on standard error")->group(common);
+    command->add_flag("--journal", options.journal, "Show the plug-in's calls of the framework on standard error")
+        ->group(common);
+    command->add_flag("--journal-all", options.questions, "Show also the calls that only ask, compare and log")
+        ->group(common);
     return command;
 }
 
 void add_file(CLI::App *command, ocmap::Options &options, bool required)
 {
-    command->add_option("file", options.file, "NETCONF document, - for standard input")->required(required);
+    command->add_option("FILE", options.file, "NETCONF document, - for standard input")->required(required);
 }
 
 void add_kind(CLI::App *command, ocmap::Options &options)
 {
+    const auto number_of = [](std::string &text) -> std::string {
+        const auto found = kinds.find(text);
+        if (found == kinds.end()) {
+            return "must be edit, get or get-config, not '" + text + "'";
+        }
+        text = std::to_string(found->second);
+        return "";
+    };
     command->add_option("--kind", options.kind, "edit, get or get-config, where the document does not say it")
-        ->transform(CLI::CheckedTransformer(kinds));
+        ->transform(CLI::Validator(number_of, ""))
+        ->type_name("KIND");
 }
 
 void add_json(CLI::App *command, ocmap::Options &options)
@@ -72,7 +99,7 @@ void add_json(CLI::App *command, ocmap::Options &options)
 
 void add_store(CLI::App *command, ocmap::Options &options)
 {
-    command->add_option("--store", options.store, "Directory of the native datastore")->required();
+    command->add_option("--store", options.store, "Directory of the native datastore")->required()->type_name("DIR");
 }
 
 } // namespace
@@ -83,8 +110,12 @@ int main(int argc, char **argv)
     ocmap::Options &options = chosen.options;
     options.locations = ocmap::default_locations();
 
-    CLI::App app{"Maps OpenConfig MACsec requests to a router's native models and its answers back."};
+    CLI::App app{"Maps OpenConfig MACsec requests to a router's native models and its answers back", "ocmap"};
     app.require_subcommand(1);
+    app.formatter(ocmap::help_formatter());
+    app.footer(ocmap::help_footer(""));
+    app.set_help_flag("-h,--help", "Show this help and exit");
+    app.set_version_flag("--version", "ocmap " OC_MACSEC_VERSION, "Show the version and exit");
     CLI::App *command =
         add_command(app, "forward", "Print the native trees that a request becomes", chosen, ocmap::forward);
     add_file(command, options, true);
@@ -101,7 +132,8 @@ int main(int argc, char **argv)
     add_file(command, options, false);
     add_store(command, options);
     add_json(command, options);
-    command->add_option("--oper", options.operational, "The router's state: a document of its operational model");
+    command->add_option("--oper", options.operational, "The router's state: a document of its operational model")
+        ->type_name("FILE");
     command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
     add_file(command, options, false);
     add_store(command, options);
@@ -110,14 +142,18 @@ int main(int argc, char **argv)
     add_file(command, options, true);
     add_kind(command, options);
     command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
-    command = add_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
+    command = add_plain_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
     command->add_flag("--markdown", options.markdown, "Print docs/mapping.md: also what does not come back");
-    add_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);
+    add_plain_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? 0 : exit_usage;
+        if (error.get_exit_code() == 0) {
+            return app.exit(error);
+        }
+        report({ocmap::usage_error(app, error)});
+        return exit_usage;
     }
     if (const tqm::Expected<void> done = chosen.run(options); !done) {
         report(done.error());
