@@ -5,9 +5,6 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
 
-# Options that are told of already and still to come. One that has come must go from here.
-to_come=(--html)
-
 expect() { # what, wanted, found
     if [ "$2" != "$3" ]; then
         printf '%s:\n  wanted: %q\n  found:  %q\n' "$1" "$2" "$3"
@@ -22,14 +19,6 @@ commands() {
 # The long options of a command, or of the tool itself, one a line and sorted.
 options_of() {
     "$ocmap" "$@" --help | grep -oE '^  (-h,)?--[a-z-]+' | grep -oE -- '--[a-z-]+' | sort
-}
-
-is_to_come() {
-    local option
-    for option in "${to_come[@]}"; do
-        case $1 in *"$option"*) return 0 ;; esac
-    done
-    return 1
 }
 
 finish() {

@@ -48,11 +48,12 @@ public:
 
     tqm::Framework &framework() { return framework_; }
     const Environment &environment() const { return environment_; }
+    const tqm::Watch &watch() const { return watch_; }
 
 private:
     Desk(Environment environment, const Options &options)
-        : environment_(std::move(environment)), journal_(print_line, options.questions),
-          framework_(environment_.plugin(), environment_.schema(), watch(options))
+        : environment_(std::move(environment)), journal_(print_line, options.questions), watch_(watch(options)),
+          framework_(environment_.plugin(), environment_.schema(), watch_)
     {
     }
 
@@ -71,6 +72,7 @@ private:
 
     Environment environment_;
     tqm::Journal journal_;
+    tqm::Watch watch_;
     tqm::Framework framework_;
 };
 
@@ -239,7 +241,7 @@ tqm::Expected<void> explain(const Options &options)
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
         const auto direction = options.reverse ? tqm::Direction::reverse : tqm::Direction::forward;
         const uint32_t kind = options.kind.value_or(options.reverse ? TQM_REQ_GET : TQM_REQ_EDIT);
-        const auto explanation = explain(desk.environment(), std::move(*document), direction, kind);
+        const auto explanation = explain(desk.environment(), std::move(*document), direction, kind, desk.watch());
         if (!explanation) {
             return tl::unexpected(explanation.error());
         }

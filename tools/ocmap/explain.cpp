@@ -460,7 +460,7 @@ const char *kind_name(uint32_t kind)
 } // namespace
 
 tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document document, tqm::Direction direction,
-                                   uint32_t kind)
+                                   uint32_t kind, tqm::Watch watch)
 {
     Explanation explanation;
     kind = tqm::Framework::kind_of(document, direction, kind);
@@ -468,9 +468,13 @@ tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document
     explanation.kind = kind_name(kind);
 
     Recorder recorder(explanation);
-    tqm::Watch watch;
     watch.observer = &recorder;
-    watch.trace = [&](std::string_view line) { recorder.traced(line); };
+    watch.trace = [&recorder, others = std::move(watch.trace)](std::string_view line) {
+        recorder.traced(line);
+        if (others) {
+            others(line);
+        }
+    };
     watch.trace_on = true;
     tqm::Request request(environment.schema(), environment.plugin().registrations(), kind, direction, watch);
     if (auto loaded = request.load(std::move(document)); !loaded) {

@@ -14,8 +14,8 @@ namespace ocmap
 
 /// Walks `document` as Framework::forward or Framework::reverse would, TQM_REQ_* `kind` where the document does not say
 /// its own. A request that the plug-in refuses is explained up to there; only a document that makes no request tree at
-/// all is an error.
+/// all is an error. Others may watch, too.
 tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document document, tqm::Direction direction,
-                                   uint32_t kind);
+                                   uint32_t kind, tqm::Watch watch = {});
 
 } // namespace ocmap

@@ -49,7 +49,6 @@ const std::map<std::string, std::vector<const char *>> examples = {
      {
          "ocmap explain examples/policies/replace.xml",
          "ocmap explain examples/state/busy-router.xml --reverse",
-         "ocmap explain examples/key-chains/rotate.xml --html /tmp/rotate.html",
      }},
     {"tree",
      {
@@ -59,7 +58,7 @@ const std::map<std::string, std::vector<const char *>> examples = {
     {"deviations",
      {
          "ocmap deviations",
-         "ocmap deviations > /tmp/deviations.yang",
+         "ocmap deviations > oc-macsec-deviations.yang",
      }},
 };
 

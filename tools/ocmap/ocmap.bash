@@ -30,7 +30,6 @@ _ocmap() {
         --kind) _ocmap_words "$word" edit get get-config; return ;;
         --store | --yang) _ocmap_files "$word"; return ;;
         --oper) _ocmap_files "$word" '*.xml' '*.json'; return ;;
-        --html) _ocmap_files "$word" '*.html'; return ;;
         --plugin) _ocmap_files "$word" '*.so'; return ;;
     esac
 
@@ -49,7 +48,7 @@ _ocmap() {
         edit) options="$watched --store" ;;
         get) options="$watched --store --oper --json" ;;
         get-config) options="$watched --store --json" ;;
-        explain) options="$watched --reverse --kind --html" ;;
+        explain) options="$watched --reverse --kind" ;;
         tree) options="$plain --markdown" ;;
         deviations) options=$plain ;;
         *) return ;;
