@@ -58,7 +58,7 @@ const std::map<std::string, std::vector<const char *>> examples = {
     {"deviations",
      {
          "ocmap deviations",
-         "ocmap deviations > oc-macsec-deviations.yang",
+         "ocmap deviations > /tmp/deviations.yang",
      }},
 };
 
