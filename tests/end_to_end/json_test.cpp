@@ -3,6 +3,7 @@
 #include "support.h"
 
 #include <filesystem>
+#include <regex>
 
 #include <libyang/libyang.h>
 
@@ -30,7 +31,9 @@ TEST_F(Json, EveryExampleBecomesTheSameInBothForms)
         if (file.path().extension() != ".xml" || file.path().parent_path().filename() == "state") {
             continue;
         }
-        const std::string xml = read_file(file.path());
+        // The time of the request would differ between the two runs.
+        const std::string xml =
+            std::regex_replace(read_file(file.path()), std::regex("VALID_IMMEDIATELY"), "2026-01-01T00:00:00");
         const Outcome from_xml = ocmap({"forward", "-"}, xml);
         const Outcome from_json = ocmap({"forward", "-"}, as_json(xml));
         EXPECT_EQ(from_xml.status, 0) << from_xml.err;
