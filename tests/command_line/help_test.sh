@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Help goes to standard output, errors in the command line to standard error with status 2, and each example of the help
-# works from the project's root.
+# works from the project's root. A stand-in for that has nothing but the examples, so that none of them can write to it.
 source "$(dirname "$0")/support.sh"
-cd "$root"
+mkdir "$work/root"
+ln -s "$root/examples" "$work/root/examples"
+cd "$work/root"
 
 status_of() {
     local status=0
@@ -25,6 +27,8 @@ for command in '' $(commands); do
         fi
     done < "$work/examples"
 done
+expect "what the examples leave beside themselves" examples "$(ls)"
+
 while IFS='|' read -r arguments words; do
     expect "status of '$arguments'" 2 "$(status_of "$ocmap" $arguments)"
     expect "output of '$arguments'" '' "$(cat "$work/out")"
@@ -42,7 +46,7 @@ tree --trace|not expected: --trace
 forward examples/policies/merge.xml --kind 1|--kind: must be edit, get or get-config, not '1'
 END
 
-version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 expect version "ocmap $version" "$("$ocmap" --version)"
 expect "kind in the help" "  --kind KIND         edit, get or get-config" \
     "$("$ocmap" forward --help | grep -o '^  --kind.*get-config')"

@@ -73,7 +73,8 @@ CLI::App *add_command(CLI::App &app, const char *name, const char *description, 
 
 void add_file(CLI::App *command, ocmap::Options &options, bool required)
 {
-    command->add_option("FILE", options.file, "NETCONF document, - for standard input")->required(required);
+    command->add_option("FILE", options.file, "NETCONF document, XML or JSON; - for standard input")
+        ->required(required);
 }
 
 void add_kind(CLI::App *command, ocmap::Options &options)
