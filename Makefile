@@ -5,6 +5,7 @@
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
            nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc
 FORMAT_PACKAGES = clang-format
+BROWSER_PACKAGES = chromium chromium-driver python3-selenium
 MODEL = /pkg/yang/openconfig-macsec.yang
 DESTDIR =
 PREFIX = /usr/local
@@ -20,6 +21,7 @@ all: setup
 run: all model
 	examples/run.sh
 
+test: PACKAGES += $(BROWSER_PACKAGES)
 test: all model
 	ctest --preset default
 

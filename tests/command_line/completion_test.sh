@@ -4,7 +4,7 @@ source "$(dirname "$0")/support.sh"
 source "$root/tools/ocmap/ocmap.bash"
 mkdir -p "$work/here/store" "$work/here/with space"
 cd "$work/here"
-touch a.xml b.json c.txt plugin.so
+touch a.xml b.json c.txt d.html plugin.so
 
 # What is offered for the last of the words, sorted.
 offered() {
@@ -27,6 +27,7 @@ while IFS='|' read -r words wanted; do
 done <<END
 forward EMPTY|a.xml b.json $directories
 explain a.xml --kind EMPTY|edit get get-config
+explain a.xml --html EMPTY|d.html $directories
 reverse a.xml --kind g|get get-config
 reverse --kind = get-|get-config
 edit --store EMPTY|$directories

@@ -141,6 +141,42 @@ TEST(Explain, ExplainsTheWayBack)
     EXPECT_EQ(rows_of(text, "string = \\*\\*\\*"), "string = *** dropped: no mapping takes it");
 }
 
+// Which key text stands is told, although neither is.
+TEST(Explain, TellsWhichOfTwoKeyTextsWon)
+{
+    const std::string text = table("<config>" + top +
+                                   "<mka><key-chains><key-chain><name>KC1</name><config><name>KC1</name></config>"
+                                   "<mka-keys><mka-key><id>01</id><config><id>01</id>"
+                                   "<key-clear-text>one</key-clear-text><key-clear-text>two</key-clear-text></config>"
+                                   "</mka-key></mka-keys></key-chain></key-chains></mka></macsec></config>");
+    EXPECT_NE(text.find("/string = ***, lost to #"), std::string::npos) << text;
+    EXPECT_NE(text.find("/string = ***, wins over #"), std::string::npos) << text;
+}
+
+// Here the keys of the entries are added twice, at last with their operation.
+TEST(Explain, ANodeWhoseValueIsRepeatedIsNotDropped)
+{
+    const std::string text = table(read_file(std::filesystem::path(EXAMPLES) / "key-chains/create.xml"));
+    EXPECT_NE(text.find("/chain-name = KC1, lost to #"), std::string::npos) << text;
+    EXPECT_EQ(text.find("dropped"), std::string::npos) << text;
+}
+
+TEST(Explain, WritesAPageInsteadOfTheTable)
+{
+    const std::string document = config(policy("P1", "<use-updated-eth-header>true</use-updated-eth-header>"));
+    const Outcome page = ocmap({"explain", "-", "--html", "-"}, document);
+    EXPECT_TRUE(page.out.starts_with("<!doctype html>\n")) << page.out;
+    EXPECT_TRUE(page.out.ends_with("</html>\n"));
+    EXPECT_NE(page.out.find("\"refusal\": {\"text\":\"the node is not supported\",\"code\":\"0xaaf2ee00\"}"),
+              std::string::npos);
+    EXPECT_EQ(page.status, 1);
+
+    const Outcome nowhere = ocmap({"explain", "-", "--html", "/no/such/page.html"}, document);
+    EXPECT_EQ(nowhere.err, "error: cannot write '/no/such/page.html': No such file or directory\n");
+    EXPECT_EQ(ocmap({"explain", "-", "--html", "/dev/full"}, document).err,
+              "error: cannot write '/dev/full': No space left on device\n");
+}
+
 TEST(Explain, ShowsNoKeyText)
 {
     const std::string text = table(read_file(std::filesystem::path(EXAMPLES) / "key-chains/create.xml"));

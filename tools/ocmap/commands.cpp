@@ -17,6 +17,7 @@
 
 #include "deviations.h"
 #include "explain.h"
+#include "explanation_page.h"
 #include "explanation_table.h"
 #include "mapping_page.h"
 #include "model_tree.h"
@@ -112,6 +113,18 @@ tqm::Expected<void> write_text(const std::string &text)
     return {};
 }
 
+tqm::Expected<void> write_file(const std::string &file, const std::string &text)
+{
+    errno = 0;
+    std::ofstream stream(file, std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) {
+        return tl::unexpected(tqm::Error{"cannot write '" + file + "': " + std::strerror(errno)});
+    }
+    return {};
+}
+
 // On a terminal that can, unless the user has set NO_COLOR to anything.
 bool colour_wanted()
 {
@@ -119,6 +132,16 @@ bool colour_wanted()
     const char *const terminal = std::getenv("TERM");
     return isatty(STDOUT_FILENO) != 0 && (no_colour == nullptr || *no_colour == '\0') &&
            (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
+}
+
+// As a page in a file, or as a table.
+tqm::Expected<void> show(const Explanation &explanation, const std::optional<std::string> &page)
+{
+    if (!page) {
+        return write_text(explanation_table(explanation, colour_wanted()));
+    }
+    const std::string text = explanation_page(explanation);
+    return *page == "-" ? write_text(text) : write_file(*page, text);
 }
 
 tqm::Expected<router::Datastore> open_store(const Options &options, const router::Models &models, router::Access access)
@@ -245,8 +268,8 @@ tqm::Expected<void> explain(const Options &options)
         if (!explanation) {
             return tl::unexpected(explanation.error());
         }
-        if (auto written = write_text(explanation_table(*explanation, colour_wanted())); !written) {
-            return written;
+        if (auto shown = show(*explanation, options.page); !shown) {
+            return shown;
         }
         if (explanation->refusal) {
             return tl::unexpected(*explanation->refusal);

@@ -18,6 +18,7 @@ struct Options {
     std::string operational;               // document of the router's state, empty for none
     std::optional<uint32_t> kind;          // TQM_REQ_*, where the document does not say it
     bool reverse = false;                  // explain: native to OpenConfig
+    std::optional<std::string> page;       // explain: file for the HTML page, "-" for standard output; none for a table
     tqm::Format format = tqm::Format::xml; // of what is printed
     bool markdown = false;                 // tree: the page docs/mapping.md
     bool trace = false;                    // the plug-in's log lines to standard error
@@ -31,7 +32,7 @@ tqm::Expected<void> reverse(const Options &options);
 tqm::Expected<void> edit(const Options &options);
 tqm::Expected<void> get(const Options &options);
 tqm::Expected<void> get_config(const Options &options);
-/// Prints also what is left of a refused request, before it gives the refusal as its error.
+/// Shows also what is left of a refused request, before it gives the refusal as its error.
 tqm::Expected<void> explain(const Options &options);
 tqm::Expected<void> tree(const Options &options);
 tqm::Expected<void> deviations(const Options &options);

@@ -341,10 +341,17 @@ private:
     std::unordered_map<const tqm::OutputNode *, std::size_t> positions_;
 };
 
+// What masked values were cannot be told.
+bool is_same_value(const std::optional<std::string> &a, const std::optional<std::string> &b)
+{
+    return a == b && a != masked;
+}
+
 // An operation that was not known yet when the node was added is no other one.
 bool differ(const Add &a, const Add &b)
 {
-    return a.value != b.value || (!a.operation.empty() && !b.operation.empty() && a.operation != b.operation);
+    return !is_same_value(a.value, b.value) ||
+           (!a.operation.empty() && !b.operation.empty() && a.operation != b.operation);
 }
 
 // Of several adds to one node the last stands.
@@ -392,13 +399,14 @@ std::string number(std::size_t position)
     return "#" + std::to_string(position + 1);
 }
 
-// Why nothing of what the node added is in the result; empty if something is.
+// Why nothing of what the node added is in the result; empty if something is. A value that a later
+// add repeats is there.
 std::string loss(const Explanation &explanation, const RequestNode &node)
 {
     std::string reason;
     for (const std::size_t position : node.adds) {
         const Add &add = explanation.adds[position];
-        if (add.lost_to) {
+        if (add.lost_to && !is_same_value(add.value, explanation.results[*add.result].value)) {
             reason = "what it added is replaced by " + number(*add.lost_to) + ", for " +
                      explanation.request[explanation.adds[*add.lost_to].node].path;
         } else if (add.not_taken) {

@@ -2,6 +2,7 @@
 // Whoever fills them has masked the key texts, so that neither can show one.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -20,6 +21,8 @@ enum class Fate {
     refused,     ///< the walk ended here, with the explanation's refusal
     not_reached, ///< the walk ended before it
 };
+
+inline constexpr std::array fate_names = {"mapped", "passed", "dropped", "refused", "not reached"};
 
 /// A node of the request, in document order; of a reverse request a native one.
 struct RequestNode {

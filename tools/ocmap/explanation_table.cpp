@@ -137,16 +137,15 @@ private:
 
     std::string summary() const
     {
-        constexpr std::array names = {"mapped", "passed", "dropped", "refused", "not reached"};
-        std::array<std::size_t, names.size()> counts{};
+        std::array<std::size_t, fate_names.size()> counts{};
         for (const RequestNode &node : explanation_.request) {
             ++counts[static_cast<std::size_t>(node.fate)];
         }
         std::string text = std::to_string(explanation_.request.size()) + " nodes:";
         const char *separator = " ";
-        for (std::size_t fate = 0; fate < names.size(); ++fate) {
+        for (std::size_t fate = 0; fate < fate_names.size(); ++fate) {
             if (counts[fate] != 0) {
-                text += separator + std::to_string(counts[fate]) + " " + names[fate];
+                text += separator + std::to_string(counts[fate]) + " " + fate_names[fate];
                 separator = ", ";
             }
         }

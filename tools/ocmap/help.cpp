@@ -49,6 +49,7 @@ const std::map<std::string, std::vector<const char *>> examples = {
      {
          "ocmap explain examples/policies/replace.xml",
          "ocmap explain examples/state/busy-router.xml --reverse",
+         "ocmap explain examples/policies/replace.xml --html /tmp/replace.html",
      }},
     {"tree",
      {

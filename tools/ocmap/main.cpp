@@ -143,6 +143,8 @@ int main(int argc, char **argv)
     add_file(command, options, true);
     add_kind(command, options);
     command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
+    command->add_option("--html", options.page, "Write a page for a browser instead; - for standard output")
+        ->type_name("FILE");
     command = add_plain_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
     command->add_flag("--markdown", options.markdown, "Print docs/mapping.md: also what does not come back");
     add_plain_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);

@@ -29,6 +29,7 @@ _ocmap() {
     case $before in
         --kind) _ocmap_words "$word" edit get get-config; return ;;
         --store | --yang) _ocmap_files "$word"; return ;;
+        --html) _ocmap_files "$word" '*.html'; return ;;
         --oper) _ocmap_files "$word" '*.xml' '*.json'; return ;;
         --plugin) _ocmap_files "$word" '*.so'; return ;;
     esac
@@ -48,7 +49,7 @@ _ocmap() {
         edit) options="$watched --store" ;;
         get) options="$watched --store --oper --json" ;;
         get-config) options="$watched --store --json" ;;
-        explain) options="$watched --reverse --kind" ;;
+        explain) options="$watched --reverse --kind --html" ;;
         tree) options="$plain --markdown" ;;
         deviations) options=$plain ;;
         *) return ;;

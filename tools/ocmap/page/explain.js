@@ -1,0 +1,480 @@
+// Shows an explanation: the request's tree, the tree that it became, and what connects their nodes.
+'use strict';
+
+const explanation = JSON.parse(document.getElementById('explanation').textContent);
+
+// ---- The two trees, and the links between their nodes --------------------------------------------------------------
+
+// Adds to each node its tree, its place there, the end of its subtree, and room for its links.
+function makeTree(id, nodes) {
+    const tree = { element: document.getElementById(id), nodes, last: 0 };
+    const open = [];
+    const close = (depth, end) => {
+        while (open.length > 0 && open.at(-1).depth >= depth) {
+            open.pop().end = end;
+        }
+    };
+    nodes.forEach((node, index) => {
+        close(node.depth, index);
+        Object.assign(node, { tree, index, parent: open.at(-1), links: [] });
+        open.push(node);
+    });
+    close(0, nodes.length);
+    return tree;
+}
+
+const request = makeTree('request', explanation.request);
+const results = makeTree('results', explanation.results);
+const trees = [request, results];
+const otherThan = (tree) => (tree === request ? results : request);
+
+const links = new Map();
+explanation.adds.forEach((add, index) => {
+    add.number = '#' + (index + 1);
+    if (add.result === undefined) {
+        return;
+    }
+    const ends = add.node + ' ' + add.result;
+    let link = links.get(ends);
+    if (link === undefined) {
+        link = { from: request.nodes[add.node], to: results.nodes[add.result], lost: true };
+        link.from.links.push(link);
+        link.to.links.push(link);
+        links.set(ends, link);
+    }
+    link.lost &&= add.lost_to !== undefined; // a link is as good as the best of its adds
+});
+
+// A node without links of its own stands for the nodes below it.
+function linksOf(node) {
+    return node.links.length > 0 ? node.links : node.tree.nodes.slice(node.index, node.end).flatMap((below) => below.links);
+}
+
+const across = (link, tree) => (tree === request ? link.to : link.from);
+
+// ---- Making elements -----------------------------------------------------------------------------------------------
+
+function element(name, attributes, ...content) {
+    const made = document.createElement(name);
+    for (const [key, value] of Object.entries(attributes)) {
+        made.setAttribute(key, value);
+    }
+    made.append(...content);
+    return made;
+}
+
+// A client's text: control characters made visible, and its writing direction kept to itself.
+function text(value) {
+    const shown = value.replace(/[\u0000-\u0008\u000b-\u001f\u007f-\u009f]/g,
+        (c) => '\\x' + c.charCodeAt(0).toString(16).padStart(2, '0'));
+    return element('bdi', {}, shown === '' ? '""' : shown);
+}
+
+function button(content, action) {
+    const made = element('button', { type: 'button' }, content);
+    made.addEventListener('click', action);
+    return made;
+}
+
+function valueOf(thing) {
+    return thing.value === undefined ? [] : [element('span', { class: 'value' }, ' = ', text(thing.value))];
+}
+
+// A merge goes without saying.
+function operationOf(thing) {
+    return thing.operation === undefined || thing.operation === 'merge' ? [] : [element('span', { class: 'operation' }, ` (${thing.operation})`)];
+}
+
+const speaksForItself = ['mapped', 'passed'];
+
+function makeRow(node) {
+    const row = element('div', {
+        class: node.fate === undefined ? '' : node.fate.replace(' ', '-'),
+        id: node.tree.element.id + node.index,
+        role: 'treeitem',
+        'aria-level': node.depth + 1,
+        style: '--depth: ' + node.depth,
+    }, element('span', { class: 'tag' }, text(node.tag)), ...valueOf(node), ...operationOf(node));
+    if (node.fate !== undefined && !speaksForItself.includes(node.fate)) {
+        row.append(element('span', { class: 'label' }, ' ' + node.fate));
+    }
+    return row;
+}
+
+for (const tree of trees) {
+    tree.rows = tree.nodes.map(makeRow);
+    tree.element.append(...tree.rows);
+    if (tree.rows.length === 0) {
+        tree.element.append(element('div', { class: 'nothing' }, 'Nothing.'));
+    }
+}
+
+// ---- Where rows are ------------------------------------------------------------------------------------------------
+
+let rowHeight = 24;
+
+function measure() {
+    rowHeight = request.rows[0]?.getBoundingClientRect().height ?? rowHeight;
+}
+
+const topOf = (node) => node.index * rowHeight - node.tree.element.scrollTop;
+const inView = (node) => topOf(node) >= 0 && topOf(node) + rowHeight <= node.tree.element.clientHeight;
+
+function scrollTo(node, top) {
+    node.tree.element.scrollTop = node.index * rowHeight - top;
+}
+
+// A node next to those in view comes to the edge, one from farther off to the middle.
+function show(node) {
+    if (inView(node)) {
+        return;
+    }
+    const lowest = node.tree.element.clientHeight - rowHeight;
+    const edge = topOf(node) < 0 ? 0 : lowest;
+    scrollTo(node, Math.abs(topOf(node) - edge) > 2 * rowHeight ? lowest / 2 : edge);
+}
+
+// ---- Drawing the links of the rows in view -------------------------------------------------------------------------
+
+const svg = document.getElementById('links');
+const strokes = Object.fromEntries(['', 'lost', 'lit', 'lit lost'].map((name) => {
+    const path = document.createElementNS('http://www.w3.org/2000/svg', 'path');
+    path.setAttribute('class', name);
+    svg.append(path);
+    return [name, path];
+}));
+let litLinks = new Set();
+let drawing = false;
+
+function draw() {
+    drawing = false;
+    const shown = new Set();
+    for (const tree of trees) {
+        const first = Math.floor(tree.element.scrollTop / rowHeight);
+        const end = Math.ceil((tree.element.scrollTop + tree.element.clientHeight) / rowHeight);
+        tree.nodes.slice(first, end).forEach((node) => node.links.forEach((link) => shown.add(link)));
+    }
+    const { width } = svg.getBoundingClientRect();
+    const lines = { '': '', lost: '', lit: '', 'lit lost': '' };
+    for (const link of shown) {
+        const from = topOf(link.from) + rowHeight / 2;
+        const to = topOf(link.to) + rowHeight / 2;
+        const names = [litLinks.has(link) ? 'lit' : '', link.lost ? 'lost' : ''];
+        lines[names.join(' ').trim()] +=
+            `M0,${from}C${width / 2},${from} ${width / 2},${to} ${width},${to}`;
+    }
+    for (const [name, path] of Object.entries(strokes)) {
+        path.setAttribute('d', lines[name]);
+    }
+}
+
+function drawSoon() {
+    if (!drawing) {
+        drawing = true;
+        requestAnimationFrame(draw);
+    }
+}
+
+// ---- The details of a node -----------------------------------------------------------------------------------------
+
+const details = document.getElementById('details');
+
+function linkTo(node, content = text(node.path)) {
+    return button(content, () => {
+        select(node);
+        node.tree.element.focus({ preventScroll: true });
+    });
+}
+
+function numbers(positions) {
+    return positions.flatMap((position, i) => {
+        const add = explanation.adds[position];
+        return [i > 0 ? ', ' : '', linkTo(request.nodes[add.node], add.number)];
+    });
+}
+
+// What became of an add.
+function outcomeOf(add) {
+    const said = [];
+    if (add.lost_to !== undefined) {
+        said.push(element('span', { class: 'lost' }, ', lost to '), ...numbers([add.lost_to]));
+    }
+    if (add.wins_over !== undefined) {
+        said.push(', wins over ', ...numbers(add.wins_over));
+    }
+    if (add.not_taken !== undefined) {
+        said.push(element('span', { class: 'lost' }, ', not taken: ' + add.not_taken));
+    } else if (add.result === undefined) {
+        said.push(element('span', { class: 'lost' }, ', not in the result'));
+    }
+    return said;
+}
+
+function facts(pairs) {
+    const list = element('dl', {});
+    for (const [name, ...content] of pairs) {
+        list.append(element('dt', {}, name), element('dd', {}, ...content));
+    }
+    return list;
+}
+
+function requestDetails(node) {
+    const functions = element('ul', {});
+    const left = node.adds.map((position) => explanation.adds[position]);
+    const list = (mapper) => {
+        const adds = element('ul', {});
+        while (left.length > 0 && left[0].mapper === mapper) {
+            const add = left.shift();
+            const path = add.result === undefined ? text(add.path) : linkTo(results.nodes[add.result], text(add.path));
+            adds.append(element('li', {}, add.number + ' ', path, ...valueOf(add), ...operationOf(add), ...outcomeOf(add)));
+        }
+        functions.append(element('li', {}, mapper, adds));
+    };
+    node.mappers.forEach(list);
+    while (left.length > 0) { // of a function that went on after another that it had called
+        list(left[0].mapper);
+    }
+    const reason = node.reason === undefined ? [] : [': ', text(node.reason)];
+    return [facts([['became', element('span', { class: node.fate }, node.fate, ...reason)]]), functions];
+}
+
+function resultDetails(node) {
+    const adds = element('ul', {});
+    for (const position of node.adds) {
+        const add = explanation.adds[position];
+        adds.append(element('li', {}, add.number + ' for ', linkTo(request.nodes[add.node]), ` by ${add.mapper}`,
+            ...valueOf(add), ...operationOf(add), ...outcomeOf(add)));
+    }
+    const added = node.adds.length > 0 ? adds : element('p', {}, 'Made on the way to the nodes below it.');
+    return [facts([['namespace', text(node.ns)]]), added];
+}
+
+function describe(node) {
+    if (node === null) {
+        details.replaceChildren(element('p', {}, 'Point at a node: its counterparts light up, and here stands what ' +
+            'became of it. A click holds it. With the keyboard: arrow keys walk through a tree, Enter goes to the ' +
+            'counterpart, Escape lets go, and / finds.'));
+        return;
+    }
+    const about = [];
+    if (node.value !== undefined) {
+        about.push(['value', text(node.value)]);
+    }
+    if (node.operation !== undefined) {
+        about.push(['operation', node.operation]);
+    }
+    details.replaceChildren(element('h3', {}, text(node.path)), facts(about),
+        ...(node.tree === request ? requestDetails(node) : resultDetails(node)));
+    details.scrollTop = 0;
+}
+
+// ---- Pointing and selecting ----------------------------------------------------------------------------------------
+
+let selected = null; // held until another is
+let pointed = null; // goes before it while the pointer is there
+let litRows = [];
+
+function light() {
+    const node = pointed ?? selected;
+    litRows.forEach((row) => row.classList.remove('lit', 'current'));
+    litRows = [];
+    litLinks = new Set(node === null ? [] : linksOf(node));
+    for (const link of litLinks) {
+        const counterpart = across(link, node.tree);
+        litRows.push(counterpart.tree.rows[counterpart.index]);
+    }
+    litRows.forEach((row) => row.classList.add('lit'));
+    if (node !== null) {
+        const row = node.tree.rows[node.index];
+        row.classList.add('lit', 'current');
+        litRows.push(row);
+    }
+    describe(node);
+    drawSoon();
+}
+
+// Selects a node and shows it, and on the same height, unless one is in view, its first counterpart.
+function select(node) {
+    request.element.removeAttribute('aria-activedescendant');
+    results.element.removeAttribute('aria-activedescendant');
+    selected?.tree.rows[selected.index].removeAttribute('aria-selected');
+    selected = node;
+    pointed = null;
+    if (node !== null) {
+        const row = node.tree.rows[node.index];
+        row.setAttribute('aria-selected', 'true');
+        node.tree.element.setAttribute('aria-activedescendant', row.id);
+        node.tree.last = node.index;
+        const counterparts = linksOf(node).map((link) => across(link, node.tree));
+        show(node);
+        if (counterparts.length > 0 && !counterparts.some(inView)) {
+            scrollTo(counterparts[0], topOf(node));
+        }
+    }
+    light();
+}
+
+const moves = {
+    ArrowDown: (node) => node.tree.nodes[node.index + 1],
+    ArrowUp: (node) => node.tree.nodes[node.index - 1],
+    ArrowLeft: (node) => node.parent,
+    ArrowRight: (node) => (node.end > node.index + 1 ? node.tree.nodes[node.index + 1] : undefined),
+    Home: (node) => node.tree.nodes[0],
+    End: (node) => node.tree.nodes.at(-1),
+    PageDown: (node) => node.tree.nodes[Math.min(node.index + pageOf(node.tree), node.tree.nodes.length - 1)],
+    PageUp: (node) => node.tree.nodes[Math.max(node.index - pageOf(node.tree), 0)],
+};
+const pageOf = (tree) => Math.max(1, Math.floor(tree.element.clientHeight / rowHeight) - 1);
+
+function cross() {
+    const link = selected === null ? undefined : linksOf(selected)[0];
+    if (link !== undefined) {
+        const counterpart = across(link, selected.tree);
+        select(counterpart);
+        counterpart.tree.element.focus({ preventScroll: true });
+    }
+}
+
+function nodeAt(event, tree) {
+    const row = event.target.closest('[role="treeitem"]');
+    return row === null ? null : tree.nodes[Number(row.id.slice(tree.element.id.length))];
+}
+
+function point(node) {
+    if (node !== pointed) {
+        pointed = node;
+        light();
+    }
+}
+
+for (const tree of trees) {
+    tree.element.addEventListener('scroll', drawSoon, { passive: true });
+    tree.element.addEventListener('pointerover', (event) => point(nodeAt(event, tree)));
+    tree.element.addEventListener('pointerleave', () => point(null));
+    tree.element.addEventListener('click', (event) => {
+        const node = nodeAt(event, tree);
+        if (node !== null) {
+            select(node);
+        }
+    });
+    tree.element.addEventListener('keydown', (event) => {
+        const move = moves[event.key];
+        if (event.ctrlKey || event.metaKey || event.altKey) {
+            return;
+        }
+        if (event.key === 'Enter') {
+            cross();
+        } else if (move !== undefined && tree.nodes.length > 0) {
+            const next = selected?.tree === tree ? move(selected) : tree.nodes[tree.last];
+            if (next !== undefined) {
+                select(next);
+            }
+        } else {
+            return;
+        }
+        event.preventDefault();
+    });
+}
+
+// ---- Jumping from node to node: what became of them, and what is looked for ----------------------------------------
+
+const placeOf = (node) => (node.tree === request ? 0 : request.nodes.length) + node.index;
+
+// To the next of the nodes, which are in order, from the selected one; round the end to the first.
+function jump(nodes, step = 1) {
+    const from = selected === null ? -1 : placeOf(selected);
+    const after = nodes.findIndex((node) => placeOf(node) > from);
+    const before = nodes.findLastIndex((node) => placeOf(node) < from);
+    const next = step > 0 ? nodes[after === -1 ? 0 : after] : nodes.at(before);
+    if (next !== undefined) {
+        select(next);
+    }
+    return next;
+}
+
+function summarise() {
+    const summary = document.getElementById('summary');
+    summary.append(`${request.nodes.length} nodes`);
+    let separator = ': ';
+    for (const fate of ['mapped', 'passed', 'dropped', 'refused', 'not reached']) {
+        const nodes = request.nodes.filter((node) => node.fate === fate);
+        if (nodes.length > 0) {
+            summary.append(separator, button(`${nodes.length} ${fate}`, () => jump(nodes)));
+            separator = ', ';
+        }
+    }
+    summary.append(`; ${explanation.adds.length} adds`);
+    const losers = request.nodes.filter((node) => node.adds.some((add) => explanation.adds[add].lost_to !== undefined));
+    if (losers.length > 0) {
+        const lost = explanation.adds.filter((add) => add.lost_to !== undefined).length;
+        summary.append(', ', button(`${lost} lost`, () => jump(losers)));
+    }
+}
+
+const find = document.getElementById('find');
+const found = document.getElementById('found');
+let matches = [];
+
+// What can be looked for: what a row shows, and the functions behind it; by a text with a "/" its path.
+const searchable = (node) => [node.tree.rows[node.index].textContent, ...(node.mappers ?? [])].join(' ').toLowerCase();
+
+function look() {
+    const wanted = find.value.trim().toLowerCase();
+    const matching = (node) => (wanted.includes('/') ? node.path.toLowerCase() : searchable(node)).includes(wanted);
+    matches.forEach((node) => node.tree.rows[node.index].classList.remove('found'));
+    matches = wanted === '' ? [] : trees.flatMap((tree) => tree.nodes.filter(matching));
+    matches.forEach((node) => node.tree.rows[node.index].classList.add('found'));
+    found.value = wanted === '' ? '' : `${matches.length} found`;
+}
+
+find.addEventListener('input', look);
+find.addEventListener('keydown', (event) => {
+    if (event.key === 'Enter' && matches.length > 0) {
+        const node = jump(matches, event.shiftKey ? -1 : 1);
+        found.value = `${matches.indexOf(node) + 1} of ${matches.length}`;
+    }
+});
+document.addEventListener('keydown', (event) => {
+    if (event.key === 'Escape') {
+        select(null);
+    } else if (event.key === '/' && document.activeElement !== find) {
+        find.focus();
+        event.preventDefault();
+    }
+});
+
+// ---- The page ------------------------------------------------------------------------------------------------------
+
+function title() {
+    const [from, to] = explanation.reverse ? ['native', 'OpenConfig'] : ['OpenConfig', 'native'];
+    const heading = `ocmap explain: ${explanation.kind}, ${from} to ${to}`;
+    document.title = heading;
+    document.querySelector('h1').append(heading);
+    document.getElementById('request-title').append(`request (${from})`);
+    document.getElementById('results-title').append(
+        explanation.refusal === undefined ? `result (${to})` : `result (${to}) up to the refusal`);
+}
+
+function showRefusal() {
+    const refusal = explanation.refusal;
+    if (refusal === undefined) {
+        return;
+    }
+    const line = document.getElementById('refusal');
+    const node = request.nodes.find((candidate) => candidate.fate === 'refused');
+    line.hidden = false;
+    line.append('refused: ', text(refusal.text), refusal.code === undefined ? '' : ` (${refusal.code})`);
+    if (node !== undefined) {
+        line.append(', at ', linkTo(node));
+    }
+}
+
+title();
+summarise();
+showRefusal();
+new ResizeObserver(() => {
+    measure();
+    drawSoon();
+}).observe(svg);
+measure();
+light();
