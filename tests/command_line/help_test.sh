@@ -2,9 +2,9 @@
 # Help goes to standard output, errors in the command line to standard error with status 2, and each example of the help
 # works from the project's root. A stand-in for that has nothing but the examples, so that none of them can write to it.
 source "$(dirname "$0")/support.sh"
-mkdir "$work/root"
-ln -s "$root/examples" "$work/root/examples"
-cd "$work/root"
+mkdir "$work/project"
+ln -s "$root/examples" "$work/project/examples"
+cd "$work/project"
 
 status_of() {
     local status=0

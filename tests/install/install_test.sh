@@ -32,7 +32,7 @@ cat > "$work/expected" <<END
 755 bin/ocmap
 END
 (cd "$sources" && find yang -name '*.yang' -printf '644 share/yang/modules/oc-macsec/%P\n' &&
-    find docs -name '*.md' -printf '644 share/doc/oc-macsec/docs/%P\n' &&
+    find docs \( -name '*.md' -o -name '*.png' \) -printf '644 share/doc/oc-macsec/docs/%P\n' &&
     find examples -type f ! -name run.sh -printf '644 share/doc/oc-macsec/examples/%P\n') >> "$work/expected"
 find "$root" ! -type d -printf '%m %P\n' > "$work/found"
 diff <(sort "$work/expected") <(sort "$work/found") || fail "the installed files differ (< expected, > found)"
