@@ -14,16 +14,6 @@ namespace tqm
 
 using Sink = std::function<bool(std::string_view)>;
 
-/// What a document says of a node's operation.
-struct WrittenOperation {
-    const char *name;   ///< null: nothing is written
-    uint32_t effective; ///< what nodes below that say nothing have
-};
-
-/// An operation is written where it is not the one that the node has from the nodes around it. Merge is not written on
-/// keys, which only name their entry, nor in what goes away as a whole.
-WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
-
 class XmlWriter
 {
 public:

@@ -1,4 +1,5 @@
 """The page of `ocmap explain --html` in a real browser: what it shows, what lights up, and no error in its console."""
+import os
 import pathlib
 import subprocess
 import sys
@@ -39,8 +40,9 @@ class Page(unittest.TestCase):
                          '--window-size=1200,800'):
             options.add_argument(argument)
         options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
-        cls.browser = webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)
         cls.directory = tempfile.TemporaryDirectory()
+        service = Service('/usr/bin/chromedriver', env={**os.environ, 'TMPDIR': cls.directory.name})
+        cls.browser = webdriver.Chrome(service=service, options=options)
 
     @classmethod
     def tearDownClass(cls):

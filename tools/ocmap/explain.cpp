@@ -304,7 +304,8 @@ class ResultOutline
 public:
     explicit ResultOutline(Explanation &explanation) : explanation_(explanation) {}
 
-    void add(const tqm::OutputNode &node, std::size_t depth = 0, const std::string &outer = "")
+    void add(const tqm::OutputNode &node, std::size_t depth = 0, const std::string &outer = "",
+             uint32_t outer_operation = TQM_OP_MERGE)
     {
         positions_.emplace(&node, explanation_.results.size());
         ResultNode &shown = explanation_.results.emplace_back();
@@ -312,8 +313,8 @@ public:
         shown.tag = node.tag();
         shown.ns = node.ns();
         shown.value = shown_value(shown.tag, node.value());
-        const std::optional<uint32_t> operation = node.operation();
-        shown.operation = operation == TQM_OP_MERGE ? "" : operation_name(operation);
+        const tqm::WrittenOperation operation = tqm::written_operation(node, outer_operation);
+        shown.operation = operation.name == nullptr ? "" : operation.name;
         shown.path = outer + "/" + shown.tag;
         for (const tqm::OutputNode &child : node.children()) {
             if (node.is_list_entry() && child.is_key() && child.value() != nullptr) {
@@ -322,7 +323,7 @@ public:
         }
         const std::string path = shown.path;
         for (const tqm::OutputNode &child : node.children()) {
-            add(child, depth + 1, path);
+            add(child, depth + 1, path, operation.effective);
         }
     }
 

@@ -57,7 +57,7 @@ struct ResultNode {
     std::string path; ///< with keys
     std::string ns;
     std::optional<std::string> value;
-    std::string operation;         ///< the one that it has in the native edit; empty if merge, and in a read
+    std::string operation;         ///< what the native edit says at it; empty if nothing, and in a read
     std::vector<std::size_t> adds; ///< positions in Explanation::adds; none for nodes made on the way to others
 };
 
