@@ -349,7 +349,8 @@ function point(node) {
 
 for (const tree of trees) {
     tree.element.addEventListener('scroll', drawSoon, { passive: true });
-    tree.element.addEventListener('pointerover', (event) => point(nodeAt(event, tree)));
+    // Moves alone: a row that is scrolled below the pointer by a key is not pointed at.
+    tree.element.addEventListener('pointermove', (event) => point(nodeAt(event, tree)));
     tree.element.addEventListener('pointerleave', () => point(null));
     tree.element.addEventListener('click', (event) => {
         const node = nodeAt(event, tree);
