@@ -12,9 +12,16 @@ namespace
 constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 constexpr const char *kOperationNames[] = {"merge", "replace", "create", "delete", "remove"};
 
-bool is_removal(uint32_t operation)
+/// True below an entry that goes away with all that it holds. A container that goes away is set anew by what is below.
+bool is_in_removed_entry(const OutputNode &node)
 {
-    return operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
+    for (const OutputNode *outer = node.parent; outer != nullptr; outer = outer->parent) {
+        const std::optional<uint32_t> operation = outer->operation();
+        const bool removed = operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
+        if (removed && outer->is_list_entry())
+            return true;
+    }
+    return false;
 }
 
 /// What stands for `c` in a document, null if it stands for itself.
@@ -48,7 +55,7 @@ WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operat
     const uint32_t operation = node.operation().value_or(outer_operation);
     if (operation == outer_operation)
         return {nullptr, outer_operation};
-    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_removal(outer_operation));
+    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_in_removed_entry(node));
     const bool written = operation < std::size(kOperationNames) && !needless;
     return {written ? kOperationNames[operation] : nullptr, operation};
 }

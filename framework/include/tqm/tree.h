@@ -119,7 +119,7 @@ struct WrittenOperation {
 };
 
 /// An operation is written where it is not the one that the node has from the nodes around it. Merge is not written on
-/// keys, which only name their entry, nor in what goes away as a whole.
+/// keys, which only name their entry, nor in an entry that goes away as a whole.
 WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
 
 /// The roots of an output: one tree for each top tag.
