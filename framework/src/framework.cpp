@@ -34,17 +34,24 @@ tl::unexpected<Error> not_registered()
 }
 
 /// The first node below `node` that a code without a place of its own is about: a list entry without children, or a
-/// deleted container with some. Its path, or nothing.
-std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string &parent, const Schema &schema)
+/// deleted container with some. Its path with keys, or nothing.
+std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string &parent_schema_path,
+                     const std::string &parent, const Schema &schema)
 {
-    std::string path = parent + "/" + (node.tag == nullptr ? "" : node.tag);
+    const std::string step = std::string("/") + (node.tag == nullptr ? "" : node.tag);
+    const std::string schema_path = parent_schema_path + step;
+    const std::vector<std::string> *const keys = schema.list_keys(schema_path);
+    std::string path = parent + step;
+    for (std::size_t i = 0; keys != nullptr && i < keys->size(); ++i)
+        if (const char *value = given_value(find_child(node, (*keys)[i])))
+            append_key(path, (*keys)[i], value);
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
-    if (code == TQM_ERR_NO_SUBTREE && !has_children && schema.list_keys(path) != nullptr)
+    if (code == TQM_ERR_NO_SUBTREE && !has_children && keys != nullptr)
         return path;
     if (code == TQM_ERR_BAD_ARGS && has_children && tqm_map_is_request_delete(&node) != 0)
         return path;
     for (uint32_t i = 0; has_children && i < node.subtree_count; ++i)
-        if (std::string found = place_of(code, node.subtree[i], path, schema); !found.empty())
+        if (std::string found = place_of(code, node.subtree[i], schema_path, path, schema); !found.empty())
             return found;
     return "";
 }
@@ -53,7 +60,7 @@ std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string
 Error located(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
 {
     if (error.path.empty() && error.code)
-        error.path = place_of(*error.code, tree, "", schema);
+        error.path = place_of(*error.code, tree, "", "", schema);
     return error;
 }
 

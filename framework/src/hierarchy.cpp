@@ -104,11 +104,8 @@ void Hierarchy::append_keys(std::string &text, Frame &frame)
     if (frame.path == nullptr || frame.path->keys == nullptr)
         return;
     for (const std::string &key : *frame.path->keys) {
-        const char *value = given_value(frame.child(key));
-        if (value == nullptr)
-            continue;
-        const char quote = std::strchr(value, '\'') == nullptr ? '\'' : '"';
-        text.append("[").append(key).append("=").append(1, quote).append(value).append(1, quote).append("]");
+        if (const char *value = given_value(frame.child(key)))
+            append_key(text, key, value);
     }
 }
 

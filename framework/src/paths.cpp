@@ -43,6 +43,12 @@ bool is_secret_tag(std::string_view tag)
     return tag == "key-clear-text" || tag == "string";
 }
 
+void append_key(std::string &path, std::string_view key, std::string_view value)
+{
+    const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
+    path.append("[").append(key).append("=").append(1, quote).append(value).append(1, quote).append("]");
+}
+
 PathInfo *PathTable::find(std::string_view path) const
 {
     path = without_slash(path);
@@ -82,6 +88,8 @@ PathInfo *PathTable::insert(std::string_view path)
     info->keys = schema_.list_keys(info->text);
     info->is_list = info->keys != nullptr;
     info->is_leaf_list = schema_.is_leaf_list(info->text);
+    info->is_leaf = schema_.is_leaf(info->text);
+    info->is_container = schema_.is_container(info->text);
     info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
     info->is_key = parent != nullptr && parent->is_list &&
                    std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();

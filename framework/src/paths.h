@@ -26,9 +26,12 @@ struct PathInfo {
     uint32_t depth = 0;                             ///< number of components
     bool is_list = false;
     bool is_leaf_list = false;
+    bool is_leaf = false;
+    bool is_container = false;
     bool is_key = false; ///< key leaf of the list that is its parent
     bool secret = false; ///< its values are key texts
 
+    const void *stands_in = nullptr;  ///< loading: the node that a child of this path was last seen in
     OutputNode *current = nullptr;    ///< reverse: the entry that bare paths below this list lead to
     OutputNode *last_found = nullptr; ///< reverse: what the last successful search of this list found
 

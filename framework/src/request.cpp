@@ -81,6 +81,9 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
     const std::size_t position = hierarchy.position_of(node);
     if (position == hierarchy.depth())
         return false;
+    // A mapper may say why it refuses, and not where: that is where the walk stands.
+    if (record.error_msg != nullptr && refused_path.empty() && !made_in_fill(record.error_msg))
+        refused_path = hierarchy.text();
     while (hierarchy.depth() > position) {
         for (const std::size_t start = hierarchy.top().undo_start; undo.size() > start; undo.pop_back())
             undo.back().list->current = undo.back().previous;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "document_content.h"
 
@@ -31,6 +32,12 @@ enum class Inherited { nothing, create, none };
 bool is_blank(const char *text)
 {
     return text[std::strspn(text, " \t\r\n")] == '\0';
+}
+
+const char *local_name(pugi::xml_node element)
+{
+    const char *colon = std::strchr(element.name(), ':');
+    return colon == nullptr ? element.name() : colon + 1;
 }
 
 /// The number of child elements; `split` tells whether other children cut the text into pieces.
@@ -75,7 +82,8 @@ private:
     char *trimmed(const char *value);
     std::optional<XmlName> name_of(pugi::xml_node element);
     const char *kept_ns(const char *ns);
-    static std::string path_of(pugi::xml_node element, pugi::xml_node holder);
+    bool stands_twice(const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent, const PathInfo &info) const;
+    std::string path_of(pugi::xml_node element) const;
     bool fail(std::string text, pugi::xml_node element);
 
     Request::Impl &request_;
@@ -89,23 +97,33 @@ private:
     const char *top_ns_ = nullptr;
 };
 
-std::string Converter::path_of(pugi::xml_node element, pugi::xml_node holder)
+/// With the keys that are given so far as text.
+std::string Converter::path_of(pugi::xml_node element) const
 {
-    std::vector<std::string_view> names;
-    for (; element && element != holder && element.type() == pugi::node_element; element = element.parent()) {
-        const char *colon = std::strchr(element.name(), ':');
-        names.emplace_back(colon == nullptr ? element.name() : colon + 1);
-    }
+    std::vector<pugi::xml_node> elements;
+    for (; element && element != content_.holder && element.type() == pugi::node_element; element = element.parent())
+        elements.push_back(element);
     std::string path;
-    for (; !names.empty(); names.pop_back())
-        path.append("/").append(names.back());
+    std::string schema_path;
+    for (; !elements.empty(); elements.pop_back()) {
+        const std::string step = std::string("/") + local_name(elements.back());
+        path += step;
+        schema_path += step;
+        const std::vector<std::string> *const keys = request_.schema.list_keys(schema_path);
+        for (std::size_t i = 0; keys != nullptr && i < keys->size(); ++i) {
+            const auto key =
+                elements.back().find_child([&](pugi::xml_node child) { return (*keys)[i] == local_name(child); });
+            if (*key.child_value() != '\0')
+                append_key(path, (*keys)[i], key.child_value());
+        }
+    }
     return path;
 }
 
 bool Converter::fail(std::string text, pugi::xml_node element)
 {
     error_.text = std::move(text);
-    error_.path = path_of(element, content_.holder);
+    error_.path = path_of(element);
     return false;
 }
 
@@ -223,7 +241,9 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     if (parent != nullptr)
         info = parent->child(name->local);
     // What is deleted needs no value; a mapper that passed one on would set it.
-    const bool is_container = info != nullptr && request_.schema.is_container(info->text);
+    const bool is_container = info != nullptr && info->is_container;
+    if (child_elements != 0 && info != nullptr && (info->is_leaf || info->is_leaf_list))
+        return fail("a leaf holds no child elements", element);
     if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split, is_container))
         return false;
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
@@ -260,13 +280,25 @@ void Converter::note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo 
     request_.leaf_list_matches.push_back(&record);
 }
 
+/// Only lists and leaf-lists have more than one instance (RFC 7950, section 3). A filter may name a node again; keys
+/// are counted by the walkers.
+bool Converter::stands_twice(const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent, const PathInfo &info) const
+{
+    PathInfo *const path = info.child(child.tag);
+    const bool is_filter = !is_edit_ && !reverse_;
+    const bool is_foreign = !reverse_ && child.ns != top_ns_;
+    if (path == nullptr || is_filter || is_foreign || path->is_key || !(path->is_leaf || path->is_container))
+        return false;
+    return std::exchange(path->stands_in, &parent) == &parent;
+}
+
 void Converter::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
 {
     if (request_.foreign)
         return;
     request_.foreign = Error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" +
                                  top_ns_ + "', and no other module can be edited here",
-                             path_of(element, content_.holder), record.tag, TQM_ERR_AUGMENT};
+                             path_of(element), record.tag, TQM_ERR_AUGMENT};
 }
 
 bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
@@ -281,6 +313,8 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
         children[filled] = {};
         if (!convert(child, children[filled], info, inherited, depth + 1, left_out))
             return false;
+        if (info != nullptr && stands_twice(children[filled], record, *info))
+            return fail(std::string("the element <") + children[filled].tag + "> stands twice", child);
         if (!left_out)
             ++filled;
         else if (request_.watch.observer != nullptr)

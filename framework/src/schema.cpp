@@ -25,6 +25,16 @@ bool Schema::is_leaf_list(std::string_view path) const
     return leaf_lists_.find(path) != leaf_lists_.end();
 }
 
+void Schema::add_leaf(std::string path)
+{
+    leaves_.insert(std::move(path));
+}
+
+bool Schema::is_leaf(std::string_view path) const
+{
+    return leaves_.find(path) != leaves_.end();
+}
+
 void Schema::add_container(std::string path)
 {
     containers_.insert(std::move(path));
@@ -38,6 +48,7 @@ bool Schema::is_container(std::string_view path) const
 std::vector<std::string_view> Schema::paths() const
 {
     std::vector<std::string_view> paths(leaf_lists_.begin(), leaf_lists_.end());
+    paths.insert(paths.end(), leaves_.begin(), leaves_.end());
     paths.insert(paths.end(), containers_.begin(), containers_.end());
     for (const auto &[path, keys] : lists_)
         paths.push_back(path);

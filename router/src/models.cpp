@@ -54,6 +54,15 @@ std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
     return found;
 }
 
+std::vector<std::string> paths_of_all(const ly_ctx *context, uint16_t kind)
+{
+    std::vector<std::string> paths;
+    for (ListInfo &node : collect_all(context, kind)) {
+        paths.push_back(std::move(node.path));
+    }
+    return paths;
+}
+
 NodeKind kind_of(const lysc_node *node)
 {
     switch (node->nodetype) {
@@ -150,13 +159,14 @@ std::vector<ListInfo> Models::leaf_lists() const
     return collect_all(context_.get(), LYS_LEAFLIST);
 }
 
+std::vector<std::string> Models::leaves() const
+{
+    return paths_of_all(context_.get(), LYS_LEAF);
+}
+
 std::vector<std::string> Models::containers() const
 {
-    std::vector<std::string> paths;
-    for (ListInfo &container : collect_all(context_.get(), LYS_CONTAINER)) {
-        paths.push_back(std::move(container.path));
-    }
-    return paths;
+    return paths_of_all(context_.get(), LYS_CONTAINER);
 }
 
 std::vector<ModuleInfo> Models::modules() const

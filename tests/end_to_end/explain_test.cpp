@@ -141,24 +141,38 @@ TEST(Explain, ExplainsTheWayBack)
     EXPECT_EQ(rows_of(text, "string = \\*\\*\\*"), "string = *** dropped: no mapping takes it");
 }
 
-// Which key text stands is told, although neither is.
-TEST(Explain, TellsWhichOfTwoKeyTextsWon)
-{
-    const std::string text = table("<config>" + top +
-                                   "<mka><key-chains><key-chain><name>KC1</name><config><name>KC1</name></config>"
-                                   "<mka-keys><mka-key><id>01</id><config><id>01</id>"
-                                   "<key-clear-text>one</key-clear-text><key-clear-text>two</key-clear-text></config>"
-                                   "</mka-key></mka-keys></key-chain></key-chains></mka></macsec></config>");
-    EXPECT_NE(text.find("/string = ***, lost to #"), std::string::npos) << text;
-    EXPECT_NE(text.find("/string = ***, wins over #"), std::string::npos) << text;
-}
-
 // Here the keys of the entries are added twice, at last with their operation.
 TEST(Explain, ANodeWhoseValueIsRepeatedIsNotDropped)
 {
     const std::string text = table(read_file(std::filesystem::path(EXAMPLES) / "key-chains/create.xml"));
     EXPECT_NE(text.find("/chain-name = KC1, lost to #"), std::string::npos) << text;
     EXPECT_EQ(text.find("dropped"), std::string::npos) << text;
+}
+
+// Of two entries with the same nodes the second one's.
+TEST(Explain, MarksTheNodeThatIsRefused)
+{
+    const std::string good = policy("P1", "<key-server-priority>1</key-server-priority>");
+    const struct {
+        std::string document;
+        const char *left; ///< of the row below which the refusal stands
+    } cases[] = {
+        {config(good + "<policy><config/></policy>"), "policy "},
+        {config(good + policy("P2", "<key-server-priority xmlns='urn:x'>1</key-server-priority>")),
+         "key-server-priority = 1 "},
+        {config(good + "<policy><name>P2</name><config nc:operation='delete'><delay-protection/></config></policy>"),
+         "config (delete) "},
+        {config(good + policy("P2", "<use-updated-eth-header>true</use-updated-eth-header>")),
+         "use-updated-eth-header = true "},
+    };
+    for (const auto &one : cases) {
+        const std::string text = table(ocmap({"explain", "-"}, one.document));
+        const std::size_t refusal = text.find("  refused: ");
+        ASSERT_NE(refusal, std::string::npos) << text;
+        const std::size_t row = text.rfind(std::string("  ") + one.left, refusal);
+        EXPECT_LT(text.rfind("\n      policy "), row) << text;
+        EXPECT_FALSE(std::regex_search(text.substr(row, refusal - row), std::regex("\n {0,29}\\S"))) << text;
+    }
 }
 
 TEST(Explain, WritesAPageInsteadOfTheTable)

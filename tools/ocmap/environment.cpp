@@ -54,6 +54,9 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     for (router::LeafForm &leaf : models_.leaf_forms()) {
         schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
+    for (std::string &path : models_.leaves()) {
+        schema_.add_leaf(std::move(path));
+    }
     for (std::string &path : models_.containers()) {
         schema_.add_container(std::move(path));
     }

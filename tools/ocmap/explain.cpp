@@ -31,13 +31,6 @@ std::optional<std::string> shown_value(std::string_view tag, const char *value)
     return tqm::is_secret_tag(tag) ? masked : value;
 }
 
-// A key in a data path (RFC 7950, section 9.13); texts with both kinds of quotes stay as they are.
-std::string key_predicate(const std::string &key, std::string_view value)
-{
-    const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
-    return "[" + key + "=" + quote + std::string(value) + quote + "]";
-}
-
 // A trace line of the plug-in: "#7: TRC: <function>:<line> ctx=<address>,<message>".
 struct TraceLine {
     std::string_view function;
@@ -79,16 +72,13 @@ public:
         return found == by_tag_.end() ? std::nullopt : std::optional(found->second);
     }
 
-    // The node that a path is about, with keys or without; the first if there are several.
+    // The first node with this path, keys included.
     std::optional<std::size_t> position_of_path(const std::string &path) const
     {
-        const auto keyed = std::ranges::find(explanation_.request, path, &RequestNode::path);
-        if (keyed != explanation_.request.end()) {
-            return static_cast<std::size_t>(keyed - explanation_.request.begin());
-        }
-        const auto bare = std::ranges::find(schema_paths_, path);
-        return bare == schema_paths_.end() ? std::nullopt
-                                           : std::optional(static_cast<std::size_t>(bare - schema_paths_.begin()));
+        const auto found = std::ranges::find(explanation_.request, path, &RequestNode::path);
+        return found == explanation_.request.end()
+                   ? std::nullopt
+                   : std::optional(static_cast<std::size_t>(found - explanation_.request.begin()));
     }
 
 private:
@@ -100,14 +90,14 @@ private:
         by_tag_.emplace(node.tag, explanation_.request.size() - 1);
         shown.depth = depth;
         shown.tag = node.tag;
-        shown.path = outer_path + "/" + node.tag + predicates(node, schema_path);
+        shown.path = outer_path + "/" + node.tag;
+        append_keys(shown.path, node, schema_path);
         if ((node.present & TQM_PRESENT_VALUE) != 0) {
             shown.value = shown_value(node.tag, node.value);
         }
         if ((node.present & TQM_PRESENT_OPERATION) != 0) {
             shown.operation = operation_name(node.operation);
         }
-        schema_paths_.push_back(schema_path);
         const std::string path = shown.path;
         auto [left, left_end] = left_out_.equal_range(&node);
         for (uint32_t i = 0; i <= child_count(node); ++i) {
@@ -128,26 +118,23 @@ private:
         return (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr ? node.subtree_count : 0;
     }
 
-    std::string predicates(const rdl_tqm_datatree &node, const std::string &schema_path) const
+    void append_keys(std::string &path, const rdl_tqm_datatree &node, const std::string &schema_path) const
     {
-        std::string text;
         const std::vector<std::string> *const keys = schema_.list_keys(schema_path);
         for (std::size_t k = 0; keys != nullptr && k < keys->size(); ++k) {
             for (uint32_t i = 0; i < child_count(node); ++i) {
                 const rdl_tqm_datatree &child = node.subtree[i];
                 if ((*keys)[k] == child.tag && (child.present & TQM_PRESENT_VALUE) != 0) {
-                    text += key_predicate((*keys)[k], child.value);
+                    tqm::append_key(path, (*keys)[k], child.value);
                     break;
                 }
             }
         }
-        return text;
     }
 
     const tqm::Schema &schema_;
     Explanation &explanation_;
     std::unordered_map<const char *, std::size_t> by_tag_;
-    std::vector<std::string> schema_paths_;
     std::multimap<const rdl_tqm_datatree *, const tqm::LeftOut *> left_out_; // equal keys stay in document order
 };
 
@@ -318,7 +305,7 @@ public:
         shown.path = outer + "/" + shown.tag;
         for (const tqm::OutputNode &child : node.children()) {
             if (node.is_list_entry() && child.is_key() && child.value() != nullptr) {
-                shown.path += key_predicate(child.tag(), child.value());
+                tqm::append_key(shown.path, child.tag(), child.value());
             }
         }
         const std::string path = shown.path;
@@ -342,17 +329,10 @@ private:
     std::unordered_map<const tqm::OutputNode *, std::size_t> positions_;
 };
 
-// What masked values were cannot be told.
-bool is_same_value(const std::optional<std::string> &a, const std::optional<std::string> &b)
-{
-    return a == b && a != masked;
-}
-
 // An operation that was not known yet when the node was added is no other one.
 bool differ(const Add &a, const Add &b)
 {
-    return !is_same_value(a.value, b.value) ||
-           (!a.operation.empty() && !b.operation.empty() && a.operation != b.operation);
+    return a.value != b.value || (!a.operation.empty() && !b.operation.empty() && a.operation != b.operation);
 }
 
 // Of several adds to one node the last stands.
@@ -407,7 +387,7 @@ std::string loss(const Explanation &explanation, const RequestNode &node)
     std::string reason;
     for (const std::size_t position : node.adds) {
         const Add &add = explanation.adds[position];
-        if (add.lost_to && !is_same_value(add.value, explanation.results[*add.result].value)) {
+        if (add.lost_to && add.value != explanation.results[*add.result].value) {
             reason = "what it added is replaced by " + number(*add.lost_to) + ", for " +
                      explanation.request[explanation.adds[*add.lost_to].node].path;
         } else if (add.not_taken) {

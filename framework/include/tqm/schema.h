@@ -1,5 +1,5 @@
 // What the framework must know of the data models: which paths are lists, by which leaves they are keyed, and which
-// paths are leaf-lists. Where that knowledge comes from is left to whoever fills it.
+// paths are leaf-lists, leaves and containers. Where that knowledge comes from is left to whoever fills it.
 #pragma once
 
 #include <string>
@@ -29,6 +29,9 @@ public:
     /// Declares the leaf-list at `path`.
     void add_leaf_list(std::string path);
 
+    /// Declares the leaf at `path`: it stands once, and has no children.
+    void add_leaf(std::string path);
+
     /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
     void add_container(std::string path);
 
@@ -46,8 +49,9 @@ public:
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
+    bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
-    /// Paths of all lists, leaf-lists and containers, in no order.
+    /// Paths of all nodes, in no order.
     std::vector<std::string_view> paths() const;
 
 private:
@@ -57,13 +61,15 @@ private:
     };
     template <class Value>
     using Map = std::unordered_map<std::string, Value, Hash, std::equal_to<>>;
+    using Paths = std::unordered_set<std::string, Hash, std::equal_to<>>;
 
     Map<std::vector<std::string>> lists_;
     Map<std::string> module_ns_;
     Map<std::string> ns_module_;
     Map<JsonType> json_types_;
-    std::unordered_set<std::string, Hash, std::equal_to<>> leaf_lists_;
-    std::unordered_set<std::string, Hash, std::equal_to<>> containers_;
+    Paths leaf_lists_;
+    Paths leaves_;
+    Paths containers_;
 };
 
 } // namespace tqm

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
@@ -24,6 +25,10 @@ inline constexpr uint32_t kOperationNone = 5;
 
 /// True for the tags of leaves that hold key texts.
 bool is_secret_tag(std::string_view tag);
+
+/// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). Texts with both kinds of
+/// quotes stay as they are.
+void append_key(std::string &path, std::string_view key, std::string_view value);
 
 /// One node of an output tree. Its address, and that of the record in it, stays the same until the request ends.
 class OutputNode

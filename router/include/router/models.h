@@ -67,7 +67,8 @@ public:
     // Lists and leaf-lists of all six modules, in schema order.
     std::vector<ListInfo> lists() const;
     std::vector<ListInfo> leaf_lists() const;
-    // Paths of the containers of all six modules.
+    // Paths of the leaves and of the containers of all six modules.
+    std::vector<std::string> leaves() const;
     std::vector<std::string> containers() const;
 
     std::vector<ModuleInfo> modules() const;
