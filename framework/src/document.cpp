@@ -74,31 +74,48 @@ tl::unexpected<Error> failure(std::string text)
 
 // ---- Text ----
 
-/// Offset of the first byte that is no UTF-8 text; npos if all is.
-std::size_t find_bad_utf8(std::string_view text)
+bool is_control(unsigned char byte)
+{
+    return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r';
+}
+
+/// True for eight bytes of ASCII none of which can be a control character.
+bool is_plain(const char *text)
+{
+    constexpr uint64_t high = 0x8080808080808080u;
+    constexpr uint64_t blanks = 0x2020202020202020u;
+    uint64_t word;
+    std::memcpy(&word, text, 8);
+    return ((word | (word - blanks)) & high) == 0;
+}
+
+/// Offset of the first byte that begins no character of XML (XML 1.0, section 2.2) in UTF-8; npos if there is none.
+std::size_t find_bad_character(std::string_view text)
 {
     const auto continues = [&](std::size_t at) {
         return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xc0u) == 0x80u;
     };
     for (std::size_t at = 0; at < text.size();) {
-        uint64_t word;
-        if (at + 8 <= text.size() && (std::memcpy(&word, text.data() + at, 8), (word & 0x8080808080808080u) == 0)) {
+        if (at + 8 <= text.size() && is_plain(text.data() + at)) {
             at += 8;
             continue;
         }
         const auto byte = static_cast<unsigned char>(text[at]);
-        const std::size_t length = byte < 0x80   ? 1
-                                   : byte < 0xc2 ? 0
-                                   : byte < 0xe0 ? 2
-                                   : byte < 0xf0 ? 3
-                                   : byte < 0xf5 ? 4
-                                                 : 0;
+        const std::size_t length = is_control(byte) ? 0
+                                   : byte < 0x80    ? 1
+                                   : byte < 0xc2    ? 0
+                                   : byte < 0xe0    ? 2
+                                   : byte < 0xf0    ? 3
+                                   : byte < 0xf5    ? 4
+                                                    : 0;
         bool good = length != 0;
         for (std::size_t i = 1; good && i < length; ++i)
             good = continues(at + i);
         if (good && length == 3) {
             const auto second = static_cast<unsigned char>(text[at + 1]);
-            good = !(byte == 0xe0 && second < 0xa0) && !(byte == 0xed && second >= 0xa0);
+            const bool is_noncharacter =
+                byte == 0xef && second == 0xbf && static_cast<unsigned char>(text[at + 2]) >= 0xbe;
+            good = !(byte == 0xe0 && second < 0xa0) && !(byte == 0xed && second >= 0xa0) && !is_noncharacter;
         }
         if (good && length == 4) {
             const auto second = static_cast<unsigned char>(text[at + 1]);
@@ -506,8 +523,8 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
     if (!is_declared_utf8(text))
         return failure("the request is no UTF-8 text");
     const LineIndex lines(text);
-    if (const std::size_t bad = std::min(text.find('\0'), find_bad_utf8(text)); bad != std::string_view::npos)
-        return failure("the request is no UTF-8 text at " + lines.place_of(bad));
+    if (const std::size_t bad = find_bad_character(text); bad != std::string_view::npos)
+        return failure("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
     if (is_json(text)) {
         if (Expected<void> read = read_json(text, *content); !read)
             return tl::make_unexpected(read.error());

@@ -50,6 +50,16 @@ bool is_identifier(std::string_view name)
     });
 }
 
+/// Whether a text, which is UTF-8, has only characters that XML allows.
+bool is_xml_text(std::string_view text)
+{
+    const auto is_control = [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    };
+    return std::ranges::none_of(text, is_control) && text.find("\xef\xbf\xbe") == text.npos &&
+           text.find("\xef\xbf\xbf") == text.npos;
+}
+
 bool is_wrapper(std::string_view name)
 {
     return name == "rpc" || name == "config" || name == "filter" || name == "data";
@@ -73,6 +83,30 @@ struct Level {
     enum { empty, scalars, objects } content = empty; ///< of an array
 };
 
+/// The place where the parser reads, for those who look on.
+class Cursor
+{
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char *;
+    using reference = const char &;
+
+    Cursor(const char *at, const char *&shown) : at_(at), shown_(&shown) {}
+    reference operator*() const { return *at_; }
+    Cursor &operator++()
+    {
+        *shown_ = ++at_;
+        return *this;
+    }
+    friend bool operator==(const Cursor &a, const Cursor &b) { return a.at_ == b.at_; }
+
+private:
+    const char *at_;
+    const char **shown_;
+};
+
 /// Each function takes one token in. False ends the parsing; the error is there then.
 class Handler final : public nlohmann::json_sax<Json>
 {
@@ -80,7 +114,6 @@ public:
     explicit Handler(pugi::xml_node root) : root_(root) {}
 
     const Error &error() const { return error_; }
-    std::optional<std::size_t> syntax_error() const { return syntax_error_; }
 
     bool null() override { return in_annotation() ? null_annotation() : scalar(""); }
     bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
@@ -148,9 +181,11 @@ public:
     }
 
     // What the exception says may hold a value of the document: only the place is taken.
-    bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &) override
+    bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &exception) override
     {
-        syntax_error_ = position == 0 ? 0 : position - 1;
+        constexpr int number_overflow = 406;
+        error_.text = exception.id == number_overflow ? "there is a number that is too large"
+                                                      : "the request is no JSON document: syntax error";
         return false;
     }
 
@@ -199,11 +234,8 @@ private:
         pugi::xml_node leaf = element();
         if (!leaf)
             return false;
-        const auto is_bad = [](char c) {
-            return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-        };
-        if (std::ranges::any_of(text, is_bad))
-            return fail("the value of '" + levels_.back().member + "' holds a control character");
+        if (!is_xml_text(text))
+            return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
         if (!text.empty())
             leaf.append_child(pugi::node_pcdata).set_value(text.c_str());
         return true;
@@ -278,26 +310,50 @@ private:
             return fail("the annotations of '" + annotation().member + "' are no object");
         if (level.member != kOperation)
             return fail("unknown annotation '" + level.member + "': only " + kOperation + " is known");
+        // An empty text would be taken for none, and one with other characters end early.
+        if (text.empty() || !is_xml_text(text))
+            return fail("operation '" + text + "' is none of merge, replace, create, delete and remove");
         annotation().operations.back() = text;
-        // An empty text would be taken for none.
-        return !text.empty() || fail("operation '' is none of merge, replace, create, delete and remove");
+        return true;
+    }
+
+    using Members = std::unordered_map<std::string, std::vector<pugi::xml_node>>;
+
+    std::string_view module_of(pugi::xml_node node) const
+    {
+        while (node != root_ && !node.attribute("xmlns"))
+            node = node.parent();
+        return node.attribute("xmlns").value();
+    }
+
+    /// The object itself, or its members of the annotation's name and module.
+    std::vector<pugi::xml_node> annotated(const Annotation &annotation, const Level &level, Members &members) const
+    {
+        if (annotation.member.empty())
+            return {level.node};
+        const std::size_t colon = annotation.member.find(':');
+        const bool is_qualified = colon != std::string::npos;
+        const std::string_view module =
+            is_qualified ? std::string_view(annotation.member).substr(0, colon) : module_of(level.node);
+        std::vector<pugi::xml_node> nodes = members[annotation.member.substr(is_qualified ? colon + 1 : 0)];
+        std::erase_if(nodes, [&](pugi::xml_node node) { return module_of(node) != module; });
+        return nodes;
     }
 
     bool annotate(Level &level)
     {
         if (level.annotations.empty())
             return true;
-        std::unordered_map<std::string, std::vector<pugi::xml_node>> members;
+        Members members;
         for (pugi::xml_node child : level.node.children())
             members[child.name()].push_back(child);
         // Backwards, so that leaves which only have annotations come to stand in their order.
         for (auto found = level.annotations.rbegin(); found != level.annotations.rend(); ++found) {
-            const std::size_t colon = found->member.find(':');
-            const std::string name = colon == std::string::npos ? found->member : found->member.substr(colon + 1);
-            std::vector<pugi::xml_node> nodes = members[name];
-            if (found->member.empty())
-                nodes = {level.node};
-            else if (nodes.empty())
+            std::vector<pugi::xml_node> nodes = annotated(*found, level, members);
+            const bool says_nothing = std::ranges::all_of(found->operations, &std::string::empty);
+            if (nodes.empty() && says_nothing)
+                continue;
+            if (nodes.empty())
                 nodes = {element(level.node, found->member, found->after)};
             if (!nodes.front() || !annotate(*found, nodes))
                 return false;
@@ -327,7 +383,6 @@ private:
     pugi::xml_node root_;
     std::deque<Level> levels_;
     Error error_;
-    std::optional<std::size_t> syntax_error_;
 };
 
 std::string place_of(std::string_view text, std::size_t offset)
@@ -351,11 +406,13 @@ Expected<void> read_json(std::string_view text, Document::Content &content)
 {
     pugi::xml_node root = content.dom.append_child("data");
     Handler handler(root);
-    if (!Json::sax_parse(text.begin(), text.end(), &handler)) {
-        if (handler.syntax_error())
-            return tl::make_unexpected(
-                Error{"the request is no JSON document: syntax error at " + place_of(text, *handler.syntax_error())});
-        return tl::make_unexpected(handler.error());
+    const char *const end = text.data() + text.size();
+    const char *read = text.data();
+    if (!Json::sax_parse(Cursor(read, read), Cursor(end, read), &handler)) {
+        Error error = handler.error();
+        const char *const at = read == text.data() || read == end ? read : read - 1;
+        error.text += " at " + place_of(text, static_cast<std::size_t>(at - text.data()));
+        return tl::make_unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {
         content.dom.append_move(root.first_child());

@@ -126,7 +126,7 @@ TEST(Documents, refusals_name_what_is_wrong)
         {"<config>" + top("") + "<x/></config>", "error: a request has one tree, and <x> is a second one at /x"},
         {top("<a>\n <b>\n</c></a>"),
          "error: the request is no XML document: Start-end tags mismatch at line 3, column 3"},
-        {"<oc>\xff</oc>", "error: the request is no UTF-8 text at line 1, column 5"},
+        {"<oc>\xff</oc>", "error: the request has bytes that are no XML character in UTF-8 at line 1, column 5"},
         {"<oc/>", "error: <oc> is in namespace '', not in 'http://example.org/oc' at /oc"},
         {"<x/>", "error: no mapping is registered for the element <x> at /x"},
         {"<op xmlns=\"" + std::string(kOc) + "\"/>", "error: no mapping is registered for the element <op> at /op"},
