@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <nlohmann/json.hpp>
+
 namespace router
 {
 
@@ -120,17 +122,39 @@ void unwrap_json(std::string &text)
     }
 }
 
+// Whether the text is one JSON value. What the parser says may quote a key: only the place is taken.
+Expected<void> check_json(const std::string &text)
+{
+    using Json = nlohmann::json;
+    const auto keep_nothing = [](int, Json::parse_event_t, Json &) { return false; };
+    std::string place;
+    try {
+        [[maybe_unused]] const Json nothing = Json::parse(text, keep_nothing);
+        return {};
+    } catch (const Json::parse_error &error) {
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+        place = " (line " + std::to_string(std::count(text.begin(), end, '\n') + 1) + ")";
+    } catch (const Json::exception &) { // a number that is too large
+    }
+    return fault("it is not one well-formed JSON object" + place);
+}
+
 // The tree that the text holds, every root of which must please `belongs`.
 Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, bool (*belongs)(const lysc_node *))
 {
     if (skip_space(text, 0) == text.size()) {
         return fault("it is empty");
     }
+    if (text.starts_with("\xef\xbb\xbf")) { // a byte order mark
+        blank(text, 0, 3);
+    }
     const bool json = is_json(text);
     if (json) {
         unwrap_json(text);
-    }
-    if (text.find('\0') != std::string::npos || (!json && !unwrap(text))) {
+        if (auto complete = check_json(text); !complete) { // libyang does not look at what comes behind the object
+            return tl::unexpected(complete.error());
+        }
+    } else if (text.find('\0') != std::string::npos || !unwrap(text)) {
         return fault("it is not well-formed XML");
     }
     lyd_node *parsed = nullptr;

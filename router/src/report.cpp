@@ -194,7 +194,7 @@ std::string document_fault(const ly_ctx *context)
     const bool may_quote_key = item->vecode == LYVE_SYNTAX || item->vecode == LYVE_SYNTAX_XML || place.empty();
     std::string fault;
     if (may_quote_key) {
-        fault = "XML that is not well-formed or out of place";
+        fault = "not well-formed, or out of place";
     } else if (names_secret(place)) {
         fault = "key text that is not valid";
     } else {

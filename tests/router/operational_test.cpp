@@ -106,7 +106,7 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
                              "<macsec-cipher-suite>gcm-aes256</macsec-cipher-suite>"
                              "<macsec-cipher-suite>gcm-aes128</macsec-cipher-suite>"
                              "</state></policy></policies></mka></macsec></oc-macsec>";
-    for (const std::string &document : {bare, "<data>" + bare + "</data>"}) {
+    for (const std::string &document : {bare, "<data>" + bare + "</data>", "\xef\xbb\xbf" + bare}) {
         ASSERT_TRUE(store->set_operational(document));
         TextSink sink;
         const Node filter =
@@ -116,7 +116,9 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
                              "macsec-cipher-suite=gcm-aes128 } } } } } } ");
     }
     for (const char *wrong : {"", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
-                              "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>"}) {
+                              "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>",
+                              "{} trailing", "{\"ietf-netconf:data\": {}, this is no JSON }",
+                              "{\"ietf-netconf:data\": {}, \"Tarvex-PRIVATE-oc-macsec-oper:oc-macsec\": {}}"}) {
         const auto result = store->set_operational(wrong);
         ASSERT_FALSE(result) << wrong;
         EXPECT_TRUE(result.error().text.starts_with("the operational data are not valid: ")) << result.error().text;
