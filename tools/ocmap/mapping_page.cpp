@@ -3,12 +3,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <regex>
 #include <set>
+#include <system_error>
 #include <vector>
 
-#include "model_probe.h"
 #include "model_tree.h"
 #include "native_store.h"
 #include "tqm/framework.h"
@@ -95,7 +96,11 @@ public:
     TemporaryDirectory()
     {
         std::string pattern = (std::filesystem::temp_directory_path() / "ocmap.XXXXXX").string();
-        path_ = mkdtemp(pattern.data()) == nullptr ? "" : pattern;
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::filesystem::filesystem_error("cannot make a directory", pattern,
+                                                    std::error_code(errno, std::generic_category()));
+        }
+        path_ = pattern;
     }
     ~TemporaryDirectory()
     {
@@ -236,13 +241,13 @@ tqm::Expected<std::string> changed_rows(const Environment &environment, const st
 
 tqm::Expected<std::string> mapping_page(const Environment &environment)
 {
-    const auto tree = model_tree(environment);
-    if (!tree) {
-        return tree;
-    }
     const auto nodes = probe_model(environment);
     if (!nodes) {
         return tl::unexpected(nodes.error());
+    }
+    const auto tree = tree_of(environment, *nodes);
+    if (!tree) {
+        return tree;
     }
     const auto rows = changed_rows(environment, *nodes);
     if (!rows) {

@@ -43,9 +43,6 @@ public:
     tqm::Expected<ProbedNode> probe(const router::NodeInfo &info)
     {
         ProbedNode node{info, true, {}, {}};
-        if (info.kind == router::NodeKind::container) {
-            return node;
-        }
         const auto read = map(info, TQM_REQ_GET, "");
         if (!read) {
             return tl::unexpected(read.error());
@@ -56,9 +53,11 @@ public:
             lists_without_keys_.insert(info.path.substr(0, info.path.rfind('/')));
         }
         for (const std::string operation : {"merge", "remove"}) {
-            // Removing an entry, or a key, takes all that is below it, too.
-            const bool removes_more = (info.is_key || info.kind == router::NodeKind::list) && operation == "remove";
-            if (!info.config || !node.supported || removes_more) {
+            // Removing an entry, or a key, takes all that is below it, too; a container's merge says nothing.
+            const bool is_removal = operation == "remove";
+            const bool says_more = is_removal ? info.is_key || info.kind == router::NodeKind::list
+                                              : info.kind == router::NodeKind::container;
+            if (!info.config || !node.supported || says_more) {
                 continue;
             }
             const auto edit = map(info, TQM_REQ_EDIT, operation);
@@ -133,6 +132,26 @@ private:
     std::unordered_set<std::string> lists_without_keys_; ///< naming their key would be refused
 };
 
+// A request for a container alone covers the nodes below it: what they add is not its own.
+void keep_own_paths(std::vector<ProbedNode> &nodes)
+{
+    for (auto container = nodes.rbegin(); container != nodes.rend(); ++container) {
+        if (container->info.kind != router::NodeKind::container) {
+            continue;
+        }
+        for (auto below = container.base(); below != nodes.end(); ++below) {
+            if (!below->info.path.starts_with(container->info.path + "/")) {
+                break;
+            }
+            for (const Paths *const paths : {&below->read, &below->edit}) {
+                const auto is_theirs = [&](const std::string &path) { return paths->contains(path); };
+                std::erase_if(container->read, is_theirs);
+                std::erase_if(container->edit, is_theirs);
+            }
+        }
+    }
+}
+
 } // namespace
 
 tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environment)
@@ -156,6 +175,7 @@ tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environmen
     for (std::optional<ProbedNode> &node : probed) {
         nodes.push_back(std::move(*node));
     }
+    keep_own_paths(nodes);
     return nodes;
 }
 

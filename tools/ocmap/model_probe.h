@@ -20,7 +20,8 @@ struct ProbedNode {
     Paths edit;            ///< native paths that an edit of it writes or takes away; empty for state
 };
 
-/// All nodes of openconfig-macsec in schema order. Containers have no paths: what they stand for is below them.
+/// All nodes of openconfig-macsec in schema order. A container has the paths that it adds itself; what it covers is
+/// below it.
 tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environment);
 
 } // namespace ocmap

@@ -7,8 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "model_probe.h"
-
 namespace ocmap
 {
 namespace
@@ -23,19 +21,16 @@ constexpr std::array kind_texts = {
     "in the operational model",
     "without a native node of their own",
     "not supported",
-    "containers, which lead to the others",
+    "containers that only lead to the others",
 };
 
 Kind kind_of(const ProbedNode &node)
 {
-    if (node.info.kind == router::NodeKind::container) {
-        return Kind::container;
-    }
     if (!node.supported) {
         return Kind::unsupported;
     }
     if (node.read.empty() && node.edit.empty()) {
-        return Kind::entry_only;
+        return node.info.kind == router::NodeKind::container ? Kind::container : Kind::entry_only;
     }
     if (!node.info.config) {
         return Kind::operational;
@@ -102,9 +97,11 @@ std::string summary(const std::vector<ProbedNode> &nodes)
 tqm::Expected<std::string> model_tree(const Environment &environment)
 {
     const auto nodes = probe_model(environment);
-    if (!nodes) {
-        return tl::unexpected(nodes.error());
-    }
+    return nodes ? tree_of(environment, *nodes) : tl::unexpected(nodes.error());
+}
+
+tqm::Expected<std::string> tree_of(const Environment &environment, const std::vector<ProbedNode> &nodes)
+{
     const auto lines = environment.models().tree_lines(router::ns::openconfig);
     if (!lines) {
         return tl::unexpected(from_router(lines.error()));
@@ -114,16 +111,16 @@ tqm::Expected<std::string> model_tree(const Environment &environment)
         column = std::max(column, line.size() + 2);
     }
     std::string text = "module: openconfig-macsec\n";
-    for (std::size_t i = 0; i < nodes->size(); ++i) {
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
         std::string line = (*lines)[i];
-        const std::string native = native_text((*nodes)[i]);
+        const std::string native = native_text(nodes[i]);
         if (!native.empty()) {
             line.resize(column, ' ');
             line += native;
         }
         text += line + "\n";
     }
-    return text + "\n" + summary(*nodes);
+    return text + "\n" + summary(nodes);
 }
 
 } // namespace ocmap

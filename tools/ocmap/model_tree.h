@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "environment.h"
+#include "model_probe.h"
 
 namespace ocmap
 {
@@ -12,5 +14,7 @@ namespace ocmap
 /// and edits differ, "oper:" and its path in the operational model, or "not supported". Several leaves of one container
 /// are written as container/{leaf,leaf}. Behind the tree stands how many nodes there are of each kind.
 tqm::Expected<std::string> model_tree(const Environment &environment);
+/// The same of nodes that have been probed already.
+tqm::Expected<std::string> tree_of(const Environment &environment, const std::vector<ProbedNode> &nodes);
 
 } // namespace ocmap
