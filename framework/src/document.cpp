@@ -507,7 +507,7 @@ Expected<Document> Document::read_file(const std::filesystem::path &path)
 {
     std::FILE *file = std::fopen(path.c_str(), "rbe");
     if (file == nullptr)
-        return failure("cannot open " + path.string() + ": " + std::strerror(errno));
+        return failure("cannot open '" + path.string() + "': " + std::strerror(errno));
     Expected<Document> document = read(file);
     std::fclose(file);
     if (!document)

@@ -9,31 +9,6 @@
 namespace tqm
 {
 
-namespace
-{
-
-const char *operation_name(uint32_t operation)
-{
-    switch (operation) {
-    case TQM_OP_MERGE:
-        return "merge";
-    case TQM_OP_REPLACE:
-        return "replace";
-    case TQM_OP_CREATE:
-        return "create";
-    case TQM_OP_DELETE:
-        return "delete";
-    case TQM_OP_REMOVE:
-        return "remove";
-    case kOperationNone:
-        return "none";
-    default:
-        return "?";
-    }
-}
-
-} // namespace
-
 void Faults::fail(std::string operation, unsigned int nth, rcode code)
 {
     faults_.push_back({std::move(operation), nth, code});

@@ -16,16 +16,6 @@ namespace
 
 constexpr unsigned int kDepthMax = 256;
 
-struct OperationName {
-    const char *name;
-    uint32_t operation;
-};
-constexpr OperationName kOperations[] = {{"merge", TQM_OP_MERGE},
-                                         {"replace", TQM_OP_REPLACE},
-                                         {"create", TQM_OP_CREATE},
-                                         {"delete", TQM_OP_DELETE},
-                                         {"remove", TQM_OP_REMOVE}};
-
 /// What a node without an operation of its own has from the nodes around it.
 enum class Inherited { nothing, create, none };
 
@@ -372,14 +362,13 @@ bool Converter::operation(pugi::xml_node element, const char *value, rdl_tqm_dat
 {
     if (!is_edit_)
         return fail("an operation attribute has no place in a read", element);
-    for (const OperationName &known : kOperations) {
-        if (std::strcmp(known.name, value) != 0)
-            continue;
-        record.operation = known.operation;
-        record.present |= TQM_PRESENT_OPERATION;
-        return true;
-    }
-    return fail(std::string("operation '") + value + "' is none of merge, replace, create, delete and remove", element);
+    const auto known = std::ranges::find(kOperationNames, std::string_view(value));
+    if (known == kOperationNames.end())
+        return fail(std::string("operation '") + value + "' is none of merge, replace, create, delete and remove",
+                    element);
+    record.operation = static_cast<uint32_t>(known - kOperationNames.begin());
+    record.present |= TQM_PRESENT_OPERATION;
+    return true;
 }
 
 bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,

@@ -10,7 +10,6 @@ namespace
 {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 16;
-constexpr const char *kOperationNames[] = {"merge", "replace", "create", "delete", "remove"};
 
 /// True below an entry that goes away with all that it holds. A container that goes away is set anew by what is below.
 bool is_in_removed_entry(const OutputNode &node)
@@ -56,7 +55,7 @@ WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operat
     if (operation == outer_operation)
         return {nullptr, outer_operation};
     const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_in_removed_entry(node));
-    const bool written = operation < std::size(kOperationNames) && !needless;
+    const bool written = operation < kOperationNames.size() && !needless;
     return {written ? kOperationNames[operation] : nullptr, operation};
 }
 

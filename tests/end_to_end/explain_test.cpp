@@ -149,6 +149,13 @@ TEST(Explain, ANodeWhoseValueIsRepeatedIsNotDropped)
     EXPECT_EQ(text.find("dropped"), std::string::npos) << text;
 }
 
+TEST(Explain, DrivesNoTerminal)
+{
+    const std::string text = table(config(policy("a\xc2\x9b\xe2\x80\xae\t\xc3\xa9", "")));
+    EXPECT_EQ(rows_of(text, "policy").find('\t'), std::string::npos);
+    EXPECT_NE(text.find("name = a\\x9b\\u202e\\x09\xc3\xa9 "), std::string::npos) << text;
+}
+
 // Of two entries with the same nodes the second one's.
 TEST(Explain, MarksTheNodeThatIsRefused)
 {

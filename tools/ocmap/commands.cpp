@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -159,11 +160,14 @@ tqm::Expected<router::Datastore> open_store(const Options &options, const router
 
 tqm::Expected<void> load_operational(const std::string &file, router::Datastore &store)
 {
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream;
+    if (file != "-") {
+        stream.open(file, std::ios::binary);
+    }
     if (!stream) {
         return tl::unexpected(tqm::Error{"cannot open '" + file + "': " + std::strerror(errno)});
     }
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    const std::string text{std::istreambuf_iterator<char>(file == "-" ? std::cin : stream), {}};
     if (auto set = store.set_operational(text); !set) {
         return tl::unexpected(from_router(set.error()));
     }
@@ -191,6 +195,9 @@ tqm::Expected<void> with_document(const Options &options, Use use)
 
 tqm::Expected<void> read_store(const Options &options, uint32_t kind)
 {
+    if (options.file == "-" && options.operational == "-") {
+        return tl::unexpected(tqm::Error{"FILE and --oper cannot both be standard input"});
+    }
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
         auto store = open_store(options, desk.environment().models(), router::Access::read);
         if (!store) {

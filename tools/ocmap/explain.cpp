@@ -3,7 +3,6 @@
 #include "explain.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -16,12 +15,6 @@ namespace
 {
 
 const char *const masked = "***";
-
-std::string operation_name(std::optional<uint32_t> operation)
-{
-    constexpr std::array names = {"merge", "replace", "create", "delete", "remove", "none"};
-    return operation && *operation < names.size() ? names[*operation] : "";
-}
 
 std::optional<std::string> shown_value(std::string_view tag, const char *value)
 {
@@ -96,7 +89,7 @@ private:
             shown.value = shown_value(node.tag, node.value);
         }
         if ((node.present & TQM_PRESENT_OPERATION) != 0) {
-            shown.operation = operation_name(node.operation);
+            shown.operation = tqm::operation_name(node.operation);
         }
         const std::string path = shown.path;
         auto [left, left_end] = left_out_.equal_range(&node);
@@ -188,7 +181,7 @@ public:
         record.mapper = running_.empty() ? "" : running_.back().function;
         record.path = add.path == nullptr ? "" : add.path;
         record.value = shown_value(record.path.substr(record.path.rfind('/') + 1), add.value);
-        record.operation = operation_name(add.operation);
+        record.operation = add.operation ? tqm::operation_name(*add.operation) : "";
         if (!running_.empty()) {
             running_.back().has_added = true;
         }
@@ -375,11 +368,6 @@ void connect(Explanation &explanation, const ResultOutline &results,
 
 // ---- What became of each node of the request ------------------------------------------------------------------------
 
-std::string number(std::size_t position)
-{
-    return "#" + std::to_string(position + 1);
-}
-
 // Why nothing of what the node added is in the result; empty if something is. A value that a later
 // add repeats is there.
 std::string loss(const Explanation &explanation, const RequestNode &node)
@@ -388,7 +376,7 @@ std::string loss(const Explanation &explanation, const RequestNode &node)
     for (const std::size_t position : node.adds) {
         const Add &add = explanation.adds[position];
         if (add.lost_to && add.value != explanation.results[*add.result].value) {
-            reason = "what it added is replaced by " + number(*add.lost_to) + ", for " +
+            reason = "what it added is replaced by " + add_number(*add.lost_to) + ", for " +
                      explanation.request[explanation.adds[*add.lost_to].node].path;
         } else if (add.not_taken) {
             reason = *add.not_taken;

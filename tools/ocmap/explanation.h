@@ -50,6 +50,12 @@ struct Add {
     std::optional<std::string> not_taken; ///< why the framework did not take the add
 };
 
+/// How the add at a position of Explanation::adds is called.
+inline std::string add_number(std::size_t position)
+{
+    return "#" + std::to_string(position + 1);
+}
+
 /// A node of the result, in document order; of a reverse request an OpenConfig one.
 struct ResultNode {
     std::size_t depth = 0;

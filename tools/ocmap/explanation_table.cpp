@@ -24,26 +24,27 @@ constexpr const char *refused = "\033[1;31m";
 constexpr const char *plain = "\033[0m";
 } // namespace style
 
-std::string with_value(std::string text, const std::optional<std::string> &value, const std::string &operation)
+std::string with_value(const std::string &name, const std::optional<std::string> &value, const std::string &operation)
 {
+    std::string text = printable(name);
     if (value) {
         text += " = " + (value->empty() ? "\"\"" : printable(*value));
     }
     return operation.empty() || operation == "merge" ? text : text + " (" + operation + ")";
 }
 
-std::string number(std::size_t position)
-{
-    return "#" + std::to_string(position + 1);
-}
-
 std::string list_of(const std::vector<std::size_t> &positions)
 {
     std::string text;
     for (const std::size_t position : positions) {
-        text += (text.empty() ? "" : ", ") + number(position);
+        text += (text.empty() ? "" : ", ") + add_number(position);
     }
     return text;
+}
+
+std::string counted(std::size_t count, const std::string &what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // Characters, not bytes: columns are counted in them.
@@ -105,9 +106,9 @@ private:
             rows_of(explanation_.adds[*next].mapper);
         }
         if (node.fate == Fate::passed && !node.reason.empty()) {
-            row("  " + node.reason, nullptr);
+            row("  " + printable(node.reason), nullptr);
         } else if (node.fate == Fate::dropped) {
-            row("  dropped: " + node.reason, style::lost);
+            row("  dropped: " + printable(node.reason), style::lost);
         } else if (node.fate == Fate::refused) {
             row("  refused: " + printable(node.reason), style::refused);
         } else if (node.fate == Fate::not_reached) {
@@ -120,9 +121,9 @@ private:
 
     static std::string describe(const Add &add, std::size_t position)
     {
-        std::string text = number(position) + " " + with_value(add.path, add.value, add.operation);
+        std::string text = add_number(position) + " " + with_value(add.path, add.value, add.operation);
         if (add.lost_to) {
-            text += ", lost to " + number(*add.lost_to);
+            text += ", lost to " + add_number(*add.lost_to);
         }
         if (!add.wins_over.empty()) {
             text += ", wins over " + list_of(add.wins_over);
@@ -141,7 +142,7 @@ private:
         for (const RequestNode &node : explanation_.request) {
             ++counts[static_cast<std::size_t>(node.fate)];
         }
-        std::string text = std::to_string(explanation_.request.size()) + " nodes:";
+        std::string text = counted(explanation_.request.size(), "node") + ":";
         const char *separator = " ";
         for (std::size_t fate = 0; fate < fate_names.size(); ++fate) {
             if (counts[fate] != 0) {
@@ -151,7 +152,7 @@ private:
         }
         const auto lost =
             std::ranges::count_if(explanation_.adds, [](const Add &add) { return add.lost_to.has_value(); });
-        text += "; " + std::to_string(explanation_.adds.size()) + " adds";
+        text += "; " + counted(explanation_.adds.size(), "add");
         return lost == 0 ? text : text + ", " + std::to_string(lost) + " lost";
     }
 

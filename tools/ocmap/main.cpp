@@ -1,7 +1,10 @@
 // ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
 // commands do stands in commands.cpp.
 #include <cstdio>
+#include <exception>
+#include <iostream>
 #include <map>
+#include <new>
 
 #include <CLI/CLI.hpp>
 
@@ -133,7 +136,9 @@ int main(int argc, char **argv)
     add_file(command, options, false);
     add_store(command, options);
     add_json(command, options);
-    command->add_option("--oper", options.operational, "The router's state: a document of its operational model")
+    command
+        ->add_option("--oper", options.operational,
+                     "The router's state: a document of its operational model; - for standard input")
         ->type_name("FILE");
     command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
     add_file(command, options, false);
@@ -153,12 +158,26 @@ int main(int argc, char **argv)
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0) {
-            return app.exit(error);
+            app.exit(error); // prints the help, or the version
+            if (!std::cout.flush()) {
+                report({"cannot write the help"});
+                return exit_failure;
+            }
+            return 0;
         }
         report({ocmap::usage_error(app, error)});
         return exit_usage;
     }
-    if (const tqm::Expected<void> done = chosen.run(options); !done) {
+    // The commands' own errors are values; what is thrown is the standard library's, for want of memory above all.
+    tqm::Expected<void> done;
+    try {
+        done = chosen.run(options);
+    } catch (const std::bad_alloc &) {
+        done = tl::unexpected(tqm::Error{"out of memory"});
+    } catch (const std::exception &error) {
+        done = tl::unexpected(tqm::Error{error.what()});
+    }
+    if (!done) {
         report(done.error());
         return exit_failure;
     }

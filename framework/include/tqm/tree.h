@@ -2,6 +2,7 @@
 // children lie in arrays as the walkers want them. All nodes and texts live in the arena of one request.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -22,6 +23,15 @@ struct PathInfo;
 /// Operation of nodes under the default-operation "none" that say nothing themselves: they lead to other nodes, must
 /// exist and are not changed. The others are TQM_OP_*.
 inline constexpr uint32_t kOperationNone = 5;
+
+/// The values of the attribute "operation" (RFC 6241, section 7.2), in the order of TQM_OP_*.
+inline constexpr std::array kOperationNames = {"merge", "replace", "create", "delete", "remove"};
+
+/// The name of an operation; "none" for kOperationNone and "?" for what is no operation.
+inline const char *operation_name(uint32_t operation)
+{
+    return operation < kOperationNames.size() ? kOperationNames[operation] : operation == kOperationNone ? "none" : "?";
+}
 
 /// True for the tags of leaves that hold key texts.
 bool is_secret_tag(std::string_view tag);
