@@ -26,7 +26,6 @@ function makeTree(id, nodes) {
 const request = makeTree('request', explanation.request);
 const results = makeTree('results', explanation.results);
 const trees = [request, results];
-const otherThan = (tree) => (tree === request ? results : request);
 
 const links = new Map();
 explanation.adds.forEach((add, index) => {
@@ -42,7 +41,8 @@ explanation.adds.forEach((add, index) => {
         link.to.links.push(link);
         links.set(ends, link);
     }
-    link.lost &&= add.lost_to !== undefined; // a link is as good as the best of its adds
+    // A link is as good as the best of its adds.
+    link.lost &&= add.lost_to !== undefined || add.not_taken !== undefined;
 });
 
 // A node without links of its own stands for the nodes below it.
@@ -51,6 +51,7 @@ function linksOf(node) {
 }
 
 const across = (link, tree) => (tree === request ? link.to : link.from);
+const counterpartsOf = (node) => [...new Set(linksOf(node).map((link) => across(link, node.tree)))];
 
 // ---- Making elements -----------------------------------------------------------------------------------------------
 
@@ -63,10 +64,14 @@ function element(name, attributes, ...content) {
     return made;
 }
 
-// A client's text: control characters made visible, and its writing direction kept to itself.
+const counted = (number, thing) => `${number} ${thing}${number === 1 ? '' : 's'}`;
+
+// A client's text: control and invisible characters made visible, and its writing direction kept to itself.
 function text(value) {
-    const shown = value.replace(/[\u0000-\u0008\u000b-\u001f\u007f-\u009f]/g,
-        (c) => '\\x' + c.charCodeAt(0).toString(16).padStart(2, '0'));
+    const shown = value.replace(/[\u0000-\u001f\u007f-\u009f\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/g, (c) => {
+        const code = c.charCodeAt(0).toString(16);
+        return code.length > 2 ? '\\u' + code.padStart(4, '0') : '\\x' + code.padStart(2, '0');
+    });
     return element('bdi', {}, shown === '' ? '""' : shown);
 }
 
@@ -177,7 +182,7 @@ function drawSoon() {
 
 // ---- The details of a node -----------------------------------------------------------------------------------------
 
-const details = document.getElementById('details');
+const [details, what, said, about] = ['details', 'what', 'said', 'about'].map((id) => document.getElementById(id));
 
 function linkTo(node, content = text(node.path)) {
     return button(content, () => {
@@ -195,19 +200,19 @@ function numbers(positions) {
 
 // What became of an add.
 function outcomeOf(add) {
-    const said = [];
+    const outcome = [];
     if (add.lost_to !== undefined) {
-        said.push(element('span', { class: 'lost' }, ', lost to '), ...numbers([add.lost_to]));
+        outcome.push(element('span', { class: 'lost' }, ', lost to '), ...numbers([add.lost_to]));
     }
     if (add.wins_over !== undefined) {
-        said.push(', wins over ', ...numbers(add.wins_over));
+        outcome.push(', wins over ', ...numbers(add.wins_over));
     }
     if (add.not_taken !== undefined) {
-        said.push(element('span', { class: 'lost' }, ', not taken: ' + add.not_taken));
+        outcome.push(element('span', { class: 'lost' }, ', not taken: ' + add.not_taken));
     } else if (add.result === undefined) {
-        said.push(element('span', { class: 'lost' }, ', not in the result'));
+        outcome.push(element('span', { class: 'lost' }, ', not in the result'));
     }
-    return said;
+    return outcome;
 }
 
 function facts(pairs) {
@@ -234,8 +239,7 @@ function requestDetails(node) {
     while (left.length > 0) { // of a function that went on after another that it had called
         list(left[0].mapper);
     }
-    const reason = node.reason === undefined ? [] : [': ', text(node.reason)];
-    return [facts([['became', element('span', { class: node.fate }, node.fate, ...reason)]]), functions];
+    return functions;
 }
 
 function resultDetails(node) {
@@ -245,27 +249,43 @@ function resultDetails(node) {
         adds.append(element('li', {}, add.number + ' for ', linkTo(request.nodes[add.node]), ` by ${add.mapper}`,
             ...valueOf(add), ...operationOf(add), ...outcomeOf(add)));
     }
-    const added = node.adds.length > 0 ? adds : element('p', {}, 'Made on the way to the nodes below it.');
-    return [facts([['namespace', text(node.ns)]]), added];
+    return node.adds.length > 0 ? adds : element('p', {}, 'Made on the way to the nodes below it.');
+}
+
+// What is read out of the details: what became of a node, and how much lights up.
+function verdict(node) {
+    const counterparts = counterpartsOf(node).length;
+    const lights = counterparts === 0 ? 'no counterpart' : counted(counterparts, 'counterpart');
+    if (node.fate === undefined) {
+        return [lights];
+    }
+    const reason = node.reason === undefined ? [] : [': ', text(node.reason)];
+    return [element('span', { class: node.fate }, node.fate, ...reason), '; ' + lights];
 }
 
 function describe(node) {
+    details.scrollTop = 0;
     if (node === null) {
-        details.replaceChildren(element('p', {}, 'Point at a node: its counterparts light up, and here stands what ' +
+        what.replaceChildren();
+        said.replaceChildren();
+        about.replaceChildren(element('p', {}, 'Point at a node: its counterparts light up, and here stands what ' +
             'became of it. A click holds it. With the keyboard: arrow keys walk through a tree, Enter goes to the ' +
             'counterpart, Escape lets go, and / finds.'));
         return;
     }
-    const about = [];
+    const known = [];
     if (node.value !== undefined) {
-        about.push(['value', text(node.value)]);
+        known.push(['value', text(node.value)]);
     }
     if (node.operation !== undefined) {
-        about.push(['operation', node.operation]);
+        known.push(['operation', node.operation]);
     }
-    details.replaceChildren(element('h3', {}, text(node.path)), facts(about),
-        ...(node.tree === request ? requestDetails(node) : resultDetails(node)));
-    details.scrollTop = 0;
+    if (node.ns !== undefined) {
+        known.push(['namespace', text(node.ns)]);
+    }
+    what.replaceChildren(text(node.path));
+    said.replaceChildren(...verdict(node));
+    about.replaceChildren(facts(known), node.tree === request ? requestDetails(node) : resultDetails(node));
 }
 
 // ---- Pointing and selecting ----------------------------------------------------------------------------------------
@@ -277,19 +297,14 @@ let litRows = [];
 function light() {
     const node = pointed ?? selected;
     litRows.forEach((row) => row.classList.remove('lit', 'current'));
-    litRows = [];
     litLinks = new Set(node === null ? [] : linksOf(node));
-    for (const link of litLinks) {
-        const counterpart = across(link, node.tree);
-        litRows.push(counterpart.tree.rows[counterpart.index]);
-    }
+    litRows = node === null ? [] : counterpartsOf(node).map((counterpart) => counterpart.tree.rows[counterpart.index]);
     litRows.forEach((row) => row.classList.add('lit'));
     if (node !== null) {
         const row = node.tree.rows[node.index];
         row.classList.add('lit', 'current');
         litRows.push(row);
     }
-    describe(node);
     drawSoon();
 }
 
@@ -305,13 +320,15 @@ function select(node) {
         row.setAttribute('aria-selected', 'true');
         node.tree.element.setAttribute('aria-activedescendant', row.id);
         node.tree.last = node.index;
-        const counterparts = linksOf(node).map((link) => across(link, node.tree));
+        const counterparts = counterpartsOf(node);
         show(node);
         if (counterparts.length > 0 && !counterparts.some(inView)) {
             scrollTo(counterparts[0], topOf(node));
         }
+        row.scrollIntoView({ block: 'nearest', inline: 'nearest' }); // of the page, where the window is too low for it
     }
     light();
+    describe(node);
 }
 
 const moves = {
@@ -327,9 +344,8 @@ const moves = {
 const pageOf = (tree) => Math.max(1, Math.floor(tree.element.clientHeight / rowHeight) - 1);
 
 function cross() {
-    const link = selected === null ? undefined : linksOf(selected)[0];
-    if (link !== undefined) {
-        const counterpart = across(link, selected.tree);
+    const counterpart = selected === null ? undefined : counterpartsOf(selected)[0];
+    if (counterpart !== undefined) {
         select(counterpart);
         counterpart.tree.element.focus({ preventScroll: true });
     }
@@ -340,10 +356,16 @@ function nodeAt(event, tree) {
     return row === null ? null : tree.nodes[Number(row.id.slice(tree.element.id.length))];
 }
 
+// Pointing must not take away a link that has the focus.
+const holdsFocus = () => details.contains(document.activeElement) && document.activeElement !== details;
+
 function point(node) {
     if (node !== pointed) {
         pointed = node;
         light();
+        if (!holdsFocus()) {
+            describe(node ?? selected);
+        }
     }
 }
 
@@ -366,7 +388,8 @@ for (const tree of trees) {
         if (event.key === 'Enter') {
             cross();
         } else if (move !== undefined && tree.nodes.length > 0) {
-            const next = selected?.tree === tree ? move(selected) : tree.nodes[tree.last];
+            const last = tree.nodes[tree.last];
+            const next = selected === last || ['Home', 'End'].includes(event.key) ? move(last) : last;
             if (next !== undefined) {
                 select(next);
             }
@@ -395,7 +418,7 @@ function jump(nodes, step = 1) {
 
 function summarise() {
     const summary = document.getElementById('summary');
-    summary.append(`${request.nodes.length} nodes`);
+    summary.append(counted(request.nodes.length, 'node'));
     let separator = ': ';
     for (const fate of ['mapped', 'passed', 'dropped', 'refused', 'not reached']) {
         const nodes = request.nodes.filter((node) => node.fate === fate);
@@ -404,7 +427,7 @@ function summarise() {
             separator = ', ';
         }
     }
-    summary.append(`; ${explanation.adds.length} adds`);
+    summary.append('; ' + counted(explanation.adds.length, 'add'));
     const losers = request.nodes.filter((node) => node.adds.some((add) => explanation.adds[add].lost_to !== undefined));
     if (losers.length > 0) {
         const lost = explanation.adds.filter((add) => add.lost_to !== undefined).length;
@@ -416,12 +439,12 @@ const find = document.getElementById('find');
 const found = document.getElementById('found');
 let matches = [];
 
-// What can be looked for: what a row shows, and the functions behind it; by a text with a "/" its path.
+// What can be looked for: what a row shows, and the functions behind it; by a text that begins with a "/" its path.
 const searchable = (node) => [node.tree.rows[node.index].textContent, ...(node.mappers ?? [])].join(' ').toLowerCase();
 
 function look() {
     const wanted = find.value.trim().toLowerCase();
-    const matching = (node) => (wanted.includes('/') ? node.path.toLowerCase() : searchable(node)).includes(wanted);
+    const matching = (node) => (wanted.startsWith('/') ? node.path.toLowerCase() : searchable(node)).includes(wanted);
     matches.forEach((node) => node.tree.rows[node.index].classList.remove('found'));
     matches = wanted === '' ? [] : trees.flatMap((tree) => tree.nodes.filter(matching));
     matches.forEach((node) => node.tree.rows[node.index].classList.add('found'));
@@ -437,6 +460,9 @@ find.addEventListener('keydown', (event) => {
 });
 document.addEventListener('keydown', (event) => {
     if (event.key === 'Escape') {
+        if (details.contains(document.activeElement)) { // what has the focus there goes
+            (selected?.tree ?? request).element.focus({ preventScroll: true });
+        }
         select(null);
     } else if (event.key === '/' && document.activeElement !== find) {
         find.focus();
@@ -478,4 +504,5 @@ new ResizeObserver(() => {
     drawSoon();
 }).observe(svg);
 measure();
-light();
+describe(null);
+drawSoon();
