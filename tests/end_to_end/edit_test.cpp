@@ -72,6 +72,24 @@ TEST_F(Edit, ReplaceLeavesExactlyWhatItNames)
     EXPECT_EQ(policies(), policy("P3", two));
 }
 
+// What goes away is set anew by what it holds, and the printed edit says so.
+TEST_F(Edit, ReplaceOfAnInterfacesMkaKeepsWhatItNames)
+{
+    const std::string document = "<config xmlns:nc='urn:ietf:params:xml:ns:netconf:base:1.0'>"
+                                 "<macsec xmlns='http://openconfig.net/yang/macsec'><interfaces><interface>"
+                                 "<name>I</name><config><name>I</name></config><mka nc:operation='replace'>"
+                                 "<config><mka-policy>P</mka-policy></config></mka></interface></interfaces></macsec>"
+                                 "</config>";
+    const std::string native = ocmap({"forward", "-"}, document).out;
+    EXPECT_NE(native.find("<psk-key-chain nc:operation=\"remove\">\n"
+                          "          <policy-name nc:operation=\"merge\">P</policy-name>\n"
+                          "          <key-chain-name/>"),
+              std::string::npos)
+        << native;
+    ASSERT_EQ(ocmap({"edit", "-", "--store", store()}, document).status, 0);
+    EXPECT_NE(store_file().find("<policy-name>P</policy-name>"), std::string::npos) << store_file();
+}
+
 TEST_F(Edit, DeleteRemoveAndCreate)
 {
     EXPECT_EQ(edit(in_policies(policy("P1", seven_leaves, "create"))).status, 0);

@@ -30,7 +30,7 @@ std::string with_value(const std::string &name, const std::optional<std::string>
     if (value) {
         text += " = " + (value->empty() ? "\"\"" : printable(*value));
     }
-    return operation.empty() || operation == "merge" ? text : text + " (" + operation + ")";
+    return operation.empty() ? text : text + " (" + operation + ")";
 }
 
 std::string list_of(const std::vector<std::size_t> &positions)
@@ -121,7 +121,9 @@ private:
 
     static std::string describe(const Add &add, std::size_t position)
     {
-        std::string text = add_number(position) + " " + with_value(add.path, add.value, add.operation);
+        const bool goes_without_saying = add.operation == "merge";
+        std::string text =
+            add_number(position) + " " + with_value(add.path, add.value, goes_without_saying ? "" : add.operation);
         if (add.lost_to) {
             text += ", lost to " + add_number(*add.lost_to);
         }

@@ -85,10 +85,12 @@ function valueOf(thing) {
     return thing.value === undefined ? [] : [element('span', { class: 'value' }, ' = ', text(thing.value))];
 }
 
-// A merge goes without saying.
 function operationOf(thing) {
-    return thing.operation === undefined || thing.operation === 'merge' ? [] : [element('span', { class: 'operation' }, ` (${thing.operation})`)];
+    return thing.operation === undefined ? [] : [element('span', { class: 'operation' }, ` (${thing.operation})`)];
 }
+
+// Of an add a merge goes without saying.
+const operationOfAdd = (add) => (add.operation === 'merge' ? [] : operationOf(add));
 
 const speaksForItself = ['mapped', 'passed'];
 
@@ -231,7 +233,7 @@ function requestDetails(node) {
         while (left.length > 0 && left[0].mapper === mapper) {
             const add = left.shift();
             const path = add.result === undefined ? text(add.path) : linkTo(results.nodes[add.result], text(add.path));
-            adds.append(element('li', {}, add.number + ' ', path, ...valueOf(add), ...operationOf(add), ...outcomeOf(add)));
+            adds.append(element('li', {}, add.number + ' ', path, ...valueOf(add), ...operationOfAdd(add), ...outcomeOf(add)));
         }
         functions.append(element('li', {}, mapper, adds));
     };
@@ -247,7 +249,7 @@ function resultDetails(node) {
     for (const position of node.adds) {
         const add = explanation.adds[position];
         adds.append(element('li', {}, add.number + ' for ', linkTo(request.nodes[add.node]), ` by ${add.mapper}`,
-            ...valueOf(add), ...operationOf(add), ...outcomeOf(add)));
+            ...valueOf(add), ...operationOfAdd(add), ...outcomeOf(add)));
     }
     return node.adds.length > 0 ? adds : element('p', {}, 'Made on the way to the nodes below it.');
 }
