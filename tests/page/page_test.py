@@ -4,7 +4,6 @@ import pathlib
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
 from selenium import webdriver
@@ -348,9 +347,7 @@ class Page(unittest.TestCase):
     def test_stays_usable_when_large(self):
         self.open(LARGE)
         self.assertEqual(len(self.rows('#request > *')), 2103)
-        start = time.monotonic()  # of the first Tab, which looks at every row
         self.tab_to('#request')
-        self.assertLess(time.monotonic() - start, 10)
         number = "Number(document.querySelector('[aria-selected]').id.slice('request'.length))"
         page = self.script("Math.floor(document.getElementById('request').clientHeight / 24) - 1")
         for key, place in (Keys.HOME, 0), (Keys.PAGE_DOWN, page), (Keys.PAGE_DOWN, 2 * page), (Keys.PAGE_UP, page):
