@@ -7,7 +7,14 @@ ocmap=build/ocmap
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-for count in 10000 100000; do bench/make-policies.sh $count > "$work/$count.xml"; done
+for count in 10000 100000; do
+    bench/make-policies.sh $count > "$work/$count.xml"
+    awk -v count=$count 'BEGIN {
+        print "<filter><macsec xmlns=\"http://openconfig.net/yang/macsec\"><mka><policies>"
+        for (i = 1; i <= count; i++) print "<policy><name>P" i "</name></policy>"
+        print "</policies></mka></macsec></filter>"
+    }' > "$work/$count-names.xml"
+done
 # Prints what one run of a command took, the best of five: wall-clock seconds and peak memory.
 measure() {
     local label=$1 best=
@@ -28,6 +35,7 @@ measure "ocmap forward, 10,000 policies" $ocmap forward "$work/10000.xml"
 for count in 10000 100000; do
     measure "ocmap edit, $count policies" bash -c "rm -rf $work/store && $ocmap edit $work/$count.xml --store $work/store"
     measure "ocmap get-config, $count policies" $ocmap get-config --store "$work/store"
+    measure "ocmap get-config, each by its name" $ocmap get-config "$work/$count-names.xml" --store "$work/store"
 done
 echo
 build/bench/walk_bench

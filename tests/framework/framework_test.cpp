@@ -1,5 +1,4 @@
 // Requests all the way: a document in, a plug-in of a few lines, a native side in memory, a document out.
-#include <chrono>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -216,33 +215,6 @@ TEST_F(Frameworks, the_kind_of_a_read_and_its_document_must_agree)
     EXPECT_EQ(tqm::Framework(nothing, models).forward(Document::parse("<config/>").value()).error().text,
               "the plug-in has registered no mapping");
     EXPECT_FALSE(tqm::Plugin::load("/nonexistent/plugin.so", {}));
-}
-
-/// Seconds that `entries` policies take to be answered, each asked for by its key.
-double keyed_read_seconds(tqm::Framework &framework, MemorySide &native, int entries)
-{
-    std::string filter;
-    native.data = node("pol", {});
-    for (int i = 0; i < entries; ++i) {
-        const std::string name = "P" + std::to_string(i);
-        native.data.children.push_back(node("policy", {leaf("name", name)}));
-        filter += "<policy><name>" + name + "</name></policy>";
-    }
-    Document document = Document::parse(std::string("<oc xmlns=\"") + kOc + "\">" + filter + "</oc>").value();
-    const auto start = std::chrono::steady_clock::now();
-    const auto trees = framework.get(std::move(document), native);
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_TRUE(trees);
-    return elapsed.count();
-}
-
-TEST_F(Frameworks, keyed_reads_grow_with_their_size_alone)
-{
-    keyed_read_seconds(framework, native, 2000);
-    const double small = keyed_read_seconds(framework, native, 2000);
-    const double large = keyed_read_seconds(framework, native, 32000);
-    // Sixteen times the entries; a scan for each of them would take 256 times as long.
-    EXPECT_LT(large, std::max(small, 0.002) * 80);
 }
 
 } // namespace
