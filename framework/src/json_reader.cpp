@@ -114,6 +114,8 @@ public:
     explicit Handler(pugi::xml_node root) : root_(root) {}
 
     const Error &error() const { return error_; }
+    /// Where the text is no JSON; none if it is, or as far as that is known.
+    std::optional<std::size_t> syntax_error() const { return syntax_error_; }
 
     bool null() override { return in_annotation() ? null_annotation() : scalar(""); }
     bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
@@ -181,21 +183,19 @@ public:
     }
 
     // What the exception says may hold a value of the document: only the place is taken.
-    bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &exception) override
+    bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &exception) override
     {
         constexpr int number_overflow = 406;
-        error_.text = exception.id == number_overflow ? "there is a number that is too large"
-                                                      : "the request is no JSON document: syntax error";
-        return false;
+        if (exception.id == number_overflow)
+            return fail("there is a number that is too large");
+        syntax_error_ = position == 0 ? 0 : position - 1;
+        return fail("the request is no JSON document: syntax error");
     }
 
 private:
     bool fail(std::string text)
     {
         error_.text = std::move(text);
-        pugi::xml_node at = levels_.empty() ? pugi::xml_node() : levels_.back().node;
-        for (; at && at != root_; at = at.parent())
-            error_.path.insert(0, std::string("/") + at.name());
         return false;
     }
 
@@ -383,6 +383,7 @@ private:
     pugi::xml_node root_;
     std::deque<Level> levels_;
     Error error_;
+    std::optional<std::size_t> syntax_error_;
 };
 
 std::string place_of(std::string_view text, std::size_t offset)
@@ -410,8 +411,8 @@ Expected<void> read_json(std::string_view text, Document::Content &content)
     const char *read = text.data();
     if (!Json::sax_parse(Cursor(read, read), Cursor(end, read), &handler)) {
         Error error = handler.error();
-        const char *const at = read == text.data() || read == end ? read : read - 1;
-        error.text += " at " + place_of(text, static_cast<std::size_t>(at - text.data()));
+        const std::size_t read_to = static_cast<std::size_t>(read - text.data());
+        error.text += " at " + place_of(text, handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1));
         return tl::make_unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {

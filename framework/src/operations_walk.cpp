@@ -224,8 +224,11 @@ int tqm_map_is_request_add(tqm_map_ctx ctx)
 int tqm_map_do_these_match(const char *a, const char *b)
 {
     const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
-    if (match && serving() != nullptr && serving()->watch.observer != nullptr)
-        serving()->watch.observer->matched(a);
+    if (match && serving() != nullptr) {
+        serving()->matched_tag = a;
+        if (serving()->watch.observer != nullptr)
+            serving()->watch.observer->matched(a);
+    }
     journal_question(serving(), "tqm_map_do_these_match",
                      [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
     return match ? 1 : 0;

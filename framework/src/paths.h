@@ -31,7 +31,13 @@ struct PathInfo {
     bool is_key = false; ///< key leaf of the list that is its parent
     bool secret = false; ///< its values are key texts
 
-    const void *stands_in = nullptr;  ///< loading: the node that a child of this path was last seen in
+    struct Place {
+        const void *parent = nullptr;
+        const char *ns = nullptr;
+        friend bool operator==(const Place &, const Place &) = default;
+    };
+    Place last_seen; ///< loading: the node that had a child of this path last, and the child's namespace
+
     OutputNode *current = nullptr;    ///< reverse: the entry that bare paths below this list lead to
     OutputNode *last_found = nullptr; ///< reverse: what the last successful search of this list found
 

@@ -81,9 +81,8 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
     const std::size_t position = hierarchy.position_of(node);
     if (position == hierarchy.depth())
         return false;
-    // A mapper may say why it refuses, and not where: that is where the walk stands.
     if (record.error_msg != nullptr && refused_path.empty() && !made_in_fill(record.error_msg))
-        refused_path = hierarchy.text();
+        note_place_of_message();
     while (hierarchy.depth() > position) {
         for (const std::size_t start = hierarchy.top().undo_start; undo.size() > start; undo.pop_back())
             undo.back().list->current = undo.back().previous;
@@ -97,6 +96,16 @@ void Request::Impl::note_error_path()
     error_path = hierarchy.text();
     if (!in_fill())
         refused_path = error_path;
+}
+
+/// A mapper may say why it refuses, and not where: at the node on top, or at the leaf in it that was matched last.
+void Request::Impl::note_place_of_message()
+{
+    refused_path = hierarchy.text();
+    const Frame &frame = hierarchy.top();
+    for (uint32_t i = 0; frame.children != nullptr && i < frame.child_count; ++i)
+        if (frame.children[i].tag == matched_tag && frame.children[i].subtree_count == 0)
+            refused_tag = matched_tag;
 }
 
 void Request::Impl::start_walk()
@@ -199,6 +208,11 @@ rdl_tqm_datatree *Request::tree(uint32_t index)
 uint32_t Request::tree_count() const
 {
     return impl_->trees.count;
+}
+
+const char *Request::foreign_tag() const
+{
+    return impl_->foreign_tag;
 }
 
 std::span<const LeftOut> Request::left_out() const

@@ -71,6 +71,7 @@ struct Request::Impl {
     void push(const rdl_tqm_datatree &node, bool is_list);
     bool pop(const rdl_tqm_datatree *node);
     void note_error_path();
+    void note_place_of_message();
     /// Ready for the walk of another tree.
     void start_walk();
 
@@ -114,9 +115,11 @@ struct Request::Impl {
     /// Edits: the first element of another namespace. The plug-in refuses those whose tag it does not know; the request
     /// is not good with one whose tag it does.
     std::optional<Error> foreign;
+    const char *foreign_tag = nullptr;
     // What was noted outside fills. A walk that has failed may fill yet, and the fill then notes paths and replaces the
     // tag.
     std::string refused_path;
+    const char *matched_tag = nullptr; ///< the tag of the request that was found to be another last
     std::string refused_tag;
     std::unordered_set<const char *> fill_texts;
     std::unordered_set<std::string_view> namespaces;

@@ -72,7 +72,8 @@ private:
     char *trimmed(const char *value);
     std::optional<XmlName> name_of(pugi::xml_node element);
     const char *kept_ns(const char *ns);
-    bool stands_twice(const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent, const PathInfo &info) const;
+    bool check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent,
+                     const PathInfo &parent_info);
     std::string path_of(pugi::xml_node element) const;
     bool fail(std::string text, pugi::xml_node element);
 
@@ -232,8 +233,6 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
         info = parent->child(name->local);
     // What is deleted needs no value; a mapper that passed one on would set it.
     const bool is_container = info != nullptr && info->is_container;
-    if (child_elements != 0 && info != nullptr && (info->is_leaf || info->is_leaf_list))
-        return fail("a leaf holds no child elements", element);
     if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split, is_container))
         return false;
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
@@ -270,22 +269,32 @@ void Converter::note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo 
     request_.leaf_list_matches.push_back(&record);
 }
 
-/// Only lists and leaf-lists have more than one instance (RFC 7950, section 3). A filter may name a node again; keys
+/// Leaves have no children, and only lists and leaf-lists more than one instance (RFC 7950, section 3). A filter may
+/// name a node again, and what matches nothing; an element of another module may have a known name; keys of a request
 /// are counted by the walkers.
-bool Converter::stands_twice(const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent, const PathInfo &info) const
+bool Converter::check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent,
+                            const PathInfo &parent_info)
 {
-    PathInfo *const path = info.child(child.tag);
+    PathInfo *const info = parent_info.child(child.tag);
     const bool is_filter = !is_edit_ && !reverse_;
-    const bool is_foreign = !reverse_ && child.ns != top_ns_;
-    if (path == nullptr || is_filter || is_foreign || path->is_key || !(path->is_leaf || path->is_container))
-        return false;
-    return std::exchange(path->stands_in, &parent) == &parent;
+    if (is_filter || info == nullptr)
+        return true;
+    if ((info->is_leaf || info->is_leaf_list) && child.subtree_count != 0 && child.ns == parent.ns)
+        return fail("a leaf holds no child elements", element);
+    const bool is_single = info->is_container || (info->is_leaf && (reverse_ || !info->is_key));
+    if (!is_single)
+        return true;
+    const PathInfo::Place place{&parent, child.ns};
+    if (std::exchange(info->last_seen, place) == place)
+        return fail(std::string("the element <") + child.tag + "> stands twice", element);
+    return true;
 }
 
 void Converter::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
 {
     if (request_.foreign)
         return;
+    request_.foreign_tag = record.tag;
     request_.foreign = Error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" +
                                  top_ns_ + "', and no other module can be edited here",
                              path_of(element), record.tag, TQM_ERR_AUGMENT};
@@ -303,8 +312,8 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
         children[filled] = {};
         if (!convert(child, children[filled], info, inherited, depth + 1, left_out))
             return false;
-        if (info != nullptr && stands_twice(children[filled], record, *info))
-            return fail(std::string("the element <") + children[filled].tag + "> stands twice", child);
+        if (info != nullptr && !check_child(child, children[filled], record, *info))
+            return false;
         if (!left_out)
             ++filled;
         else if (request_.watch.observer != nullptr)

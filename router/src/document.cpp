@@ -149,12 +149,15 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
         blank(text, 0, 3);
     }
     const bool json = is_json(text);
+    if (text.find('\0') != std::string::npos) { // which parsers take for the end
+        return fault("it is not well-formed: it holds a NUL");
+    }
     if (json) {
         unwrap_json(text);
         if (auto complete = check_json(text); !complete) { // libyang does not look at what comes behind the object
             return tl::unexpected(complete.error());
         }
-    } else if (text.find('\0') != std::string::npos || !unwrap(text)) {
+    } else if (!unwrap(text)) {
         return fault("it is not well-formed XML");
     }
     lyd_node *parsed = nullptr;

@@ -156,30 +156,37 @@ TEST(Explain, DrivesNoTerminal)
     EXPECT_NE(text.find("name = a\\x9b\\u202e\\x09\xc3\xa9 "), std::string::npos) << text;
 }
 
-// Of two entries with the same nodes the second one's.
+// Of several like it, and not the one around it.
 TEST(Explain, MarksTheNodeThatIsRefused)
 {
     const std::string good = policy("P1", "<key-server-priority>1</key-server-priority>");
+    const std::string bad_delete = "<config nc:operation='delete'><delay-protection/></config>";
+    const std::string suite = "<macsec-cipher-suite xmlns='urn:x'>2</macsec-cipher-suite>";
     const struct {
-        std::string document;
-        const char *left; ///< of the row below which the refusal stands
+        std::string entries;
+        const char *left; ///< of the row below which the refusal stands, in the second entry
     } cases[] = {
-        {config(good + "<policy><config/></policy>"), "policy "},
-        {config(good + policy("P2", "<key-server-priority xmlns='urn:x'>1</key-server-priority>")),
-         "key-server-priority = 1 "},
-        {config(good + "<policy><name>P2</name><config nc:operation='delete'><delay-protection/></config></policy>"),
-         "config (delete) "},
-        {config(good + policy("P2", "<use-updated-eth-header>true</use-updated-eth-header>")),
-         "use-updated-eth-header = true "},
+        {"<policy><config/></policy>", "policy "},
+        {policy("P2", "<key-server-priority xmlns='urn:x'>1</key-server-priority>"), "key-server-priority = 1 "},
+        {policy("P2", suite + "<macsec-cipher-suite>3</macsec-cipher-suite>"), "macsec-cipher-suite = 2 "},
+        {"<policy><name>P2</name>" + bad_delete + "</policy>", "config (delete) "},
+        {"<policy><name>P1</name>" + bad_delete + "</policy>", "config (delete) "},
+        {policy("P2", "<use-updated-eth-header>true</use-updated-eth-header>"), "use-updated-eth-header = true "},
     };
     for (const auto &one : cases) {
-        const std::string text = table(ocmap({"explain", "-"}, one.document));
+        const std::string text = table(ocmap({"explain", "-"}, config(good + one.entries)));
         const std::size_t refusal = text.find("  refused: ");
         ASSERT_NE(refusal, std::string::npos) << text;
         const std::size_t row = text.rfind(std::string("  ") + one.left, refusal);
         EXPECT_LT(text.rfind("\n      policy "), row) << text;
         EXPECT_FALSE(std::regex_search(text.substr(row, refusal - row), std::regex("\n {0,29}\\S"))) << text;
     }
+    const std::string mappers = table(
+        ocmap({"explain", "-"}, "<config>" + top +
+                                    "<mka><key-chains><key-chain><name>K</name><mka-keys><mka-key><id>01</id><config>"
+                                    "<id>01</id><expiration-date-time>soon</expiration-date-time></config></mka-key>"
+                                    "</mka-keys></key-chain></key-chains></mka></macsec></config>"));
+    EXPECT_NE(rows_of(mappers, "expiration-date-time = soon").find("refused: Invalid"), std::string::npos) << mappers;
 }
 
 TEST(Explain, WritesAPageInsteadOfTheTable)

@@ -159,6 +159,7 @@ TEST_F(Json, BadDocumentsAreRefusedWithTheirPlace)
     } rows[] = {
         {"{\"a\": ", "the request is no JSON document: syntax error at line 1, column 7"},
         {"{\n\"openconfig-macsec:macsec\": {]}", "the request is no JSON document: syntax error at line 2, column 30"},
+        {"{\"a\": x", "the request is no JSON document: syntax error at line 1, column 7\n"},
         {"[1]", "a request is a JSON object, not an array"},
         {R"({"macsec": {}})", "the member 'macsec' must name its module, as 'module:macsec'"},
         {R"({"other:macsec": {}})", "there is no module 'other' here"},

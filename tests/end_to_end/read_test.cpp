@@ -116,6 +116,17 @@ TEST_F(Read, ReverseTakesNativeTreesAndForwardReads)
     EXPECT_NE(empty.out.find("<id>01</id>"), std::string::npos);
     EXPECT_EQ(empty.out.find("date-time"), std::string::npos);
     EXPECT_EQ(empty.out.find("algorithm"), std::string::npos);
+    // Names are known within their modules, in which a leaf, a key too, stands once.
+    const auto of_chain = [](const std::string &nodes) {
+        return ocmap({"reverse", "-"},
+                     "<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain>"
+                     "<chain-name>KC</chain-name>" +
+                         nodes + "<macsec-keychain/></keychain></keychains>");
+    };
+    EXPECT_NE(of_chain("<chain-name xmlns='urn:x'><x/></chain-name>").out.find("<name>KC</name>"), std::string::npos);
+    EXPECT_EQ(
+        of_chain("<chain-name>KD</chain-name>").err,
+        "error: the element <chain-name> stands twice\n  path: /keychains/keychain[chain-name='KC']/chain-name\n");
     const Outcome forward = ocmap({"forward", std::string(EXAMPLES) + "/policies/get-leaf.xml"});
     EXPECT_EQ(compact(forward.out),
               "<filter xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\" type=\"subtree\"><macsec "

@@ -115,10 +115,12 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
         EXPECT_EQ(sink.text, "oc-macsec{macsec{mka{policies{policy{name=Q state{macsec-cipher-suite=gcm-aes256 "
                              "macsec-cipher-suite=gcm-aes128 } } } } } } ");
     }
-    for (const char *wrong : {"", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
-                              "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>",
-                              "{} trailing", "{\"ietf-netconf:data\": {}, this is no JSON }",
-                              "{\"ietf-netconf:data\": {}, \"Tarvex-PRIVATE-oc-macsec-oper:oc-macsec\": {}}"}) {
+    for (const std::string &wrong :
+         std::vector<std::string>{"", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
+                                  "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>",
+                                  "{} trailing", "{\"ietf-netconf:data\": {}, this is no JSON }",
+                                  "{\"ietf-netconf:data\": {}, \"Tarvex-PRIVATE-oc-macsec-oper:oc-macsec\": {}}",
+                                  std::string("{}\0 and more", 11)}) {
         const auto result = store->set_operational(wrong);
         ASSERT_FALSE(result) << wrong;
         EXPECT_TRUE(result.error().text.starts_with("the operational data are not valid: ")) << result.error().text;

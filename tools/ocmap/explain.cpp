@@ -65,13 +65,16 @@ public:
         return found == by_tag_.end() ? std::nullopt : std::optional(found->second);
     }
 
-    // The first node with this path, keys included.
-    std::optional<std::size_t> position_of_path(const std::string &path) const
+    // The node with this path, keys included. Of several the one that the walk has come to last.
+    std::optional<std::size_t> position_of_path(const std::string &path, std::optional<std::size_t> last) const
     {
-        const auto found = std::ranges::find(explanation_.request, path, &RequestNode::path);
-        return found == explanation_.request.end()
-                   ? std::nullopt
-                   : std::optional(static_cast<std::size_t>(found - explanation_.request.begin()));
+        std::optional<std::size_t> found;
+        for (std::size_t i = 0; i < explanation_.request.size() && (!found || i <= last.value_or(0)); ++i) {
+            if (explanation_.request[i].path == path) {
+                found = i;
+            }
+        }
+        return found;
     }
 
 private:
@@ -410,15 +413,22 @@ void judge(Explanation &explanation, const std::unordered_map<std::size_t, std::
     }
 }
 
-void note_refusal(Explanation &explanation, const RequestOutline &outline, std::optional<std::size_t> last)
+void note_refusal(Explanation &explanation, const RequestOutline &outline, const char *foreign_tag,
+                  std::optional<std::size_t> last)
 {
     const tqm::Error &error = *explanation.refusal;
     std::optional<std::size_t> position;
-    if (!error.tag.empty()) {
-        position = outline.position_of_path(error.path + "/" + error.tag);
+    if (foreign_tag != nullptr) {
+        position = outline.position_of(foreign_tag);
+        if (position && explanation.request[*position].path != error.path) { // refused for something else
+            position.reset();
+        }
+    }
+    if (!position && !error.tag.empty()) {
+        position = outline.position_of_path(error.path + "/" + error.tag, last);
     }
     if (!position && !error.path.empty()) {
-        position = outline.position_of_path(error.path);
+        position = outline.position_of_path(error.path, last);
     }
     if (!position) {
         position = last;
@@ -463,7 +473,7 @@ tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document
     const tqm::Framework framework(environment.plugin(), environment.schema());
     if (auto walked = framework.walk(request); !walked) {
         explanation.refusal = walked.error();
-        note_refusal(explanation, outline, recorder.last());
+        note_refusal(explanation, outline, request.foreign_tag(), recorder.last());
     }
     ResultOutline results(explanation);
     for (const tqm::OutputNode *root : request.roots()) {

@@ -71,6 +71,9 @@ public:
     /// The request's trees; of a forward request at most one. Null when there is none.
     rdl_tqm_datatree *tree(uint32_t index = 0);
     uint32_t tree_count() const;
+    /// Tag of an edit's first element of another namespace, known by its address as entered() nodes are. Null if there
+    /// is none.
+    const char *foreign_tag() const;
     /// In document order; empty without an observer.
     std::span<const LeftOut> left_out() const;
 
