@@ -89,7 +89,8 @@ bool is_plain(const char *text)
     return ((word | (word - blanks)) & high) == 0;
 }
 
-/// Offset of the first byte that begins no character of XML (XML 1.0, section 2.2) in UTF-8; npos if there is none.
+} // namespace
+
 std::size_t find_bad_character(std::string_view text)
 {
     const auto continues = [&](std::size_t at) {
@@ -127,6 +128,9 @@ std::size_t find_bad_character(std::string_view text)
     }
     return std::string_view::npos;
 }
+
+namespace
+{
 
 /// Offsets of the line ends. The parser works in place, so they must be known before it runs.
 class LineIndex

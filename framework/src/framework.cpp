@@ -42,9 +42,8 @@ std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string
     const std::string schema_path = parent_schema_path + step;
     const std::vector<std::string> *const keys = schema.list_keys(schema_path);
     std::string path = parent + step;
-    for (std::size_t i = 0; keys != nullptr && i < keys->size(); ++i)
-        if (const char *value = given_value(find_child(node, (*keys)[i])))
-            append_key(path, (*keys)[i], value);
+    if (keys != nullptr)
+        append_keys(path, node, *keys);
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
     if (code == TQM_ERR_NO_SUBTREE && !has_children && keys != nullptr)
         return path;

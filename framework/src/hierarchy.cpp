@@ -26,6 +26,13 @@ const rdl_tqm_datatree *find_child(const rdl_tqm_datatree &node, std::string_vie
     return find_child(node.subtree, node.subtree_count, tag);
 }
 
+void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys)
+{
+    for (const std::string &key : keys)
+        if (const char *value = given_value(find_child(entry, key)))
+            append_key(path, key, value);
+}
+
 const rdl_tqm_datatree *Frame::child(std::string_view tag)
 {
     const bool live = (node->present & TQM_PRESENT_SUBTREE) != 0;

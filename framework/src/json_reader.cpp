@@ -50,16 +50,6 @@ bool is_identifier(std::string_view name)
     });
 }
 
-/// Whether a text, which is UTF-8, has only characters that XML allows.
-bool is_xml_text(std::string_view text)
-{
-    const auto is_control = [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-    };
-    return std::ranges::none_of(text, is_control) && text.find("\xef\xbf\xbe") == text.npos &&
-           text.find("\xef\xbf\xbf") == text.npos;
-}
-
 bool is_wrapper(std::string_view name)
 {
     return name == "rpc" || name == "config" || name == "filter" || name == "data";
@@ -234,7 +224,7 @@ private:
         pugi::xml_node leaf = element();
         if (!leaf)
             return false;
-        if (!is_xml_text(text))
+        if (find_bad_character(text) != text.npos)
             return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
         if (!text.empty())
             leaf.append_child(pugi::node_pcdata).set_value(text.c_str());
@@ -311,7 +301,7 @@ private:
         if (level.member != kOperation)
             return fail("unknown annotation '" + level.member + "': only " + kOperation + " is known");
         // An empty text would be taken for none, and one with other characters end early.
-        if (text.empty() || !is_xml_text(text))
+        if (text.empty() || find_bad_character(text) != text.npos)
             return fail("operation '" + text + "' is none of merge, replace, create, delete and remove");
         annotation().operations.back() = text;
         return true;

@@ -87,7 +87,9 @@ private:
         shown.depth = depth;
         shown.tag = node.tag;
         shown.path = outer_path + "/" + node.tag;
-        append_keys(shown.path, node, schema_path);
+        if (const std::vector<std::string> *const keys = schema_.list_keys(schema_path)) {
+            tqm::append_keys(shown.path, node, *keys);
+        }
         if ((node.present & TQM_PRESENT_VALUE) != 0) {
             shown.value = shown_value(node.tag, node.value);
         }
@@ -112,20 +114,6 @@ private:
     static uint32_t child_count(const rdl_tqm_datatree &node)
     {
         return (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr ? node.subtree_count : 0;
-    }
-
-    void append_keys(std::string &path, const rdl_tqm_datatree &node, const std::string &schema_path) const
-    {
-        const std::vector<std::string> *const keys = schema_.list_keys(schema_path);
-        for (std::size_t k = 0; keys != nullptr && k < keys->size(); ++k) {
-            for (uint32_t i = 0; i < child_count(node); ++i) {
-                const rdl_tqm_datatree &child = node.subtree[i];
-                if ((*keys)[k] == child.tag && (child.present & TQM_PRESENT_VALUE) != 0) {
-                    tqm::append_key(path, (*keys)[k], child.value);
-                    break;
-                }
-            }
-        }
     }
 
     const tqm::Schema &schema_;

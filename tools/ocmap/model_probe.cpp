@@ -53,11 +53,11 @@ public:
             lists_without_keys_.insert(info.path.substr(0, info.path.rfind('/')));
         }
         for (const std::string operation : {"merge", "remove"}) {
-            // Removing an entry, or a key, takes all that is below it, too; a container's merge says nothing.
+            // Removing an entry, or a key, takes all that is below it, too; merging a container says nothing.
             const bool is_removal = operation == "remove";
-            const bool says_more = is_removal ? info.is_key || info.kind == router::NodeKind::list
-                                              : info.kind == router::NodeKind::container;
-            if (!info.config || !node.supported || says_more) {
+            const bool tells_nothing = is_removal ? info.is_key || info.kind == router::NodeKind::list
+                                                  : info.kind == router::NodeKind::container;
+            if (!info.config || !node.supported || tells_nothing) {
                 continue;
             }
             const auto edit = map(info, TQM_REQ_EDIT, operation);

@@ -39,6 +39,8 @@ bool is_secret_tag(std::string_view tag);
 /// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). Texts with both kinds of
 /// quotes stay as they are.
 void append_key(std::string &path, std::string_view key, std::string_view value);
+/// Appends those of the keys that `entry` has as children with a value.
+void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys);
 
 /// One node of an output tree. Its address, and that of the record in it, stays the same until the request ends.
 class OutputNode
