@@ -1,9 +1,12 @@
-// What a failed request tells its client. Errors are values: whoever finds one makes its text, and nobody rewords it
-// further up. Printing is left to the tool.
+// What a failed request tells its client: all that an rpc-error carries (RFC 6241, section 4.3). Errors are values:
+// whoever finds one makes its text, and nobody rewords it further up. How one is printed is left to the tool.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include <tl/expected.hpp>
 
@@ -14,12 +17,83 @@ extern "C" {
 namespace tqm
 {
 
-struct Error {
-    std::string text;               ///< one sentence for the client; never empty
-    std::string path = {};          ///< data path with keys, or empty
-    std::string tag = {};           ///< tag of the node that failed, or empty
-    std::optional<rcode> code = {}; ///< result code of the plug-in or of a framework operation
+/// error-type: the layer in which the error was found.
+enum class ErrorType { transport, rpc, protocol, application };
+
+/// error-severity. No error-tag of RFC 6241 is a warning's.
+enum class ErrorSeverity { error, warning };
+
+/// error-tag, in the order of RFC 6241, appendix A.
+enum class ErrorTag {
+    in_use,
+    invalid_value,
+    too_big,
+    missing_attribute,
+    bad_attribute,
+    unknown_attribute,
+    missing_element,
+    bad_element,
+    unknown_element,
+    unknown_namespace,
+    access_denied,
+    lock_denied,
+    resource_denied,
+    rollback_failed,
+    data_exists,
+    data_missing,
+    operation_not_supported,
+    operation_failed,
+    malformed_message,
 };
+
+/// Their names in a message, as "data-missing".
+std::string_view name_of(ErrorTag tag);
+std::string_view name_of(ErrorType type);
+std::string_view name_of(ErrorSeverity severity);
+
+/// The tag of a failure of which only the plug-in's code is known.
+ErrorTag tag_of(rcode code);
+
+/// The application tag of a leaf-list with more values than its max-elements (RFC 7950, section 15.2).
+inline constexpr const char *kTooManyElements = "too-many-elements";
+
+/// One node on the way to the place of an error.
+struct PathStep {
+    std::string name;
+    std::string ns;     ///< namespace URI
+    std::string module; ///< name of the namespace's module; empty if no schema has it
+    std::string prefix; ///< that module's prefix; empty with it
+    std::vector<std::pair<std::string, std::string>> keys = {}; ///< name and value, in schema order; of a list entry
+};
+
+/// An instance-identifier as text, with the namespaces of its prefixes (RFC 7950, section 9.13).
+struct InstanceIdentifier {
+    std::string text;
+    std::vector<std::pair<std::string, std::string>> namespaces; ///< prefix and URI, each once
+};
+
+struct Error {
+    std::string text;               ///< error-message: one sentence for the client; never empty
+    std::string path = {};          ///< the place for people: data path with keys and without prefixes, or empty
+    std::string tag = {};           ///< name of the node that the plug-in has left as the one that failed, or empty
+    std::optional<rcode> code = {}; ///< result code of the plug-in or of a framework operation
+
+    ErrorTag error_tag = ErrorTag::operation_failed;
+    ErrorType type = ErrorType::application;
+    ErrorSeverity severity = ErrorSeverity::error;
+    std::string app_tag = {};
+    std::string bad_element = {};        ///< error-info, where the tag asks for it
+    std::string bad_attribute = {};      ///< the same
+    std::string bad_namespace = {};      ///< the same
+    std::vector<PathStep> instance = {}; ///< error-path: the same place as `path`, node by node; empty with it
+    std::string native_path = {};        ///< where the router has refused: its own place
+    std::string native_text = {};        ///< and its own words
+};
+
+/// The error's place in the form of an XML message; an empty text where it has none.
+InstanceIdentifier xml_path(const Error &error);
+/// The same in JSON's form (RFC 7951, section 6.11): names of modules, only where they change.
+std::string json_path(const Error &error);
 
 template <class T>
 using Expected = tl::expected<T, Error>;
