@@ -214,7 +214,8 @@ private:
         const auto edited =
             document ? framework_->edit(std::move(*document), native) : tl::make_unexpected(document.error());
         if (!refusals.empty()) {
-            return fault_of_refusal(refusals, edited) + differences(before, native_leaves());
+            const std::string changes = edited ? "" : differences(before, native_leaves());
+            return fault_of_refusal(refusals, edited) + changes;
         }
         return edited ? fault_of_state(tree, before, native) : "refused: " + edited.error().text;
     }
