@@ -67,9 +67,18 @@ std::optional<XmlName> XmlScope::attribute_name(const char *qualified) const
 namespace
 {
 
-tl::unexpected<Error> failure(std::string text)
+tl::unexpected<Error> failure(ErrorTag tag, std::string text, std::string element = {})
 {
-    return tl::make_unexpected(Error{std::move(text)});
+    Error error{std::move(text)};
+    error.error_tag = tag;
+    error.type = tag == ErrorTag::malformed_message ? ErrorType::rpc : ErrorType::protocol;
+    error.bad_element = std::move(element);
+    return tl::make_unexpected(std::move(error));
+}
+
+tl::unexpected<Error> malformed(std::string text)
+{
+    return failure(ErrorTag::malformed_message, std::move(text));
 }
 
 // ---- Text ----
@@ -250,7 +259,7 @@ private:
     {
         const auto name = content_.scope.element_name(element.name());
         if (!name)
-            return failure(std::string("the prefix of element <") + element.name() + "> is not declared");
+            return malformed(std::string("the prefix of element <") + element.name() + "> is not declared");
         return *name;
     }
     static bool is_netconf(const XmlName &name, const char *local)
@@ -270,11 +279,13 @@ private:
             if (child.type() != pugi::node_element)
                 continue;
             if (operation)
-                return failure(std::string("an <rpc> holds one operation, and <") + child.name() + "> is a second one");
+                return failure(ErrorTag::bad_element,
+                               std::string("an <rpc> holds one operation, and <") + child.name() + "> is a second one",
+                               child.name());
             operation = child;
         }
         if (!operation)
-            return failure("the <rpc> holds no operation");
+            return failure(ErrorTag::missing_element, "the <rpc> holds no operation");
         const auto name = enter(operation);
         if (!name)
             return tl::make_unexpected(name.error());
@@ -296,7 +307,8 @@ private:
             content_.kind = TQM_REQ_GET_CONFIG;
             return parameters(operation, &WrapperReader::get_parameter, nullptr, "source");
         }
-        return failure(std::string("the operation <") + operation.name() + "> is not offered");
+        return failure(ErrorTag::operation_not_supported,
+                       std::string("the operation <") + operation.name() + "> is not offered", operation.name());
     }
 
     using Parameter = Expected<bool> (WrapperReader::*)(pugi::xml_node, std::string_view local);
@@ -316,14 +328,18 @@ private:
             if (!name)
                 return tl::make_unexpected(name.error());
             if (std::ranges::find(seen, name->local) != seen.end())
-                return failure(std::string("<") + child.name() + "> stands twice in <" + operation.name() + ">");
+                return failure(ErrorTag::bad_element,
+                               std::string("<") + child.name() + "> stands twice in <" + operation.name() + ">",
+                               child.name());
             seen.emplace_back(name->local);
             const bool known = std::strcmp(name->ns, kNetconfNs) == 0;
             const Expected<bool> taken = known ? (this->*parameter)(child, name->local) : Expected<bool>(false);
             if (!taken)
                 return tl::make_unexpected(taken.error());
             if (!*taken)
-                return failure(std::string("unknown element <") + child.name() + "> in <" + operation.name() + ">");
+                return failure(ErrorTag::unknown_element,
+                               std::string("unknown element <") + child.name() + "> in <" + operation.name() + ">",
+                               child.name());
             if (leads_to_data)
                 data_scope_ = content_.scope;
             content_.scope.leave(child_mark);
@@ -331,7 +347,8 @@ private:
         content_.scope.leave(mark);
         for (const char *needed : {first, second})
             if (needed != nullptr && std::ranges::find(seen, needed) == seen.end())
-                return failure(std::string("<") + operation.name() + "> lacks <" + needed + ">");
+                return failure(ErrorTag::missing_element,
+                               std::string("<") + operation.name() + "> lacks <" + needed + ">", needed);
         if (data_scope_)
             content_.scope = *data_scope_;
         return {};
@@ -358,7 +375,9 @@ private:
             else if (value == "replace")
                 content_.default_operation = DefaultOperation::replace;
             else if (value != "merge")
-                return failure("default-operation '" + std::string(value) + "' is none of merge, replace and none");
+                return failure(ErrorTag::invalid_value,
+                               "default-operation '" + std::string(value) + "' is none of merge, replace and none",
+                               "default-operation");
             return true;
         }
         if (local == "test-option")
@@ -375,7 +394,7 @@ private:
         std::string text = std::string(name) + " '" + std::string(value) + "' is not offered, only";
         for (const char *offer : offered)
             text += std::string(offer == *offered.begin() ? " " : " and ") + offer;
-        return failure(text);
+        return failure(ErrorTag::operation_not_supported, text, name);
     }
 
     Expected<bool> get_parameter(pugi::xml_node element, std::string_view local)
@@ -397,10 +416,12 @@ private:
                 continue;
             const auto name = content_.scope.attribute_name(attribute.name());
             if (!name || std::strcmp(name->local, "type") != 0)
-                return failure(std::string("unknown attribute '") + attribute.name() + "' of <filter>");
+                return failure(ErrorTag::unknown_attribute,
+                               std::string("unknown attribute '") + attribute.name() + "' of <filter>", "filter");
             if (std::strcmp(attribute.value(), "subtree") != 0)
-                return failure(std::string("filters of type '") + attribute.value() +
-                               "' are not offered, only subtree");
+                return failure(ErrorTag::operation_not_supported,
+                               std::string("filters of type '") + attribute.value() + "' are not offered, only subtree",
+                               "filter");
         }
         content_.is_filter = true;
         return hold(element);
@@ -412,8 +433,10 @@ private:
             element.find_child([](pugi::xml_node child) { return child.type() == pugi::node_element; });
         const auto name = store ? content_.scope.element_name(store.name()) : std::nullopt;
         if (!name || std::strcmp(name->local, "running") != 0)
-            return failure(std::string("the ") + element.name() + " '" + (store ? store.name() : "") +
-                           "' does not exist: the only datastore is running");
+            return failure(ErrorTag::invalid_value,
+                           std::string("the ") + element.name() + " '" + (store ? store.name() : "") +
+                               "' does not exist: the only datastore is running",
+                           element.name());
         return true;
     }
 
@@ -473,7 +496,7 @@ Expected<Document> Document::parse(std::string_view text)
     content->buffer = allocate(text.size() + 1);
     content->size = text.size();
     if (content->buffer == nullptr)
-        return failure("out of memory");
+        return failure(ErrorTag::resource_denied, "out of memory");
     std::memcpy(content->buffer.get(), text.data(), text.size());
     return parse_buffer(std::move(content));
 }
@@ -498,12 +521,12 @@ Expected<Document> Document::read(std::FILE *file)
         memory = larger;
     }
     if (memory == nullptr)
-        return failure("out of memory");
+        return failure(ErrorTag::resource_denied, "out of memory");
     auto content = std::make_unique<Content>();
     content->buffer = {memory, [](char *done) { std::free(done); }};
     content->size = size;
     if (std::ferror(file) != 0)
-        return failure(std::string("the request cannot be read: ") + std::strerror(errno));
+        return failure(ErrorTag::operation_failed, std::string("the request cannot be read: ") + std::strerror(errno));
     return parse_buffer(std::move(content));
 }
 
@@ -511,7 +534,7 @@ Expected<Document> Document::read_file(const std::filesystem::path &path)
 {
     std::FILE *file = std::fopen(path.c_str(), "rbe");
     if (file == nullptr)
-        return failure("cannot open '" + path.string() + "': " + std::strerror(errno));
+        return failure(ErrorTag::operation_failed, "cannot open '" + path.string() + "': " + std::strerror(errno));
     Expected<Document> document = read(file);
     std::fclose(file);
     if (!document)
@@ -523,12 +546,12 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
 {
     const std::string_view text{content->buffer.get(), content->size};
     if (text.empty())
-        return failure("the request is empty");
+        return malformed("the request is empty");
     if (!is_declared_utf8(text))
-        return failure("the request is no UTF-8 text");
+        return malformed("the request is no UTF-8 text");
     const LineIndex lines(text);
     if (const std::size_t bad = find_bad_character(text); bad != std::string_view::npos)
-        return failure("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
+        return malformed("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
     if (is_json(text)) {
         if (Expected<void> read = read_json(text, *content); !read)
             return tl::make_unexpected(read.error());
@@ -537,29 +560,29 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
         return Document(std::move(content));
     }
     if (const std::size_t bad = find_bad_reference(text); bad != std::string_view::npos)
-        return failure("the request is no XML document: '&' begins no reference to a character at " +
-                       lines.place_of(bad));
+        return malformed("the request is no XML document: '&' begins no reference to a character at " +
+                         lines.place_of(bad));
     constexpr unsigned int options = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
                                      pugi::parse_eol | pugi::parse_embed_pcdata | pugi::parse_doctype |
                                      pugi::parse_fragment;
     const pugi::xml_parse_result result =
         content->dom.load_buffer_inplace(content->buffer.get(), content->size, options, pugi::encoding_utf8);
     if (!result)
-        return failure(std::string("the request is no XML document: ") + result.description() + " at " +
-                       lines.place_of(static_cast<std::size_t>(result.offset)));
+        return malformed(std::string("the request is no XML document: ") + result.description() + " at " +
+                         lines.place_of(static_cast<std::size_t>(result.offset)));
 
     pugi::xml_node root;
     for (pugi::xml_node node : content->dom.children()) {
         if (node.type() == pugi::node_doctype)
-            return failure("a document type declaration is not allowed");
+            return malformed("a document type declaration is not allowed");
         if (node.type() != pugi::node_element)
-            return failure("the request is no XML document: there is text outside its root element");
+            return malformed("the request is no XML document: there is text outside its root element");
         if (root)
-            return failure(std::string("the request has a second root element, <") + node.name() + ">");
+            return malformed(std::string("the request has a second root element, <") + node.name() + ">");
         root = node;
     }
     if (!root)
-        return failure("the request has no element");
+        return malformed("the request has no element");
     if (const Expected<void> read = WrapperReader(*content).root(root); !read)
         return tl::make_unexpected(read.error());
     return Document(std::move(content));

@@ -81,8 +81,8 @@ InstanceIdentifier xml_path(const Error &error)
     for (const PathStep &step : error.instance) {
         const std::string prefix = step.prefix.empty() ? "" : step.prefix + ":";
         path.text.append("/").append(prefix).append(step.name);
-        for (const auto &[key, value] : step.keys)
-            append_key(path.text, prefix + key, value);
+        for (const auto &[key, value] : step.keys) // "." is the value of a leaf-list
+            append_key(path.text, key == "." ? key : prefix + key, value);
         const std::pair<std::string, std::string> binding{step.prefix, step.ns};
         if (!step.prefix.empty() && std::ranges::find(path.namespaces, binding) == path.namespaces.end())
             path.namespaces.push_back(binding);

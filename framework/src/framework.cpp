@@ -4,9 +4,11 @@
 #include <cstring>
 
 #include "document_content.h"
+#include "error_path.h"
 #include "filter.h"
 #include "json_writer.h"
 #include "request_impl.h"
+#include "request_kind.h"
 #include "writer.h"
 
 namespace tqm
@@ -14,19 +16,6 @@ namespace tqm
 
 namespace
 {
-
-constexpr const char *kKindNames[] = {"get-config", "edit-config", "get"};
-
-const char *name_of_kind(uint32_t kind)
-{
-    return kind == TQM_REQ_GET_CONFIG ? kKindNames[0] : kind == TQM_REQ_GET ? kKindNames[2] : kKindNames[1];
-}
-
-tl::unexpected<Error> wrong_kind(uint32_t found, uint32_t wanted)
-{
-    return tl::make_unexpected(
-        Error{std::string("the request is for ") + name_of_kind(found) + ", not for " + name_of_kind(wanted)});
-}
 
 tl::unexpected<Error> not_registered()
 {
@@ -56,7 +45,7 @@ std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string
 }
 
 /// Where the plug-in has noted no path, the request shows it.
-Error located(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
+Error placed(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
 {
     if (error.path.empty() && error.code)
         error.path = place_of(*error.code, tree, "", "", schema);
@@ -113,26 +102,34 @@ bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format f
 
 // ---- Framework ----
 
-Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch)
-    : plugin_(plugin), schema_(schema), watch_(std::move(watch))
+Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch, EditChecker *checker)
+    : plugin_(plugin), schema_(schema), watch_(std::move(watch)), checker_(checker)
 {
 }
 
-/// A request that the forward root has walked; one that selects or edits nothing has no output. With `widened` nodes
-/// that hold matches of leaf-lists alone are walked as if they selected all below them, for an answer that can be
-/// matched.
-Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened)
+Expected<std::shared_ptr<Request>> Framework::load(Document document, uint32_t kind) const
 {
     if (plugin_.registrations().empty())
         return not_registered();
     auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
     if (Expected<void> loaded = request->load(std::move(document)); !loaded)
-        return tl::make_unexpected(std::move(loaded.error()));
-    for (rdl_tqm_datatree *node : request->impl().leaf_list_matches) {
+        return with_instance(std::move(loaded.error()), schema_);
+    return request;
+}
+
+/// A request that the forward root has walked; one that selects or edits nothing has no output. With `widened` nodes
+/// that hold matches of leaf-lists alone are walked as if they selected all below them, for an answer that can be
+/// matched.
+Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened) const
+{
+    Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
+    if (!request)
+        return request;
+    for (rdl_tqm_datatree *node : (*request)->impl().leaf_list_matches) {
         if (widened)
             node->present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
     }
-    if (Expected<void> walked = walk(*request); !walked)
+    if (Expected<void> walked = walk(**request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
     return request;
 }
@@ -147,11 +144,13 @@ Expected<void> Framework::walk_request(Request &request) const
             continue;
         const rcode code = without_skip(registration.forward_root(request.ctx(), tree, request.out()));
         if (code != 0)
-            return tl::make_unexpected(located(request.error(code), *tree, schema_));
+            return with_instance(placed(request.error(code), *tree, schema_), schema_);
         break;
     }
     if (request.impl().foreign)
-        return tl::make_unexpected(*request.impl().foreign);
+        return with_instance(*request.impl().foreign, schema_);
+    if (request.impl().is_forward_edit())
+        request.impl().settle_markers();
     return {};
 }
 
@@ -174,12 +173,16 @@ uint32_t Framework::kind_of(const Document &document, Direction direction, uint3
     return reads && kind != TQM_REQ_GET_CONFIG ? TQM_REQ_GET : kind;
 }
 
-Expected<Trees> Framework::forward(Document document, uint32_t kind)
+Expected<Trees> Framework::forward(Document document, uint32_t kind, bool checked)
 {
     kind = kind_of(document, Direction::forward, kind);
-    Expected<std::shared_ptr<Request>> request = walk_forward(std::move(document), kind);
+    Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
     if (!request)
         return tl::make_unexpected(std::move(request.error()));
+    if (Expected<void> good = checked ? check(**request) : Expected<void>(); !good)
+        return tl::make_unexpected(std::move(good.error()));
+    if (Expected<void> walked = walk(**request); !walked)
+        return tl::make_unexpected(std::move(walked.error()));
     Trees trees;
     trees.request_ = *request;
     trees.roots_ = trees.request_->roots();
@@ -201,7 +204,7 @@ Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answ
             request.impl().start_walk();
             const rcode code = without_skip(registration.reverse_root(request.ctx(), &answer, request.out()));
             if (code != 0)
-                return tl::make_unexpected(request.error(code));
+                return with_instance(request.error(code), schema_);
             break;
         }
     }
@@ -216,25 +219,11 @@ Expected<Trees> Framework::reverse(Document document, uint32_t kind)
         std::make_shared<Request>(schema_, plugin_.registrations(), trees.kind_, Direction::reverse, watch_);
     Request &request = *trees.request_;
     if (Expected<void> loaded = request.load(std::move(document)); !loaded)
-        return tl::make_unexpected(std::move(loaded.error()));
+        return with_instance(std::move(loaded.error()), schema_);
     if (Expected<void> walked = walk(request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
     trees.roots_ = request.roots();
     return trees;
-}
-
-Expected<void> Framework::edit(Document document, NativeSide &native)
-{
-    const uint32_t kind = document.is_filter() ? TQM_REQ_GET : document.kind().value_or(TQM_REQ_EDIT);
-    if (kind != TQM_REQ_EDIT)
-        return wrong_kind(kind, TQM_REQ_EDIT);
-    const Expected<std::shared_ptr<Request>> request = walk_forward(std::move(document), kind);
-    if (!request)
-        return tl::make_unexpected(request.error());
-    const std::vector<const OutputNode *> trees = (*request)->roots();
-    if (trees.empty())
-        return {};
-    return native.edit(trees);
 }
 
 Expected<Trees> Framework::get(std::optional<Document> document, NativeSide &native)
@@ -264,7 +253,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     for (const OutputNode *filter : (*asked)->roots()) {
         TreeBuilder answer = request.builder();
         if (Expected<void> read = native.read(*filter, answer); !read)
-            return tl::make_unexpected(std::move(read.error()));
+            return with_instance(std::move(read.error()), schema_);
         if (Expected<void> walked = walk_answers(request, answer.finish()); !walked)
             return tl::make_unexpected(std::move(walked.error()));
     }

@@ -90,6 +90,9 @@ PathInfo *PathTable::insert(std::string_view path)
     info->is_leaf_list = schema_.is_leaf_list(info->text);
     info->is_leaf = schema_.is_leaf(info->text);
     info->is_container = schema_.is_container(info->text);
+    info->is_state = schema_.is_state(info->text);
+    info->is_unspaced = schema_.is_unspaced(info->text);
+    info->marker = info->is_list ? schema_.marker(info->text) : nullptr;
     info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
     info->is_key = parent != nullptr && parent->is_list &&
                    std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();

@@ -2,6 +2,7 @@
 // costs one look-up of its path and no reading of it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -29,7 +30,10 @@ struct PathInfo {
     bool is_leaf = false;
     bool is_container = false;
     bool is_key = false; ///< key leaf of the list that is its parent
-    bool secret = false; ///< its values are key texts
+    bool is_state = false;
+    bool is_unspaced = false;     ///< white space around its values is no part of them
+    const char *marker = nullptr; ///< of a native list: path of what makes an entry the client's
+    bool secret = false;          ///< its values are key texts
 
     struct Place {
         const void *parent = nullptr;
@@ -40,6 +44,14 @@ struct PathInfo {
 
     OutputNode *current = nullptr;    ///< reverse: the entry that bare paths below this list lead to
     OutputNode *last_found = nullptr; ///< reverse: what the last successful search of this list found
+
+    /// The leaf that repeats a key of the entry around it, as OpenConfig's lists have it: "policy/config/name".
+    bool repeats_key() const
+    {
+        const PathInfo *const entry = parent == nullptr ? nullptr : parent->parent;
+        return is_leaf && !is_state && entry != nullptr && entry->is_list && !parent->is_list &&
+               std::find(entry->keys->begin(), entry->keys->end(), tag) != entry->keys->end();
+    }
 
     PathInfo *child(std::string_view child_tag) const
     {

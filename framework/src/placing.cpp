@@ -36,6 +36,16 @@ OutputNode *nearest_entry(OutputNode &node)
     return at;
 }
 
+bool takes_away(uint32_t operation)
+{
+    return operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
+}
+
+bool takes_away(std::optional<uint32_t> operation)
+{
+    return operation && takes_away(*operation);
+}
+
 OutputNode *survivor(OutputNode *node)
 {
     while (node != nullptr && node->merged_into != nullptr)
@@ -96,6 +106,8 @@ rcode Request::Impl::place(const AddArguments &arguments)
     PathInfo *info = paths.intern(arguments.path);
     if (info == nullptr)
         return TQM_ERR_BAD_ARGS;
+    if (arguments.source != nullptr && without_effect.contains(arguments.source))
+        return 0;
     if (arguments.list_entry == 0)
         settle();
 
@@ -114,6 +126,8 @@ rcode Request::Impl::place(const AddArguments &arguments)
         node = inside ? below(*base, *info, naming) : node_for(*info, naming, addressed);
     }
 
+    if (is_forward_edit() && !takes_value(*node, arguments))
+        return 0;
     if (!info->is_list)
         set_value(*node, value);
     if (!(addressed && direction == Direction::forward))
@@ -213,6 +227,14 @@ OutputNode *Request::Impl::below(OutputNode &entry, PathInfo &info, const Naming
     return output.add_named(*parent, info, naming.ns_of(info));
 }
 
+OutputNode *Request::Impl::find_below(OutputNode &entry, const PathInfo &info)
+{
+    if (&info == entry.info)
+        return &entry;
+    OutputNode *const parent = find_below(entry, *info.parent);
+    return parent == nullptr ? nullptr : Output::find_named(*parent, info);
+}
+
 // ---- Forward: one entry of the request is one instance in each native list that it leads to ----
 
 OutputNode *Request::Impl::forward_entry(PathInfo &list, const Naming &naming, bool addressed)
@@ -234,6 +256,8 @@ OutputNode *Request::Impl::forward_entry(PathInfo &list, const Naming &naming, b
     owner.add(list, *entry);
     if (is_read())
         give_key_from_walk(*entry, owner_frame);
+    else if (list.marker != nullptr && &owner != &request_instances)
+        marked.push_back(entry);
     return entry;
 }
 
@@ -389,34 +413,115 @@ void Request::Impl::set_value(OutputNode &node, const char *value)
         index_key(node, old);
 }
 
-void Request::Impl::set_operation(OutputNode &node, const rdl_tqm_datatree *source) const
+bool Request::Impl::is_leaf_list_value(const rdl_tqm_datatree &source)
 {
+    if (in_fill() || hierarchy.empty() || hierarchy.top().path == nullptr)
+        return false;
+    const PathInfo *const info = hierarchy.top().path->child(source.tag);
+    return info != nullptr && info->is_leaf_list;
+}
+
+/// Values of one leaf-list of the client's may meet in one native leaf. A removal of one then takes nothing of another
+/// that is set, in whatever order they come. False if the add changes nothing.
+bool Request::Impl::takes_value(OutputNode &node, const AddArguments &arguments)
+{
+    const rdl_tqm_datatree *const source = arguments.source;
+    if (source == nullptr || !node.info->is_leaf || !is_leaf_list_value(*source))
+        return true;
+    const rdl_tqm_datatree *const before = node.origin_node;
+    const bool set_before = before != nullptr && before != source && std::strcmp(before->tag, source->tag) == 0 &&
+                            !takes_away(node.operation());
+    if (tqm_map_is_request_delete(source) != 0)
+        return !set_before;
+    if (one_too_many == nullptr && (set_before || beside_stored.contains(source)))
+        one_too_many = source;
+    return true;
+}
+
+/// An add that gives neither source nor value sets nothing where the walk stands in a removal: it is part of that.
+uint32_t Request::Impl::operation_without_source(const OutputNode &node, const rdl_tqm_datatree *walked) const
+{
+    const bool removal = direction == Direction::forward && node.info->is_leaf && node.record.value == nullptr &&
+                         walked != nullptr && (walked->present & TQM_PRESENT_OPERATION) != 0 &&
+                         takes_away(walked->operation);
+    return removal ? walked->operation : uint32_t{TQM_OP_MERGE};
+}
+
+void Request::Impl::set_operation(OutputNode &node, const rdl_tqm_datatree *source)
+{
+    if (is_read() && !node.info->secret)
+        return;
+    const rdl_tqm_datatree *const origin = source == nullptr ? walked_node() : source;
+    node.origin_node = origin;
     if (is_read())
         return;
     const bool given = source != nullptr && (source->present & TQM_PRESENT_OPERATION) != 0;
-    node.record.operation = given ? source->operation : TQM_OP_MERGE;
+    node.record.operation = given               ? source->operation
+                            : source == nullptr ? operation_without_source(node, origin)
+                                                : uint32_t{TQM_OP_MERGE};
+    // The leaf that repeats the key goes with its container: that takes no entry away which the request names.
+    const bool names_entry = direction == Direction::forward && node.info->is_key && node.record.value != nullptr;
+    if (names_entry && takes_away(node.record.operation))
+        node.record.operation = TQM_OP_MERGE;
     node.record.present |= TQM_PRESENT_OPERATION;
-    node.operation_source = source;
 }
 
 void Request::Impl::settle_entry_operation(OutputNode &node, const AddArguments &arguments)
 {
-    if (direction != Direction::forward || is_read())
+    if (!is_forward_edit())
         return;
     OutputNode *entry = nearest_entry(node);
     if (entry == nullptr)
         return;
-    if (arguments.list_entry == 1 && arguments.source != nullptr) {
-        set_operation(*entry, arguments.source);
+    Frame *const frame = hierarchy.innermost_list();
+    entry->origin_node = frame == nullptr ? arguments.source : frame->node;
+    const auto give = [entry](uint32_t operation) {
+        entry->record.operation = operation;
+        entry->record.present |= TQM_PRESENT_OPERATION;
         entry->pending = false;
+    };
+    if (arguments.list_entry == 1 && arguments.source != nullptr) {
+        const bool given = (arguments.source->present & TQM_PRESENT_OPERATION) != 0;
+        // A key that is named in a removal whose list mapper adds nothing: the native entry stays, and is led through.
+        const bool led_through = !given && takes_away(context.record.list_operation);
+        give(given ? arguments.source->operation : led_through ? kOperationNone : uint32_t{TQM_OP_MERGE});
     } else if (arguments.list_entry == 1) {
         if (!entry->pending)
             pending.push_back(entry);
         entry->pending = true;
     } else if (node.info->is_key && (entry->record.present & TQM_PRESENT_OPERATION) == 0) {
-        entry->record.operation = context.record.list_operation;
-        entry->record.present |= TQM_PRESENT_OPERATION;
+        give(context.record.list_operation);
     }
+}
+
+/// What makes an entry the client's goes with the entry, and with nothing below it.
+void Request::Impl::settle_marker(OutputNode &entry)
+{
+    const uint32_t operation = entry.operation().value_or(kOperationNone);
+    if (takes_away(operation))
+        return;
+    PathInfo *const info = paths.intern(entry.info->marker);
+    if (operation == kOperationNone) {
+        OutputNode *marker = find_below(entry, *info);
+        if (marker != nullptr && takes_away(marker->operation()) && marker->origin_node != entry.origin_node)
+            marker->record.operation = kOperationNone;
+        return;
+    }
+    const char *ns = nullptr;
+    for (const PathInfo *at = info; ns == nullptr && at != entry.info; at = at->parent)
+        ns = schema.ns_of(at->text);
+    OutputNode *const marker = below(entry, *info, {ns == nullptr ? entry.record.ns : intern_ns(ns), nullptr});
+    if (!marker->operation() || takes_away(marker->operation())) {
+        marker->record.operation = operation;
+        marker->record.present |= TQM_PRESENT_OPERATION;
+    }
+}
+
+void Request::Impl::settle_markers()
+{
+    settle();
+    for (OutputNode *entry : marked)
+        settle_marker(*entry);
 }
 
 void Request::Impl::settle()

@@ -108,6 +108,19 @@ void Request::Impl::note_place_of_message()
             refused_tag = matched_tag;
 }
 
+const rdl_tqm_datatree *Request::Impl::walked_node()
+{
+    if (hierarchy.empty())
+        return nullptr;
+    Frame &top = hierarchy.top();
+    if (!in_fill() && matched_tag != nullptr) {
+        const rdl_tqm_datatree *const child = top.child(matched_tag);
+        if (child != nullptr && child->tag == matched_tag && child->subtree_count == 0)
+            return child;
+    }
+    return top.node;
+}
+
 void Request::Impl::start_walk()
 {
     settle();
@@ -267,6 +280,8 @@ Error Request::error(rcode code) const
     else
         error.tag = impl_->refused_tag;
     error.path = impl_->refused_path;
+    error.error_tag = tag_of(code);
+    error.bad_element = error.tag;
     return error;
 }
 

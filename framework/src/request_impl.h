@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -51,6 +52,7 @@ struct Request::Impl {
     }
 
     bool is_read() const { return header.kind == TQM_REQ_GET_CONFIG || header.kind == TQM_REQ_GET; }
+    bool is_forward_edit() const { return direction == Direction::forward && !is_read(); }
     bool in_fill() const { return record.fill_mode == 1; }
 
     // ---- Building the output ----
@@ -59,6 +61,8 @@ struct Request::Impl {
     rcode add_read_leaf(rdl_tqm_datatree *tree, std::string_view path, const char *ns);
     /// Gives entries that wait for it the operation that the list walker has left in the context.
     void settle();
+    /// After the walk of an edit: entries that stay keep what makes them the client's (Schema::add_marker).
+    void settle_markers();
 
     // ---- Finding and joining entries (reverse) ----
     OutputNode *search(rdl_tqm_datatree *tree, PathInfo &list, std::string_view key, std::string_view value);
@@ -72,6 +76,9 @@ struct Request::Impl {
     bool pop(const rdl_tqm_datatree *node);
     void note_error_path();
     void note_place_of_message();
+    /// The request node that the walk has come to: in a fill the one that is filled, else the leaf that was matched
+    /// last, or the node on top of the hierarchy. Null if the walk stands nowhere.
+    const rdl_tqm_datatree *walked_node();
     /// Ready for the walk of another tree.
     void start_walk();
 
@@ -94,6 +101,7 @@ struct Request::Impl {
     Hierarchy hierarchy;
     Instances request_instances; ///< entries that stand for all: made where the walk stood in no entry
     std::vector<OutputNode *> pending;
+    std::vector<OutputNode *> marked; ///< entries of the request in lists with a marker
     struct Undo {
         PathInfo *list;
         OutputNode *previous;
@@ -108,6 +116,14 @@ struct Request::Impl {
     std::vector<std::shared_ptr<void>> buffers; ///< documents that the trees point into
     TreeBuilder::Roots trees;
     std::vector<LeftOut> left_out;
+    /// Edits: texts of deleted nodes, which the walkers do not get.
+    std::unordered_map<const rdl_tqm_datatree *, const char *> deleted_texts;
+    /// Edits, by what is there: nodes whose removal would find nothing and must take nothing else, and values of
+    /// leaf-lists beside which a stored one stays.
+    std::unordered_set<const rdl_tqm_datatree *> without_effect;
+    std::unordered_set<const rdl_tqm_datatree *> beside_stored;
+    /// Edits: the first value of a leaf-list that is one too many, as the native side keeps them in one leaf.
+    const rdl_tqm_datatree *one_too_many = nullptr;
     std::string error_path;
     /// Reads: the client's filter, and the nodes of the request tree all of whose children are matches of leaf-lists.
     TreeBuilder::Roots filter;
@@ -143,8 +159,13 @@ private:
     OutputNode *existing(PathInfo *info) const;
     void give_key_from_walk(OutputNode &entry, Frame *owner);
     void set_value(OutputNode &node, const char *value);
-    void set_operation(OutputNode &node, const rdl_tqm_datatree *source) const;
+    void set_operation(OutputNode &node, const rdl_tqm_datatree *source);
     void settle_entry_operation(OutputNode &node, const AddArguments &arguments);
+    uint32_t operation_without_source(const OutputNode &node, const rdl_tqm_datatree *walked) const;
+    bool is_leaf_list_value(const rdl_tqm_datatree &source);
+    bool takes_value(OutputNode &node, const AddArguments &arguments);
+    void settle_marker(OutputNode &entry);
+    static OutputNode *find_below(OutputNode &entry, const PathInfo &info);
     void index_key(OutputNode &leaf, const char *old_value);
     OutputNode *base_of(rdl_tqm_datatree *tree) const;
 };

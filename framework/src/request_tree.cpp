@@ -66,8 +66,10 @@ private:
     void note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record);
     bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
     bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
+    void keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree &record, bool split, const PathInfo *info);
     Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
-    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split, bool is_container);
+    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+              const PathInfo *info);
     const char *whole_text(pugi::xml_node element, bool split);
     char *trimmed(const char *value);
     std::optional<XmlName> name_of(pugi::xml_node element);
@@ -75,7 +77,7 @@ private:
     bool check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent,
                      const PathInfo &parent_info);
     std::string path_of(pugi::xml_node element) const;
-    bool fail(std::string text, pugi::xml_node element);
+    bool fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute = {});
 
     Request::Impl &request_;
     Document::Content &content_;
@@ -111,10 +113,15 @@ std::string Converter::path_of(pugi::xml_node element) const
     return path;
 }
 
-bool Converter::fail(std::string text, pugi::xml_node element)
+bool Converter::fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute)
 {
     error_.text = std::move(text);
     error_.path = path_of(element);
+    error_.error_tag = tag;
+    error_.type = tag == ErrorTag::malformed_message ? ErrorType::rpc : ErrorType::application;
+    if (tag != ErrorTag::malformed_message && tag != ErrorTag::too_big)
+        error_.bad_element = local_name(element);
+    error_.bad_attribute = std::move(attribute);
     return false;
 }
 
@@ -134,9 +141,10 @@ Expected<void> Converter::run()
     const std::vector<pugi::xml_node> tops = elements();
     auto *trees = request_.arena.make_array<rdl_tqm_datatree>(tops.size());
     if (content_.holder && !is_blank(content_.holder.child_value()))
-        fail("there is text between the elements", content_.holder);
+        fail(ErrorTag::bad_element, "there is text between the elements", content_.holder);
     if (error_.text.empty() && !reverse_ && tops.size() > 1)
-        fail(std::string("a request has one tree, and <") + tops[1].name() + "> is a second one", tops[1]);
+        fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
+             tops[1]);
     for (const std::string_view path : request_.schema.paths())
         request_.paths.intern(path);
     Inherited inherited = Inherited::nothing;
@@ -190,21 +198,26 @@ bool Converter::check_top(const XmlName &name, pugi::xml_node element)
         if (std::strcmp(name.ns, expected_ns) == 0 || (!is_edit_ && *name.ns == '\0'))
             return true;
     }
-    if (tag_known)
-        return fail(std::string("<") + name.local + "> is in namespace '" + name.ns + "', not in '" + expected_ns + "'",
+    if (tag_known) {
+        error_.bad_namespace = name.ns;
+        return fail(ErrorTag::unknown_namespace,
+                    std::string("<") + name.local + "> is in namespace '" + name.ns + "', not in '" + expected_ns + "'",
                     element);
-    return fail(std::string("no mapping is registered for the element <") + name.local + ">", element);
+    }
+    return fail(ErrorTag::unknown_element, std::string("no mapping is registered for the element <") + name.local + ">",
+                element);
 }
 
 bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
                         unsigned int depth, bool &left_out)
 {
     if (depth > kDepthMax)
-        return fail("the request is nested deeper than " + std::to_string(kDepthMax) + " elements", element.parent());
+        return fail(ErrorTag::too_big, "the request is nested deeper than " + std::to_string(kDepthMax) + " elements",
+                    element.parent());
     const bool has_attributes = static_cast<bool>(element.first_attribute());
     const std::size_t mark = has_attributes ? scope_.enter(element) : 0;
     if (has_attributes && scope_.overfull())
-        return fail("too many namespaces are declared", element);
+        return fail(ErrorTag::too_big, "too many namespaces are declared", element);
     const auto name = name_of(element);
     if (!name)
         return false;
@@ -224,7 +237,8 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
     const bool deleted = is_edit_ && !reverse_ && tqm_map_is_request_delete(&record) != 0;
     if (is_key && has_operation && !deleted && !reverse_)
-        return fail("the key of a list entry carries no operation of its own", element);
+        return fail(ErrorTag::bad_attribute, "the key of a list entry carries no operation of its own", element,
+                    "operation");
     // Under the default-operation none a leaf that says nothing is not part of the edit.
     left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
     inherited = take_operation(record, inherited, is_key);
@@ -232,8 +246,9 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     if (parent != nullptr)
         info = parent->child(name->local);
     // What is deleted needs no value; a mapper that passed one on would set it.
-    const bool is_container = info != nullptr && info->is_container;
-    if ((!deleted || is_key || child_elements != 0) && !text(element, record, child_elements, split, is_container))
+    if (deleted && !is_key && child_elements == 0)
+        keep_deleted_text(element, record, split, info);
+    else if (!text(element, record, child_elements, split, info))
         return false;
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
         return false;
@@ -251,7 +266,7 @@ bool Converter::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatre
 {
     for (uint32_t i = 0; i < record.subtree_count; ++i)
         if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end())
-            return fail("a list entry that is deleted names nothing but its keys", element);
+            return fail(ErrorTag::invalid_value, "a list entry that is deleted names nothing but its keys", element);
     return true;
 }
 
@@ -280,13 +295,13 @@ bool Converter::check_child(pugi::xml_node element, const rdl_tqm_datatree &chil
     if (is_filter || info == nullptr)
         return true;
     if ((info->is_leaf || info->is_leaf_list) && child.subtree_count != 0 && child.ns == parent.ns)
-        return fail("a leaf holds no child elements", element);
+        return fail(ErrorTag::bad_element, "a leaf holds no child elements", element);
     const bool is_single = info->is_container || (info->is_leaf && (reverse_ || !info->is_key));
     if (!is_single)
         return true;
     const PathInfo::Place place{&parent, child.ns};
     if (std::exchange(info->last_seen, place) == place)
-        return fail(std::string("the element <") + child.tag + "> stands twice", element);
+        return fail(ErrorTag::bad_element, std::string("the element <") + child.tag + "> stands twice", element);
     return true;
 }
 
@@ -297,7 +312,9 @@ void Converter::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &rec
     request_.foreign_tag = record.tag;
     request_.foreign = Error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" +
                                  top_ns_ + "', and no other module can be edited here",
-                             path_of(element), record.tag, TQM_ERR_AUGMENT};
+                             path_of(element), record.tag, TQM_ERR_AUGMENT, ErrorTag::unknown_namespace};
+    request_.foreign->bad_element = record.tag;
+    request_.foreign->bad_namespace = record.ns;
 }
 
 bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
@@ -316,7 +333,7 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
             return false;
         if (!left_out)
             ++filled;
-        else if (request_.watch.observer != nullptr)
+        else
             request_.left_out.push_back({&record, filled, children[filled]});
     }
     record.subtree = children;
@@ -346,22 +363,27 @@ bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
             continue;
         const auto name = scope_.attribute_name(attribute.name());
         if (!name)
-            return fail(std::string("the prefix of attribute '") + attribute.name() + "' is not declared", element);
+            return fail(ErrorTag::malformed_message,
+                        std::string("the prefix of attribute '") + attribute.name() + "' is not declared", element);
         const bool is_netconf = std::strcmp(name->ns, kNetconfNs) == 0;
         const bool is_operation = std::strcmp(name->local, "operation") == 0;
         if (is_netconf && is_operation) {
             if ((record.present & TQM_PRESENT_OPERATION) != 0)
-                return fail("the attribute 'operation' is given twice", element);
+                return fail(ErrorTag::bad_attribute, "the attribute 'operation' is given twice", element, "operation");
             if (!operation(element, attribute.value(), record))
                 return false;
         } else if (is_operation) {
-            return fail(std::string("the attribute 'operation' must be in namespace ") + kNetconfNs, element);
+            return fail(ErrorTag::unknown_attribute,
+                        std::string("the attribute 'operation' must be in namespace ") + kNetconfNs, element,
+                        attribute.name());
         } else if (is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
-            return fail(std::string("unknown attribute '") + attribute.name() + "'", element);
+            return fail(ErrorTag::unknown_attribute, std::string("unknown attribute '") + attribute.name() + "'",
+                        element, attribute.name());
         } else if (!is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
-            return fail(std::string("attribute '") + attribute.name() +
+            return fail(ErrorTag::operation_not_supported,
+                        std::string("attribute '") + attribute.name() +
                             "': attribute match expressions are not supported",
-                        element);
+                        element, attribute.name());
         }
     }
     return true;
@@ -370,19 +392,31 @@ bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
 bool Converter::operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record)
 {
     if (!is_edit_)
-        return fail("an operation attribute has no place in a read", element);
+        return fail(ErrorTag::bad_attribute, "an operation attribute has no place in a read", element, "operation");
     const auto known = std::ranges::find(kOperationNames, std::string_view(value));
     if (known == kOperationNames.end())
-        return fail(std::string("operation '") + value + "' is none of merge, replace, create, delete and remove",
-                    element);
+        return fail(ErrorTag::bad_attribute,
+                    std::string("operation '") + value + "' is none of merge, replace, create, delete and remove",
+                    element, "operation");
     record.operation = static_cast<uint32_t>(known - kOperationNames.begin());
     record.present |= TQM_PRESENT_OPERATION;
     return true;
 }
 
-bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
-                     bool is_container)
+void Converter::keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree &record, bool split,
+                                  const PathInfo *info)
 {
+    const char *const value = whole_text(element, split);
+    if (is_blank(value))
+        return;
+    request_.deleted_texts.emplace(&record,
+                                   info != nullptr && info->is_unspaced ? trimmed(value) : request_.arena.keep(value));
+}
+
+bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+                     const PathInfo *info)
+{
+    const bool is_container = info != nullptr && info->is_container;
     const char *value = whole_text(element, split);
     if (is_blank(value)) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
@@ -390,11 +424,12 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
             return true;
         value = "";
     } else if (child_elements != 0) {
-        return fail("an element holds text beside its child elements", element);
+        return fail(ErrorTag::bad_element, "an element holds text beside its child elements", element);
     } else if (is_container) {
-        return fail("a container holds no text", element);
+        return fail(ErrorTag::bad_element, "a container holds no text", element);
     }
-    record.value = is_edit_ || reverse_ ? request_.arena.keep(value) : trimmed(value);
+    const bool as_it_is = (is_edit_ || reverse_) && (info == nullptr || !info->is_unspaced);
+    record.value = as_it_is ? request_.arena.keep(value) : trimmed(value);
     record.present |= TQM_PRESENT_VALUE;
     return true;
 }
@@ -424,11 +459,12 @@ std::optional<XmlName> Converter::name_of(pugi::xml_node element)
 {
     auto name = scope_.element_name(element.name());
     if (!name) {
-        fail(std::string("the prefix of element <") + element.name() + "> is not declared", element);
+        fail(ErrorTag::malformed_message, std::string("the prefix of element <") + element.name() + "> is not declared",
+             element);
     } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, kNetconfNs) != 0) {
         const char *ns = request_.schema.module_ns(name->ns);
         if (ns == nullptr) {
-            fail(std::string("there is no module '") + name->ns + "' here", element);
+            fail(ErrorTag::unknown_namespace, std::string("there is no module '") + name->ns + "' here", element);
             return std::nullopt;
         }
         name->ns = ns;

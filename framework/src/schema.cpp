@@ -55,10 +55,59 @@ std::vector<std::string_view> Schema::paths() const
     return paths;
 }
 
-void Schema::add_module(std::string name, std::string ns)
+void Schema::add_state(std::string path)
+{
+    state_.insert(std::move(path));
+}
+
+bool Schema::is_state(std::string_view path) const
+{
+    return state_.find(path) != state_.end();
+}
+
+void Schema::add_unspaced(std::string path)
+{
+    unspaced_.insert(std::move(path));
+}
+
+bool Schema::is_unspaced(std::string_view path) const
+{
+    return unspaced_.find(path) != unspaced_.end();
+}
+
+void Schema::add_marker(std::string path, std::string marker)
+{
+    markers_.insert_or_assign(std::move(path), std::move(marker));
+}
+
+const char *Schema::marker(std::string_view path) const
+{
+    const auto found = markers_.find(path);
+    return found == markers_.end() ? nullptr : found->second.c_str();
+}
+
+void Schema::add_module(std::string name, std::string ns, std::string prefix)
 {
     ns_module_.emplace(ns, name);
+    ns_prefix_.emplace(ns, std::move(prefix));
     module_ns_.emplace(std::move(name), std::move(ns));
+}
+
+void Schema::add_ns(std::string path, std::string ns)
+{
+    node_ns_.insert_or_assign(std::move(path), std::move(ns));
+}
+
+std::string_view Schema::prefix_of(std::string_view ns) const
+{
+    const auto found = ns_prefix_.find(ns);
+    return found == ns_prefix_.end() ? std::string_view() : std::string_view(found->second);
+}
+
+const char *Schema::ns_of(std::string_view path) const
+{
+    const auto found = node_ns_.find(path);
+    return found == node_ns_.end() ? nullptr : found->second.c_str();
 }
 
 void Schema::add_json_type(std::string path, JsonType type)

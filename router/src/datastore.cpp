@@ -52,7 +52,7 @@ Expected<Tree> copy_of(const Tree &tree)
 {
     lyd_node *copy = nullptr;
     if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
-        return tl::unexpected(Error{"operation-failed: libyang cannot copy the configuration", ""});
+        return tl::unexpected(Error{"libyang cannot copy the configuration", ""});
     }
     return Tree(copy);
 }
@@ -66,7 +66,7 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     const LY_ERR code = lyd_validate_all(&validated, context, LYD_VALIDATE_PRESENT | LYD_VALIDATE_NO_STATE, nullptr);
     tree.reset(validated);
     if (code) {
-        return tl::unexpected(Error{"operation-failed: " + document_fault(context), ""});
+        return tl::unexpected(Error{document_fault(context), ""});
     }
     return {};
 }
@@ -97,7 +97,7 @@ Expected<Datastore> Datastore::open(const Models &models, const std::string &dir
 Expected<void> Datastore::edit(const EditNode *trees)
 {
     if (state_->access != Access::write) {
-        return tl::unexpected(Error{"access-denied: the store " + state_->file.path() + " is open for reading", ""});
+        return refuse(Fault::denied, "", "the store " + state_->file.path() + " is open for reading");
     }
     auto copy = copy_of(state_->configuration);
     if (!copy) {
@@ -133,7 +133,7 @@ Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
         }
         top = state_->state_is_given ? state_->given_state.get() : state_->derived_state.get();
         if (!top && !state_->state_is_given) {
-            return tl::unexpected(Error{"operation-failed: libyang cannot make the operational data", ""});
+            return tl::unexpected(Error{"libyang cannot make the operational data", ""});
         }
     }
     Reader(context, state_->visibility, sink).read(filter, top);

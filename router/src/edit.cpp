@@ -5,8 +5,9 @@
 #include "document.h"
 #include "report.h"
 
+#include <algorithm>
 #include <cstring>
-#include <utility>
+#include <vector>
 
 namespace router
 {
@@ -15,46 +16,32 @@ namespace
 {
 
 constexpr const char *not_xml_text = "the text has characters that XML cannot carry";
+constexpr const char *nothing_to_delete = "there is nothing to delete";
 
 bool takes_away(Operation operation)
 {
     return operation == Operation::delete_ || operation == Operation::remove;
 }
 
-// Whether a node below sets something in so many words.
-bool sets_below(const EditNode &node)
+// Whether a node only leads to others, all of which are to be removed, if they are there.
+bool only_removes(const ly_ctx *context, const EditNode &node, const lysc_node *schema)
 {
-    for (const EditNode *child = node.first_child; child; child = child->next) {
-        const bool sets = child->operation != Operation::none && !takes_away(child->operation);
-        if (sets || sets_below(*child)) {
-            return true;
+    bool removes = false;
+    for (const EditNode *child = node.first_child; child && node.operation == Operation::none; child = child->next) {
+        const lysc_node *below = find_schema(context, schema, *child);
+        const bool is_key = below && lysc_is_key(below);
+        const bool removed = child->operation == Operation::remove || (below && only_removes(context, *child, below));
+        if (!is_key && !removed) {
+            return false;
         }
+        removes |= !is_key;
     }
-    return false;
+    return removes;
 }
 
 bool is_presence_container(const lysc_node *schema)
 {
     return schema->nodetype == LYS_CONTAINER && (schema->flags & LYS_PRESENCE);
-}
-
-// An entry goes with its key leaf.
-Operation operation_of_entry(const lysc_node *list, const EditNode &entry)
-{
-    if (takes_away(entry.operation)) {
-        return entry.operation;
-    }
-    for (const EditNode *child = entry.first_child; child; child = child->next) {
-        if (!takes_away(child->operation)) {
-            continue;
-        }
-        for (const lysc_node *key = lysc_node_child(list); key && lysc_is_key(key); key = key->next) {
-            if (std::strcmp(child->name, key->name) == 0) {
-                return child->operation;
-            }
-        }
-    }
-    return entry.operation;
 }
 
 std::string step_of_entry(const lysc_node *list, const Keys &keys)
@@ -86,39 +73,35 @@ const char *value_or_empty(const lysc_node *leaf, const char *value)
     return !value && type_of(leaf) != LY_TYPE_STRING && value_fits(leaf, "") ? "" : value;
 }
 
-tl::unexpected<Error> failed(const std::string &path)
+tl::unexpected<Error> failed(const EditNode &node, const std::string &path)
 {
-    return refuse("operation-failed", path, "libyang cannot make the node");
+    return refuse(Fault::failed, path, "libyang cannot make the node", node.origin);
+}
+
+// The choice that a node is a case of; null if it is none's.
+const lysc_node *choice_of(const lysc_node *schema)
+{
+    const bool in_case = schema->parent && schema->parent->nodetype == LYS_CASE;
+    return in_case ? schema->parent->parent : nullptr;
+}
+
+const EditNode *find_child(const EditNode *siblings, const EditNode &like)
+{
+    for (const EditNode *child = siblings; child; child = child->next) {
+        if (std::strcmp(child->name, like.name) == 0 && (!child->ns || !like.ns || !std::strcmp(child->ns, like.ns))) {
+            return child;
+        }
+    }
+    return nullptr;
 }
 
 } // namespace
 
-template <typename Path>
-void Editor::take_away(const EditNode &node, Operation operation, lyd_node *data, Path path)
-{
-    if (data) {
-        remove(data);
-    }
-    if (operation != Operation::delete_) {
-        return;
-    }
-    if (data || swept_) {
-        deletion(node).found = true;
-    } else {
-        note_missing(node, path());
-    }
-}
-
 Expected<void> Editor::apply(const EditNode *trees)
 {
     for (const EditNode *tree = trees; tree; tree = tree->next) {
-        if (auto applied = apply_node(*tree, nullptr); !applied) {
+        if (auto applied = apply_node(*tree, trees, nullptr); !applied) {
             return applied;
-        }
-    }
-    for (const Deletion &deletion : deletions_) {
-        if (!deletion.found) {
-            return refuse("data-missing", deletion.path, "there is nothing to delete");
         }
     }
     return {};
@@ -133,29 +116,39 @@ std::string Editor::path_of_child(const Place *parent, const std::string &name) 
     return path + "/" + name;
 }
 
-Expected<void> Editor::apply_node(const EditNode &node, Place *parent)
+Expected<void> Editor::apply_node(const EditNode &node, const EditNode *siblings, Place *parent)
 {
     const lysc_node *schema = find_schema(context_, parent ? parent->schema : nullptr, node);
     if (!schema) {
-        return refuse("unknown-element", path_of_child(parent, node.name), "the router has no such node");
+        return refuse(Fault::unknown_node, path_of_child(parent, node.name), "the router has no such node",
+                      node.origin);
     }
     if (!is_native_configuration(schema)) {
-        return refuse("operation-not-supported", path_of_child(parent, node.name), "not configuration of the router");
+        return refuse(Fault::not_supported, path_of_child(parent, node.name), "not configuration of the router",
+                      node.origin);
     }
     if (schema->nodetype == LYS_CONTAINER) {
         return apply_container(node, parent, schema);
     }
     if (!parent) { // only containers stand at the top of the router's modules
-        return refuse("operation-not-supported", path_of_child(parent, node.name), "not a container");
+        return refuse(Fault::not_supported, path_of_child(parent, node.name), "not a container", node.origin);
     }
-    return schema->nodetype == LYS_LIST ? apply_list(node, *parent, schema) : apply_leaf(node, *parent, schema);
+    return schema->nodetype == LYS_LIST ? apply_list(node, siblings, *parent, schema)
+                                        : apply_leaf(node, *parent, schema);
 }
 
+// Leaves that go are gone before others are set: those of a choice may take one another's place.
 Expected<void> Editor::apply_children(const EditNode &node, Place &place)
 {
-    for (const EditNode *child = node.first_child; child; child = child->next) {
-        if (auto applied = apply_node(*child, &place); !applied) {
-            return applied;
+    const auto goes_first = [](const EditNode &child) { return takes_away(child.operation) && !child.first_child; };
+    for (const bool first : {true, false}) {
+        for (const EditNode *child = node.first_child; child; child = child->next) {
+            if (goes_first(*child) != first) {
+                continue;
+            }
+            if (auto applied = apply_node(*child, node.first_child, &place); !applied) {
+                return applied;
+            }
         }
     }
     return {};
@@ -169,13 +162,10 @@ Expected<void> Editor::apply_leaf(const EditNode &node, Place &parent, const lys
     lyd_node *leaf = parent.node ? find_single(parent.node, nullptr, schema) : nullptr;
     switch (node.operation) {
     case Operation::none:
-        if (!node.value && type_of(schema) != LY_TYPE_EMPTY) {
-            return {};
-        }
-        return set_leaf(node, parent, schema, leaf);
+        return node.value ? set_leaf(node, parent, schema, leaf) : Expected<void>();
     case Operation::create:
         if (leaf) {
-            return refuse("data-exists", path_of(leaf), "the leaf is there already");
+            return refuse(Fault::exists, path_of(leaf), "the leaf is there already", node.origin);
         }
         return set_leaf(node, parent, schema, leaf);
     case Operation::merge:
@@ -183,7 +173,9 @@ Expected<void> Editor::apply_leaf(const EditNode &node, Place &parent, const lys
         return set_leaf(node, parent, schema, leaf);
     case Operation::delete_:
     case Operation::remove:
-        take_away(node, node.operation, leaf, [&] { return path_of_child(&parent, node.name); });
+        if (!(parent.node && remove_setting(parent.node, schema)) && node.operation == Operation::delete_) {
+            return refuse(Fault::missing, path_of_child(&parent, node.name), nothing_to_delete, node.origin);
+        }
         return {};
     }
     return {};
@@ -193,20 +185,21 @@ Expected<void> Editor::set_leaf(const EditNode &node, Place &parent, const lysc_
 {
     const char *value = value_or_empty(schema, node.value);
     if (value && !is_xml_text(value)) {
-        return refuse("invalid-value", path_of_child(&parent, node.name), not_xml_text);
+        return refuse(Fault::bad_value, path_of_child(&parent, node.name), not_xml_text, node.origin);
     }
     LY_ERR code = LY_EVALID;
     if (value && leaf) {
         code = lyd_change_term(leaf, value);
     } else if (value) {
         if (!make(parent)) {
-            return failed(path_of_child(&parent, node.name));
+            return failed(node, path_of_child(&parent, node.name));
         }
         code = lyd_new_term(parent.node, schema->module, schema->name, value, 0, nullptr);
+        remove_other_cases(parent.node, schema);
     }
     const bool was_set_already = code == LY_EEXIST || code == LY_ENOT;
     if (code && !was_set_already) {
-        return refuse("invalid-value", path_of_child(&parent, node.name), value_refused(schema, value));
+        return refuse(Fault::bad_value, path_of_child(&parent, node.name), value_refused(schema, value), node.origin);
     }
     changed_ |= !was_set_already;
     return {};
@@ -217,106 +210,100 @@ Expected<void> Editor::apply_container(const EditNode &node, Place *parent, cons
     const bool reachable = !parent || parent->node;
     Place place{parent, schema, reachable ? find_single(parent ? parent->node : nullptr, top(), schema) : nullptr};
     if (takes_away(node.operation)) {
-        take_away(node, node.operation, place.node, [&] { return path_of_child(parent, node.name); });
-        place.node = nullptr;
-        return set_anew(node, place);
+        if (place.node) {
+            remove(place.node);
+        } else if (node.operation == Operation::delete_) {
+            return refuse(Fault::missing, path_of_child(parent, node.name), nothing_to_delete, node.origin);
+        }
+        return {};
     }
     if (node.operation == Operation::create && place.node) {
-        return refuse("data-exists", path_of(place.node), "the container is there already");
+        return refuse(Fault::exists, path_of(place.node), "the container is there already", node.origin);
     }
     if (node.operation == Operation::replace && place.node) {
         remove_contents(place.node);
     }
     if (node.operation != Operation::none && is_presence_container(schema) && !make(place)) {
-        return failed(path_of_child(parent, node.name));
+        return failed(node, path_of_child(parent, node.name));
     }
     return apply_children(node, place);
 }
 
-Expected<void> Editor::set_anew(const EditNode &node, Place &place)
-{
-    if (!sets_below(node)) {
-        return {};
-    }
-    const bool outer = std::exchange(swept_, true);
-    auto applied = apply_children(node, place);
-    swept_ = outer;
-    return applied;
-}
-
-Expected<void> Editor::apply_list(const EditNode &node, Place &parent, const lysc_node *schema)
+Expected<void> Editor::apply_list(const EditNode &node, const EditNode *siblings, Place &parent,
+                                  const lysc_node *schema)
 {
     const Keys keys = keys_of(schema, node);
-    const Operation operation = operation_of_entry(schema, node);
     if (!keys.all()) {
-        return apply_entries(node, operation, parent, schema, keys);
+        return apply_entries(node, siblings, parent, schema, keys);
     }
     const lysc_node *key = lysc_node_child(schema);
     for (size_t i = 0; i < keys.wanted; ++i, key = key->next) {
-        if (!is_xml_text(keys.values[i])) {
-            return refuse("invalid-value", path_of_child(&parent, schema->name) + "/" + key->name, not_xml_text);
-        }
-        if (!value_fits(key, keys.values[i])) {
-            return refuse("invalid-value", path_of_child(&parent, schema->name) + "/" + key->name,
-                          value_refused(key, keys.values[i]));
+        const bool is_text = is_xml_text(keys.values[i]);
+        if (!is_text || !value_fits(key, keys.values[i])) {
+            return refuse(Fault::bad_value, path_of_child(&parent, schema->name) + "/" + key->name,
+                          is_text ? value_refused(key, keys.values[i]) : not_xml_text, node.origin);
         }
     }
-    return apply_entry(node, operation, parent, schema, keys);
+    return apply_entry(node, parent, schema, keys);
 }
 
-Expected<void> Editor::apply_entry(const EditNode &node, Operation operation, Place &parent, const lysc_node *schema,
-                                   const Keys &keys)
+Expected<void> Editor::apply_entry(const EditNode &node, Place &parent, const lysc_node *schema, const Keys &keys)
 {
     lyd_node *found = finder_.find(parent.node, schema, keys);
     const bool shown = found && visibility_.shown(found);
     const bool foreign_chain = found && !shown && visibility_.is_key_chain(schema);
     const auto path = [&] { return path_of_child(&parent, step_of_entry(schema, keys)); };
 
-    if (takes_away(operation)) {
-        take_away(node, operation, shown ? found : nullptr, path);
+    if (takes_away(node.operation)) {
+        if (shown) {
+            remove(found);
+        } else if (node.operation == Operation::delete_) {
+            return refuse(Fault::missing, path(), nothing_to_delete, node.origin);
+        }
         return {};
     }
-    if (operation == Operation::none && (!found || foreign_chain)) {
-        return refuse("data-missing", path(), "there is no such entry");
+    if (node.operation == Operation::none && (!found || foreign_chain)) {
+        return only_removes(context_, node, schema)
+                   ? Expected<void>()
+                   : refuse(Fault::missing, path(), "there is no such entry", node.origin);
     }
     if (foreign_chain) {
-        return refuse("access-denied", path(), "the key chain belongs to the router, and is not one of MACsec");
+        return refuse(Fault::denied, path(), "the key chain belongs to the router, and is not one of MACsec",
+                      node.origin);
     }
-    if (operation == Operation::create && shown) {
-        return refuse("data-exists", path(), "the entry is there already");
+    if (node.operation == Operation::create && found) {
+        return refuse(Fault::exists, path(), "the entry is there already", node.origin);
     }
-    if (operation == Operation::replace && found) {
+    if (node.operation == Operation::replace && found) {
         remove_contents(found);
     }
     Place entry{&parent, schema, found};
     if (!make_entry(entry, keys)) {
-        return failed(path());
+        return failed(node, path());
     }
     return apply_children(node, entry);
 }
 
-Expected<void> Editor::apply_entries(const EditNode &node, Operation operation, Place &parent, const lysc_node *schema,
-                                     const Keys &keys)
+Expected<void> Editor::apply_entries(const EditNode &node, const EditNode *siblings, Place &parent,
+                                     const lysc_node *schema, const Keys &keys)
 {
     const auto path = [&] { return path_of_child(&parent, step_of_entry(schema, keys)); };
-    if (operation == Operation::create) {
-        return refuse("missing-element", path(), "an entry is made with all its keys");
+    if (node.operation == Operation::create) {
+        return refuse(Fault::missing_key, path(), "an entry is made with all its keys", node.origin);
     }
     const std::vector<lyd_node *> entries = matching_entries(parent.node, schema, keys, visibility_, finder_);
-    if (takes_away(operation)) {
-        for (lyd_node *entry : entries) {
-            take_away(node, operation, visibility_.shown(entry) ? entry : nullptr, path);
+    if (takes_away(node.operation) || only_removes(context_, node, schema)) {
+        const auto shown = [&](const lyd_node *entry) { return visibility_.shown(entry); };
+        if (node.operation == Operation::delete_ && std::none_of(entries.begin(), entries.end(), shown)) {
+            return refuse(Fault::missing, path(), nothing_to_delete, node.origin);
         }
-        if (entries.empty()) {
-            take_away(node, operation, nullptr, path);
+        if (parent.node) {
+            sweep_entries(node, schema, parent.node, siblings);
         }
         return {};
     }
-    if (entries.empty()) {
-        missing_below(node, path());
-    }
     for (lyd_node *found : entries) {
-        if (operation == Operation::replace) {
+        if (node.operation == Operation::replace) {
             remove_contents(found);
         }
         Place entry{&parent, schema, found};
@@ -360,11 +347,6 @@ bool Editor::make_entry(Place &entry, const Keys &keys)
         finder_.added(entry.node);
         changed_ = true;
     }
-    // A chain without this is the router's own and out of OpenConfig's sight; one that is made here is not.
-    if (visibility_.is_key_chain(entry.schema)) {
-        Place macsec_keychain{&entry, visibility_.macsec_keychain(), nullptr};
-        return make(macsec_keychain) != nullptr;
-    }
     return true;
 }
 
@@ -389,32 +371,88 @@ void Editor::remove_contents(lyd_node *node)
     }
 }
 
-Editor::Deletion &Editor::deletion(const EditNode &node)
+bool Editor::remove_other_cases(lyd_node *parent, const lysc_node *schema)
 {
-    const void *group = node.group ? node.group : &node;
-    const auto [place, is_new] = deletion_of_.try_emplace(group, deletions_.size());
-    if (is_new) {
-        deletions_.emplace_back();
+    const lysc_node *const choice = choice_of(schema);
+    bool removed = false;
+    lyd_node *next = choice ? lyd_child_no_keys(parent) : nullptr;
+    while (lyd_node *node = next) {
+        next = node->next;
+        if (choice_of(node->schema) == choice && node->schema->parent != schema->parent) {
+            remove(node);
+            removed = true;
+        }
     }
-    return deletions_[place->second];
+    return removed;
 }
 
-void Editor::note_missing(const EditNode &node, const std::string &path)
+bool Editor::remove_setting(lyd_node *parent, const lysc_node *schema)
 {
-    Deletion &noted = deletion(node);
-    if (noted.path.empty()) {
-        noted.path = path;
+    lyd_node *leaf = find_single(parent, nullptr, schema);
+    const bool others = remove_other_cases(parent, schema);
+    if (leaf) {
+        remove(leaf);
+    }
+    return leaf || others;
+}
+
+const Editor::Named &Editor::named_entries(const EditNode *siblings, const lysc_node *list)
+{
+    const auto [place, is_new] = named_.try_emplace({siblings, list});
+    for (const EditNode *node = is_new ? siblings : nullptr; node; node = node->next) {
+        if (takes_away(node->operation) || std::strcmp(node->name, list->name) != 0) {
+            continue;
+        }
+        if (const Keys keys = keys_of(list, *node); keys.all()) {
+            place->second.emplace(text_of(keys), node);
+        }
+    }
+    return place->second;
+}
+
+void Editor::sweep(const EditNode *removals, lyd_node *data, const EditNode *named)
+{
+    for (const EditNode *removal = removals; removal; removal = removal->next) {
+        const lysc_node *schema = find_schema(context_, data->schema, *removal);
+        if (!schema || lysc_is_key(schema)) {
+            continue;
+        }
+        if (schema->nodetype == LYS_LIST) {
+            sweep_entries(*removal, schema, data, named);
+        } else if (schema->nodetype == LYS_CONTAINER) {
+            sweep_container(*removal, schema, data, named);
+        } else if (takes_away(removal->operation)) {
+            remove_setting(data, schema);
+        }
     }
 }
 
-void Editor::missing_below(const EditNode &node, const std::string &path)
+void Editor::sweep_container(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named)
 {
-    for (const EditNode *child = node.first_child; child; child = child->next) {
-        const std::string child_path = path + "/" + child->name;
-        if (child->operation == Operation::delete_) {
-            note_missing(*child, child_path);
+    lyd_node *container = find_single(data, nullptr, schema);
+    const EditNode *same = find_child(named, removal);
+    const bool goes = takes_away(removal.operation) && (!same || takes_away(same->operation));
+    if (container && goes) {
+        remove(container);
+    } else if (container) {
+        sweep(removal.first_child, container, same ? same->first_child : nullptr);
+    }
+}
+
+void Editor::sweep_entries(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named)
+{
+    const Named &kept = named_entries(named, schema);
+    for (lyd_node *entry : matching_entries(data, schema, keys_of(schema, removal), visibility_, finder_)) {
+        if (!visibility_.shown(entry)) {
+            continue;
+        }
+        const auto found = kept.empty() ? kept.end() : kept.find(text_of_keys(entry));
+        if (found != kept.end()) {
+            sweep(removal.first_child, entry, found->second->first_child);
+        } else if (takes_away(removal.operation)) {
+            remove(entry);
         } else {
-            missing_below(*child, child_path);
+            sweep(removal.first_child, entry, nullptr);
         }
     }
 }

@@ -7,9 +7,10 @@
 #include "router/error.h"
 #include "tree.h"
 
+#include <map>
 #include <string>
 #include <unordered_map>
-#include <vector>
+#include <utility>
 
 namespace router
 {
@@ -35,24 +36,25 @@ private:
         const lysc_node *schema;
         lyd_node *node;
     };
-    // One deletion of the caller's: the nodes of one group.
-    struct Deletion {
-        bool found = false;
-        std::string path; // of the first node that was not there
-    };
-    Expected<void> apply_node(const EditNode &node, Place *parent);
+    // The entries that an edit names with all keys, to set something, in one list among the children of one node.
+    using Named = std::unordered_map<std::string, const EditNode *>;
+
+    Expected<void> apply_node(const EditNode &node, const EditNode *siblings, Place *parent);
     Expected<void> apply_children(const EditNode &node, Place &place);
     Expected<void> apply_leaf(const EditNode &node, Place &parent, const lysc_node *schema);
     Expected<void> apply_container(const EditNode &node, Place *parent, const lysc_node *schema);
-    // The children of a container that has just been taken away which set something all the same: a replace that
-    // was taken apart into its removal and its new content looks like that.
-    Expected<void> set_anew(const EditNode &node, Place &place);
-    Expected<void> apply_list(const EditNode &node, Place &parent, const lysc_node *schema);
-    Expected<void> apply_entry(const EditNode &node, Operation operation, Place &parent, const lysc_node *schema,
-                               const Keys &keys);
-    Expected<void> apply_entries(const EditNode &node, Operation operation, Place &parent, const lysc_node *schema,
+    Expected<void> apply_list(const EditNode &node, const EditNode *siblings, Place &parent, const lysc_node *schema);
+    Expected<void> apply_entry(const EditNode &node, Place &parent, const lysc_node *schema, const Keys &keys);
+    Expected<void> apply_entries(const EditNode &node, const EditNode *siblings, Place &parent, const lysc_node *schema,
                                  const Keys &keys);
     Expected<void> set_leaf(const EditNode &node, Place &parent, const lysc_node *schema, lyd_node *leaf);
+
+    // What a removal of all entries takes of those that the edit names: `removals` are the children of the entry that
+    // stands for all, `named` those of the one that is named (null: nothing is), `data` the parent of both's data.
+    void sweep(const EditNode *removals, lyd_node *data, const EditNode *named);
+    void sweep_container(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named);
+    void sweep_entries(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named);
+    const Named &named_entries(const EditNode *siblings, const lysc_node *list);
 
     lyd_node *top() const { return tree_.get(); }
     std::string path_of_child(const Place *parent, const std::string &name) const;
@@ -60,23 +62,16 @@ private:
     bool make_entry(Place &entry, const Keys &keys);
     void remove(lyd_node *node);
     void remove_contents(lyd_node *node);
-
-    // Delete or remove of `data`, which is null where there is none; `path` makes its path for that case.
-    template <typename Path>
-    void take_away(const EditNode &node, Operation operation, lyd_node *data, Path path);
-    Deletion &deletion(const EditNode &node);
-    void note_missing(const EditNode &node, const std::string &path);
-    void missing_below(const EditNode &node, const std::string &path);
+    // Takes away a leaf and, if it is in a case, what there is of the other cases. False if there was nothing.
+    bool remove_setting(lyd_node *parent, const lysc_node *schema);
+    bool remove_other_cases(lyd_node *parent, const lysc_node *schema);
 
     const ly_ctx *context_;
     const Visibility &visibility_;
     Tree &tree_;
     EntryFinder finder_;
     bool changed_ = false;
-    bool swept_ = false; // below a container that is gone: what is to be deleted there has been found
-
-    std::vector<Deletion> deletions_;
-    std::unordered_map<const void *, size_t> deletion_of_;
+    std::map<std::pair<const EditNode *, const lysc_node *>, Named> named_;
 };
 
 } // namespace router

@@ -18,9 +18,11 @@ bool same(const char *left, const char *right)
     return std::strcmp(left, right) == 0;
 }
 
-const lysc_node *find_by_name(const lysc_node *siblings, const char *ns, const char *name)
+// Nodes of cases count as children of what is around their choice.
+const lysc_node *find_by_name(const lysc_node *parent, const lysc_module *module, const char *ns, const char *name)
 {
-    for (const lysc_node *node = siblings; node; node = node->next) {
+    const lysc_node *node = nullptr;
+    while ((node = lys_getnext(node, parent, module, 0)) != nullptr) {
         if (same(node->name, name) && same(node->module->ns, ns)) {
             return node;
         }
@@ -61,7 +63,9 @@ void append_part(std::string &text, const char *value)
     text += '\0';
 }
 
-std::string index_text(const Keys &keys)
+} // namespace
+
+std::string text_of(const Keys &keys)
 {
     std::string text;
     for (size_t i = 0; i < keys.wanted; ++i) {
@@ -71,6 +75,9 @@ std::string index_text(const Keys &keys)
     }
     return text;
 }
+
+namespace
+{
 
 std::string index_text(const lyd_node *entry, unsigned mask)
 {
@@ -99,10 +106,10 @@ void for_each_entry(const lyd_node *parent, const lysc_node *list, Visit visit)
 const lysc_node *find_schema(const ly_ctx *context, const lysc_node *parent, const EditNode &node)
 {
     if (parent) {
-        return find_by_name(lysc_node_child(parent), node.ns ? node.ns : parent->module->ns, node.name);
+        return find_by_name(parent, nullptr, node.ns ? node.ns : parent->module->ns, node.name);
     }
     const lys_module *module = node.ns ? ly_ctx_get_module_implemented_ns(context, node.ns) : nullptr;
-    return module && module->compiled ? find_by_name(module->compiled->data, node.ns, node.name) : nullptr;
+    return module && module->compiled ? find_by_name(nullptr, module->compiled, node.ns, node.name) : nullptr;
 }
 
 bool is_native_configuration(const lysc_node *node)
@@ -120,6 +127,11 @@ lyd_node *find_single(const lyd_node *parent, const lyd_node *top, const lysc_no
         return nullptr;
     }
     return match->flags & LYD_DEFAULT ? nullptr : match;
+}
+
+std::string text_of_keys(const lyd_node *entry)
+{
+    return index_text(entry, ~0U);
 }
 
 Keys keys_of(const lysc_node *list, const EditNode &entry)
@@ -212,7 +224,7 @@ std::vector<lyd_node *> EntryFinder::matching(const lyd_node *parent, const lysc
     if (is_new) {
         for_each_entry(parent, list, [&](lyd_node *entry) { index[index_text(entry, mask)].push_back(entry); });
     }
-    const auto found = index.find(index_text(keys));
+    const auto found = index.find(text_of(keys));
     return found == index.end() ? std::vector<lyd_node *>() : found->second;
 }
 

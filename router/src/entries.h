@@ -38,6 +38,10 @@ struct Keys {
 };
 Keys keys_of(const lysc_node *list, const EditNode &entry);
 
+// The values of all keys in one text, by which entries of one list are told apart.
+std::string text_of(const Keys &keys);
+std::string text_of_keys(const lyd_node *entry);
+
 // Adds an entry, with all keys, below `parent`; null if libyang refuses.
 lyd_node *new_entry(lyd_node *parent, const lysc_node *list, const Keys &keys);
 

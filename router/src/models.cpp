@@ -34,14 +34,24 @@ std::vector<std::string> key_names(const lysc_node *list)
     return keys;
 }
 
-void collect(const lysc_node *siblings, const std::string &parent, uint16_t kind, std::vector<ListInfo> &found)
+// Calls `visit` with each node of a module, or below `parent`, and its path; parents before their children. Choices and
+// cases are no nodes of data.
+template <typename Visit>
+void for_each_node(const lysc_module *module, const lysc_node *parent, const std::string &outer, Visit visit)
 {
-    for (const lysc_node *node = siblings; node; node = node->next) {
-        const std::string path = parent + "/" + node->name;
-        if (node->nodetype == kind) {
-            found.push_back({node->module->ns, path, key_names(node)});
-        }
-        collect(lysc_node_child(node), path, kind, found);
+    const lysc_node *node = nullptr;
+    while ((node = lys_getnext(node, parent, module, 0)) != nullptr) {
+        const std::string path = outer + "/" + node->name;
+        visit(*node, path);
+        for_each_node(nullptr, node, path, visit);
+    }
+}
+
+template <typename Visit>
+void for_each_node(const ly_ctx *context, const char *module_name, Visit visit)
+{
+    if (const lys_module *module = ly_ctx_get_module_implemented(context, module_name)) {
+        for_each_node(module->compiled, nullptr, "", visit);
     }
 }
 
@@ -49,7 +59,11 @@ std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
 {
     std::vector<ListInfo> found;
     for (const char *name : module_names) {
-        collect(ly_ctx_get_module_implemented(context, name)->compiled->data, "", kind, found);
+        for_each_node(context, name, [&](const lysc_node &node, const std::string &path) {
+            if (node.nodetype == kind) {
+                found.push_back({node.module->ns, path, key_names(&node)});
+            }
+        });
     }
     return found;
 }
@@ -77,13 +91,26 @@ NodeKind kind_of(const lysc_node *node)
     }
 }
 
-void collect_nodes(const lysc_node *first, const std::string &parent, std::vector<NodeInfo> &found)
+const lysc_type *type_of(const lysc_node &node)
 {
-    for (const lysc_node *node = first; node; node = node->next) {
-        const std::string path = parent + "/" + node->name;
-        found.push_back({path, kind_of(node), (node->flags & LYS_CONFIG_W) != 0, lysc_is_key(node) != 0});
-        collect_nodes(lysc_node_child(node), path, found);
+    switch (node.nodetype) {
+    case LYS_LEAF:
+        return reinterpret_cast<const lysc_node_leaf &>(node).type;
+    case LYS_LEAFLIST:
+        return reinterpret_cast<const lysc_node_leaflist &>(node).type;
+    default:
+        return nullptr;
     }
+}
+
+// Texts are what they are, with the white space around them; a union of none is none. So are values that are named by
+// a pattern alone, which no type of these modules lets begin or end with white space in a union.
+bool is_unspaced(const lysc_type *type)
+{
+    while (type && type->basetype == LY_TYPE_LEAFREF) {
+        type = reinterpret_cast<const lysc_type_leafref *>(type)->realtype;
+    }
+    return type && type->basetype != LY_TYPE_STRING && type->basetype != LY_TYPE_BINARY;
 }
 
 std::optional<ValueForm> form_of(const lysc_type *type)
@@ -105,23 +132,6 @@ std::optional<ValueForm> form_of(const lysc_type *type)
         return ValueForm::empty;
     default:
         return std::nullopt;
-    }
-}
-
-void collect_forms(const lysc_node *first, const std::string &parent, std::vector<LeafForm> &found)
-{
-    for (const lysc_node *node = first; node; node = node->next) {
-        const std::string path = parent + "/" + node->name;
-        const lysc_type *type = nullptr;
-        if (node->nodetype == LYS_LEAF) {
-            type = reinterpret_cast<const lysc_node_leaf *>(node)->type;
-        } else if (node->nodetype == LYS_LEAFLIST) {
-            type = reinterpret_cast<const lysc_node_leaflist *>(node)->type;
-        }
-        if (const auto form = type != nullptr ? form_of(type) : std::nullopt) {
-            found.push_back({path, *form});
-        }
-        collect_forms(lysc_node_child(node), path, found);
     }
 }
 
@@ -174,7 +184,7 @@ std::vector<ModuleInfo> Models::modules() const
     std::vector<ModuleInfo> found;
     for (const char *name : module_names) {
         if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
-            found.push_back({module->name, module->ns});
+            found.push_back({module->name, module->ns, module->prefix});
         }
     }
     return found;
@@ -184,9 +194,12 @@ std::vector<LeafForm> Models::leaf_forms() const
 {
     std::vector<LeafForm> found;
     for (const char *name : module_names) {
-        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
-            collect_forms(module->compiled->data, "", found);
-        }
+        for_each_node(context_.get(), name, [&](const lysc_node &node, const std::string &path) {
+            const lysc_type *const type = type_of(node);
+            if (const auto form = type != nullptr ? form_of(type) : std::nullopt) {
+                found.push_back({path, *form});
+            }
+        });
     }
     return found;
 }
@@ -195,7 +208,11 @@ std::vector<NodeInfo> Models::nodes(const char *module_ns) const
 {
     std::vector<NodeInfo> found;
     if (const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns)) {
-        collect_nodes(module->compiled->data, "", found);
+        for_each_node(module->compiled, nullptr, "", [&](const lysc_node &node, const std::string &path) {
+            found.push_back({path, kind_of(&node), (node.flags & LYS_CONFIG_W) != 0,
+                             node.nodetype == LYS_LEAF && (node.flags & LYS_KEY) != 0, is_unspaced(type_of(node)),
+                             node.module->ns});
+        });
     }
     return found;
 }
@@ -241,12 +258,13 @@ Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) con
 namespace
 {
 
-const lysc_node *find_node(const lysc_node *first, std::string_view path)
+const lysc_node *find_node(const lysc_module *module, const lysc_node *parent, std::string_view path)
 {
     const size_t end = std::min(path.find('/', 1), path.size());
-    for (const lysc_node *node = first; node; node = node->next) {
+    const lysc_node *node = nullptr;
+    while ((node = lys_getnext(node, parent, module, 0)) != nullptr) {
         if (path.substr(1, end - 1) == node->name) {
-            return end == path.size() ? node : find_node(lysc_node_child(node), path.substr(end));
+            return end == path.size() ? node : find_node(nullptr, node, path.substr(end));
         }
     }
     return nullptr;
@@ -314,13 +332,11 @@ std::vector<std::string> Models::sample_values(const std::string &path) const
                                                    "2030-01-02T03:04:05Z", "2030-01-02T03:04:05.25+02:00"};
     std::vector<std::string> samples;
     const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), ns::openconfig);
-    const lysc_node *node = find_node(module->compiled->data, path);
+    const lysc_node *node = find_node(module->compiled, nullptr, path);
     if (node == nullptr || (node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) == 0) {
         return samples;
     }
-    const lysc_type *type = node->nodetype == LYS_LEAF ? reinterpret_cast<const lysc_node_leaf *>(node)->type
-                                                       : reinterpret_cast<const lysc_node_leaflist *>(node)->type;
-    collect_samples(type, texts, samples);
+    collect_samples(type_of(*node), texts, samples);
     std::erase_if(samples, [&](const std::string &sample) {
         return lyd_value_validate(context_.get(), node, sample.c_str(), sample.size(), nullptr, nullptr, nullptr) ==
                LY_EVALID;

@@ -158,10 +158,9 @@ std::string path_of(const lyd_node *node)
     return path;
 }
 
-tl::unexpected<Error> refuse(const char *tag, std::string path, const std::string &reason)
+tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, const void *origin)
 {
-    std::string text = std::string(tag) + ": " + path + ": " + reason;
-    return tl::unexpected(Error{std::move(text), std::move(path)});
+    return tl::unexpected(Error{std::move(reason), std::move(path), fault, origin});
 }
 
 bool is_secret(const lysc_node *leaf)

@@ -15,8 +15,8 @@ namespace router
 // Absolute instance path without prefixes, keys as predicates; "" for null.
 std::string path_of(const lyd_node *node);
 
-// "tag: path: reason", with the path in its own field as well.
-tl::unexpected<Error> refuse(const char *tag, std::string path, const std::string &reason);
+// `origin` is that of the node of an edit that is to blame.
+tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, const void *origin = nullptr);
 
 // Whether the leaf holds key text.
 bool is_secret(const lysc_node *leaf);

@@ -94,6 +94,7 @@ TEST(Explain, ShowsARefusedRequestUpToTheRefusal)
                                                                         "<delay-protection>true</delay-protection>")));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "error: the node is not supported\n"
+                           "  error-tag: unknown-element\n"
                            "  path: /macsec/mka/policies/policy[name='P1']/config\n"
                            "  tag: use-updated-eth-header\n"
                            "  code: 0xaaf2ee00\n");
@@ -200,9 +201,10 @@ TEST(Explain, WritesAPageInsteadOfTheTable)
     EXPECT_EQ(page.status, 1);
 
     const Outcome nowhere = ocmap({"explain", "-", "--html", "/no/such/page.html"}, document);
-    EXPECT_EQ(nowhere.err, "error: cannot write '/no/such/page.html': No such file or directory\n");
+    EXPECT_EQ(nowhere.err,
+              "error: cannot write '/no/such/page.html': No such file or directory\n  error-tag: operation-failed\n");
     EXPECT_EQ(ocmap({"explain", "-", "--html", "/dev/full"}, document).err,
-              "error: cannot write '/dev/full': No space left on device\n");
+              "error: cannot write '/dev/full': No space left on device\n  error-tag: operation-failed\n");
 }
 
 TEST(Explain, ShowsNoKeyText)

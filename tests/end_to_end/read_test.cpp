@@ -93,6 +93,7 @@ TEST_F(Read, UnsupportedLeavesFailAReadThatNamesThem)
             get_config(in_policies(std::string("<policy><name>P1</name><config>") + leaf + "</config></policy>"));
         EXPECT_EQ(named.status, 1);
         EXPECT_EQ(named.err, "error: the node is not supported\n"
+                             "  error-tag: unknown-element\n"
                              "  path: /macsec/mka/policies/policy[name='P1']/config\n"
                              "  tag: use-updated-eth-header\n"
                              "  code: 0xaaf2ee00\n");
@@ -124,9 +125,9 @@ TEST_F(Read, ReverseTakesNativeTreesAndForwardReads)
                          nodes + "<macsec-keychain/></keychain></keychains>");
     };
     EXPECT_NE(of_chain("<chain-name xmlns='urn:x'><x/></chain-name>").out.find("<name>KC</name>"), std::string::npos);
-    EXPECT_EQ(
-        of_chain("<chain-name>KD</chain-name>").err,
-        "error: the element <chain-name> stands twice\n  path: /keychains/keychain[chain-name='KC']/chain-name\n");
+    EXPECT_EQ(of_chain("<chain-name>KD</chain-name>").err,
+              "error: the element <chain-name> stands twice\n  error-tag: bad-element\n  path: "
+              "/keychains/keychain[chain-name='KC']/chain-name\n");
     const Outcome forward = ocmap({"forward", std::string(EXAMPLES) + "/policies/get-leaf.xml"});
     EXPECT_EQ(compact(forward.out),
               "<filter xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\" type=\"subtree\"><macsec "

@@ -142,7 +142,7 @@ TEST_F(ForwardPlacing, what_a_replace_removes_of_all_keys_comes_before_the_keys_
 TEST_F(ForwardPlacing, deleting_an_interface_leaves_the_native_one_standing)
 {
     EXPECT_EQ(walk(node("oc", {node("interface", {leaf("name", "I")}, TQM_OP_DELETE)}), interfaces()),
-              "ifs{if:merge{interface-name=I:merge macsec{psk{chain:remove}}}}");
+              "ifs{if:none{interface-name=I:merge macsec{psk{chain:remove}}}}");
     const tqm::OutputNode &entry = *request.roots().at(0)->children().begin();
     const tqm::OutputNode &macsec = *++entry.children().begin();
     EXPECT_STREQ(entry.ns(), kNative);
@@ -186,7 +186,7 @@ TEST_F(ForwardPlacing, the_last_value_and_operation_of_a_leaf_win_and_a_key_keep
     add(request, "/pol/p/b", {.value = ""});
     add(request, "/pol/p/a", {.source = &tree});
     add(request, "/pol/p/name", {.source = &tree});
-    EXPECT_EQ(dump(request), "pol{p:merge{name=P:remove a:remove b=:merge}}");
+    EXPECT_EQ(dump(request), "pol{p:merge{name=P:merge a:remove b=:merge}}");
 }
 
 TEST_F(ForwardPlacing, values_of_a_leaf_list_stand_once_and_an_out_node_overwrites_the_last)

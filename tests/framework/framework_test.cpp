@@ -57,11 +57,11 @@ rcode reverse_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
 class MemorySide : public tqm::NativeSide
 {
 public:
-    tqm::Expected<void> edit(std::span<const tqm::OutputNode *const> trees) override
+    tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override
     {
         for (const tqm::OutputNode *tree : trees)
             edited += std::string(tree->tag()) + " ";
-        return failing;
+        return refusing;
     }
     tqm::Expected<void> read(const tqm::OutputNode &, tqm::TreeBuilder &answer) override
     {
@@ -82,6 +82,7 @@ public:
     std::string edited;
     Node data;
     tqm::Expected<void> failing;
+    tl::expected<void, tqm::NativeError> refusing;
 };
 
 class Frameworks : public ::testing::Test
@@ -140,8 +141,10 @@ TEST_F(Frameworks, an_edit_reaches_the_native_side_or_says_why_not)
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().tag, "refused");
     EXPECT_EQ(refused.error().code, TQM_ERR_UNSUPPORTED);
-    native.failing = tl::make_unexpected(tqm::Error{"data exists", "/pol"});
-    EXPECT_EQ(framework.edit(Document::parse(top("<a>1</a>")).value(), native).error().text, "data exists");
+    native.refusing = tl::make_unexpected(tqm::NativeError{"too long", "/pol/a"});
+    const auto error = framework.edit(Document::parse(top("<a>1</a>")).value(), native).error();
+    EXPECT_EQ(error.text, "the router refuses the edit") << "the native side did not name a node";
+    EXPECT_EQ(error.native_path + ": " + error.native_text, "/pol/a: too long");
     EXPECT_EQ(framework.edit(Document::parse("<filter/>").value(), native).error().text,
               "the request is for get, not for edit-config");
     EXPECT_EQ(native.edited, "pol pol ");

@@ -106,7 +106,7 @@ TEST(InterfaceForward, TheNativeEntryIsNeverCreatedNorDeleted)
         std::string inside;
         Lines built;
     } cases[] = {
-        {interface("", "delete"), Lines{list, name} + removed},
+        {interface("", "delete"), Lines{list + ":none", name} + removed},
         {"<interfaces nc:operation='delete'/>", Lines{list} + removed},
         {interface("<mka nc:operation='delete'/>"), Lines{list, list + "/active=act", name} + removed},
         {interface(chain, "replace"),

@@ -25,7 +25,6 @@ struct Node {
     std::optional<std::string> value = {};
     Operation operation = Operation::none;
     const char *ns = nullptr;
-    const void *group = nullptr;
 };
 
 inline Node in(const char *ns, Node node)
@@ -107,7 +106,7 @@ private:
         made.name = node.name.c_str();
         made.value = node.value ? node.value->c_str() : nullptr;
         made.operation = node.operation;
-        made.group = node.group;
+        made.origin = &node;
         const EditNode **link = &made.first_child;
         for (const Node &child : node.children) {
             EditNode *added = add(child);
@@ -144,6 +143,13 @@ inline const Models &models()
     return *loaded;
 }
 
+inline std::string fault_name(Fault fault)
+{
+    static const char *const names[] = {"failed", "unknown node", "not supported", "bad value", "missing key",
+                                        "exists", "missing",      "denied",        "busy",      "no memory"};
+    return names[static_cast<size_t>(fault)];
+}
+
 class StoreTest : public ::testing::Test
 {
 protected:
@@ -176,7 +182,7 @@ protected:
     std::string error_of(const Node &tree) const
     {
         const auto result = edit(tree);
-        return result ? "" : result.error().text;
+        return result ? "" : fault_name(result.error().fault) + ": " + result.error().path + ": " + result.error().text;
     }
     std::string read(const Node &filter) const
     {

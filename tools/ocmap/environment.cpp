@@ -5,6 +5,8 @@
 #include <system_error>
 #include <utility>
 
+#include "native_store.h"
+
 namespace ocmap
 {
 namespace
@@ -49,8 +51,14 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
         schema_.add_leaf_list(std::move(leaf_list.path));
     }
     for (router::ModuleInfo &module : models_.modules()) {
-        schema_.add_module(std::move(module.name), std::move(module.ns));
+        for (router::NodeInfo &node : models_.nodes(module.ns.c_str())) {
+            add_node(std::move(node), module.ns);
+        }
+        schema_.add_module(std::move(module.name), std::move(module.ns), std::move(module.prefix));
     }
+    schema_.add_marker("/keychains/keychain", "/keychains/keychain/macsec-keychain");
+    schema_.add_marker("/interface-configurations/interface-configuration",
+                       "/interface-configurations/interface-configuration/macsec/psk-key-chain");
     for (router::LeafForm &leaf : models_.leaf_forms()) {
         schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
@@ -59,6 +67,20 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     }
     for (std::string &path : models_.containers()) {
         schema_.add_container(std::move(path));
+    }
+}
+
+void Environment::add_node(router::NodeInfo node, const std::string &module_ns)
+{
+    const bool is_top = node.path.find('/', 1) == std::string::npos;
+    if (is_top || node.ns != module_ns) {
+        schema_.add_ns(node.path, std::move(node.ns));
+    }
+    if (node.unspaced) {
+        schema_.add_unspaced(node.path);
+    }
+    if (!node.config) {
+        schema_.add_state(std::move(node.path));
     }
 }
 
@@ -77,11 +99,6 @@ tqm::Expected<Environment> Environment::load(const Locations &locations)
                                          "missing; 'sudo make model' installs it"});
     }
     return Environment(std::move(*models), std::move(*plugin));
-}
-
-tqm::Error from_router(router::Error error)
-{
-    return {std::move(error.text), std::move(error.path)};
 }
 
 } // namespace ocmap

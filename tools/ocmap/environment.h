@@ -34,13 +34,11 @@ public:
 
 private:
     Environment(router::Models models, tqm::Plugin plugin);
+    void add_node(router::NodeInfo node, const std::string &module_ns);
 
     router::Models models_;
     tqm::Plugin plugin_;
     tqm::Schema schema_;
 };
-
-/// A router's error as the tool prints it.
-tqm::Error from_router(router::Error error);
 
 } // namespace ocmap

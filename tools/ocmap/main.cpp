@@ -10,27 +10,13 @@
 
 #include "commands.h"
 #include "help.h"
-#include "printable.h"
+#include "report.h"
 
 namespace
 {
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
-
-void report(const tqm::Error &error)
-{
-    std::fprintf(stderr, "error: %s\n", ocmap::printable(error.text).c_str());
-    if (!error.path.empty()) {
-        std::fprintf(stderr, "  path: %s\n", ocmap::printable(error.path).c_str());
-    }
-    if (!error.tag.empty()) {
-        std::fprintf(stderr, "  tag: %s\n", ocmap::printable(error.tag).c_str());
-    }
-    if (error.code) {
-        std::fprintf(stderr, "  code: 0x%08x\n", *error.code);
-    }
-}
 
 const std::map<std::string, uint32_t> kinds = {
     {"edit", TQM_REQ_EDIT}, {"get", TQM_REQ_GET}, {"get-config", TQM_REQ_GET_CONFIG}};
@@ -160,12 +146,12 @@ int main(int argc, char **argv)
         if (error.get_exit_code() == 0) {
             app.exit(error); // prints the help, or the version
             if (!std::cout.flush()) {
-                report({"cannot write the help"});
+                std::fputs(ocmap::report_line("cannot write the help").c_str(), stderr);
                 return exit_failure;
             }
             return 0;
         }
-        report({ocmap::usage_error(app, error)});
+        std::fputs(ocmap::report_line(ocmap::usage_error(app, error)).c_str(), stderr);
         return exit_usage;
     }
     // The commands' own errors are values; what is thrown is the standard library's, for want of memory above all.
@@ -173,12 +159,14 @@ int main(int argc, char **argv)
     try {
         done = chosen.run(options);
     } catch (const std::bad_alloc &) {
-        done = tl::unexpected(tqm::Error{"out of memory"});
+        tqm::Error error{"out of memory"};
+        error.error_tag = tqm::ErrorTag::resource_denied;
+        done = tl::unexpected(std::move(error));
     } catch (const std::exception &error) {
         done = tl::unexpected(tqm::Error{error.what()});
     }
     if (!done) {
-        report(done.error());
+        std::fputs(ocmap::report(done.error(), options.format).c_str(), stderr);
         return exit_failure;
     }
     return 0;

@@ -48,8 +48,6 @@ struct Note {
 };
 
 constexpr std::array notes = {
-    Note{"/macsec/mka/policies/policy/config/macsec-cipher-suite",
-         "the native policy has one cipher suite: the last wins"},
     Note{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/key-clear-text",
          "a key is a secret: the native text is written and never read back"},
     Note{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/valid-date-time",
@@ -177,16 +175,13 @@ private:
     tqm::Framework framework_;
 };
 
-// The values of one edit each. A leaf-list gets one edit more, with all of them.
+// The values of one edit each.
 std::vector<Values> edits_of(const router::Models &models, const router::NodeInfo &leaf)
 {
     std::vector<Values> edits;
     const Values samples = models.sample_values(leaf.path);
     for (const std::string &sample : samples) {
         edits.push_back({sample});
-    }
-    if (leaf.kind == router::NodeKind::leaf_list && samples.size() > 1) {
-        edits.push_back({samples[0], samples[1]});
     }
     return edits;
 }

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "native_store.h"
+
 namespace ocmap
 {
 namespace

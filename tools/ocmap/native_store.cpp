@@ -10,32 +10,54 @@ namespace ocmap
 namespace
 {
 
-// A leaf that an add gave no source carries no operation of the client's: its value, if it has one, is set, and nothing
-// is made of a missing one.
-bool carries_no_operation(const tqm::OutputNode &node)
-{
-    return node.source() == nullptr && !node.is_list_entry() && node.children().empty();
-}
-
+// Whether a create or a delete may be done has been decided in the client's terms: here they set, and take away.
 router::Operation operation_of(const tqm::OutputNode &node)
 {
-    if (carries_no_operation(node)) {
-        return router::Operation::none;
-    }
     switch (node.operation().value_or(tqm::kOperationNone)) {
     case TQM_OP_MERGE:
+    case TQM_OP_CREATE:
         return router::Operation::merge;
     case TQM_OP_REPLACE:
         return router::Operation::replace;
-    case TQM_OP_CREATE:
-        return router::Operation::create;
     case TQM_OP_DELETE:
-        return router::Operation::delete_;
     case TQM_OP_REMOVE:
         return router::Operation::remove;
     default:
         return router::Operation::none;
     }
+}
+
+tqm::ErrorTag tag_of(router::Fault fault)
+{
+    switch (fault) {
+    case router::Fault::failed:
+        return tqm::ErrorTag::operation_failed;
+    case router::Fault::unknown_node:
+        return tqm::ErrorTag::unknown_element;
+    case router::Fault::not_supported:
+        return tqm::ErrorTag::operation_not_supported;
+    case router::Fault::bad_value:
+        return tqm::ErrorTag::invalid_value;
+    case router::Fault::missing_key:
+        return tqm::ErrorTag::missing_element;
+    case router::Fault::exists:
+        return tqm::ErrorTag::data_exists;
+    case router::Fault::missing:
+        return tqm::ErrorTag::data_missing;
+    case router::Fault::denied:
+        return tqm::ErrorTag::access_denied;
+    case router::Fault::busy:
+        return tqm::ErrorTag::in_use;
+    case router::Fault::no_memory:
+        return tqm::ErrorTag::resource_denied;
+    }
+    return tqm::ErrorTag::operation_failed;
+}
+
+tqm::NativeError native_error(router::Error error)
+{
+    return {std::move(error.text), std::move(error.path), static_cast<const tqm::OutputNode *>(error.origin),
+            tag_of(error.fault)};
 }
 
 // Edit records over output trees. A deque keeps their addresses, by which the records point to one another.
@@ -49,7 +71,7 @@ public:
         record.name = node.tag();
         record.value = node.value();
         record.operation = operation_of(node);
-        record.group = node.source();
+        record.origin = &node;
         const router::EditNode **link = &record.first_child;
         for (const tqm::OutputNode &child : node.children()) {
             router::EditNode *const added = add(child);
@@ -77,7 +99,14 @@ private:
 
 } // namespace
 
-tqm::Expected<void> NativeStore::edit(std::span<const tqm::OutputNode *const> trees)
+tqm::Error from_router(router::Error error)
+{
+    tqm::Error found{std::move(error.text), std::move(error.path)};
+    found.error_tag = tag_of(error.fault);
+    return found;
+}
+
+tl::expected<void, tqm::NativeError> NativeStore::edit(std::span<const tqm::OutputNode *const> trees)
 {
     Overlay overlay;
     const router::EditNode *first = nullptr;
@@ -87,8 +116,8 @@ tqm::Expected<void> NativeStore::edit(std::span<const tqm::OutputNode *const> tr
         *link = added;
         link = &added->next;
     }
-    if (auto applied = datastore_.edit(first); !applied) {
-        return tl::unexpected(from_router(applied.error()));
+    if (auto applied = apply(first); !applied) {
+        return tl::unexpected(native_error(std::move(applied.error())));
     }
     return {};
 }

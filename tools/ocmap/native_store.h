@@ -8,14 +8,22 @@
 namespace ocmap
 {
 
-class NativeStore final : public tqm::NativeSide
+/// A router's error as the tool prints it.
+tqm::Error from_router(router::Error error);
+
+class NativeStore : public tqm::NativeSide
 {
 public:
     /// `datastore` must outlive this object.
     explicit NativeStore(router::Datastore &datastore) : datastore_(datastore) {}
 
-    tqm::Expected<void> edit(std::span<const tqm::OutputNode *const> trees) override;
+    tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override;
     tqm::Expected<void> read(const tqm::OutputNode &filter, tqm::TreeBuilder &answer) override;
+
+protected:
+    /// Does what has become of the edit: here, to the datastore for good.
+    virtual router::Expected<void> apply(const router::EditNode *trees) { return datastore_.edit(trees); }
+    router::Datastore &datastore() { return datastore_; }
 
 private:
     router::Datastore &datastore_;

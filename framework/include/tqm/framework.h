@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tqm/document.h"
+#include "tqm/edit_checker.h"
 #include "tqm/native_side.h"
 #include "tqm/plugin.h"
 #include "tqm/request.h"
@@ -46,21 +47,34 @@ private:
     Wrapper wrapper_ = Wrapper::data;
 };
 
-/// Serves one request at a time. `plugin` and `schema` are borrowed.
+/// Serves one request at a time. `plugin`, `schema` and `checker` are borrowed. Errors carry their place also node by
+/// node (Error::instance).
 class Framework
 {
 public:
-    Framework(const Plugin &plugin, const Schema &schema, Watch watch = {});
+    /// Without a `checker` an edit is judged by the plug-in's walkers and the native side alone.
+    Framework(const Plugin &plugin, const Schema &schema, Watch watch = {}, EditChecker *checker = nullptr);
 
-    /// OpenConfig to native, without a native side. The document's own kind comes first, `kind` where it says none.
-    Expected<Trees> forward(Document document, uint32_t kind = TQM_REQ_EDIT);
+    /// OpenConfig to native, without a native side, and so without a look at what is there. The document's own kind
+    /// comes first, `kind` where it says none. The walkers alone judge the document, unless `checked`.
+    Expected<Trees> forward(Document document, uint32_t kind = TQM_REQ_EDIT, bool checked = false);
     /// Native trees to OpenConfig.
     Expected<Trees> reverse(Document document, uint32_t kind = TQM_REQ_GET);
-    /// An edit all the way. A document of another kind is an error.
+    /// An edit all the way. A document of another kind is an error. What RFC 6241, section 7.2 asks of the data before
+    /// the edit is read first, in the client's terms; where journal and trace are watched, that stands under a heading
+    /// of its own.
     Expected<void> edit(Document document, NativeSide &native);
     /// A read all the way; without a document everything is read.
     Expected<Trees> get(std::optional<Document> document, NativeSide &native);
     Expected<Trees> get_config(std::optional<Document> document, NativeSide &native);
+
+    /// What `checker` says of the edit that `request` has loaded; nothing is wrong with other requests, or without a
+    /// checker.
+    Expected<void> check(Request &request) const;
+    /// What is wrong with a loaded edit by what is there, and by what cannot be taken away. To be asked before walk().
+    Expected<void> check_existence(Request &request, NativeSide &native) const;
+    /// Gives the walked edit of `request` to the native side. A refusal is told in the client's terms.
+    Expected<void> write(Request &request, NativeSide &native) const;
 
     /// Walks what `request` has loaded with the root walkers that are registered for it. After an error what was built
     /// until then is in the request's output: for those who look at a walk rather than at its result.
@@ -69,7 +83,10 @@ public:
     static uint32_t kind_of(const Document &document, Direction direction, uint32_t kind);
 
 private:
-    Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false);
+    Expected<std::shared_ptr<Request>> load(Document document, uint32_t kind) const;
+    Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false) const;
+    void head(const char *heading) const;
+    Error in_clients_terms(NativeError error, Request &request) const;
     Expected<Trees> read(std::optional<Document> document, NativeSide &native, uint32_t kind);
     Expected<void> walk_request(Request &request) const;
     Expected<void> walk_answers(Request &request, TreeBuilder::Roots answers) const;
@@ -77,6 +94,7 @@ private:
     const Plugin &plugin_;
     const Schema &schema_;
     Watch watch_;
+    EditChecker *checker_;
 };
 
 } // namespace tqm

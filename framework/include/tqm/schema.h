@@ -35,8 +35,21 @@ public:
     /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
     void add_container(std::string path);
 
-    /// Declares a module, by whose name JSON documents call its namespace.
-    void add_module(std::string name, std::string ns);
+    /// Declares that the node at `path` holds state data: no edit can name it.
+    void add_state(std::string path);
+    /// Declares that white space around the values of the leaf or leaf-list at `path` is no part of them: numbers,
+    /// booleans, enumerations and identities (RFC 7950, section 9), but no texts.
+    void add_unspaced(std::string path);
+    /// Declares that an entry of the native list at `path` is the client's where it holds the container at `marker`, a
+    /// path below the list. An edit that makes an entry, or lets one stay, gives it that container; only the entry's
+    /// own delete takes it away.
+    void add_marker(std::string path, std::string marker);
+
+    /// Declares a module, by whose name JSON documents call its namespace, with the prefix that instance-identifiers
+    /// have for it.
+    void add_module(std::string name, std::string ns, std::string prefix = {});
+    /// Declares the namespace of the node at `path`; needed where it is not that of the node above.
+    void add_ns(std::string path, std::string ns);
     /// Declares how JSON documents show the values of the leaf or leaf-list at `path`, if not as texts.
     void add_json_type(std::string path, JsonType type);
 
@@ -44,6 +57,10 @@ public:
     const char *module_ns(std::string_view name) const;
     /// The module of a namespace; the namespace itself if no module has it.
     std::string_view module_of(std::string_view ns) const;
+    /// The prefix of a namespace's module; empty if none was declared.
+    std::string_view prefix_of(std::string_view ns) const;
+    /// The namespace that was declared for the node at `path`; null if none was.
+    const char *ns_of(std::string_view path) const;
     JsonType json_type(std::string_view path) const;
 
     /// The key leaves of the list at `path`; null if there is no list at that path.
@@ -51,6 +68,10 @@ public:
     bool is_leaf_list(std::string_view path) const;
     bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
+    bool is_state(std::string_view path) const;
+    bool is_unspaced(std::string_view path) const;
+    /// The marker of the native list at `path`; null if its entries need none.
+    const char *marker(std::string_view path) const;
     /// Paths of all nodes, in no order.
     std::vector<std::string_view> paths() const;
 
@@ -66,10 +87,15 @@ private:
     Map<std::vector<std::string>> lists_;
     Map<std::string> module_ns_;
     Map<std::string> ns_module_;
+    Map<std::string> ns_prefix_;
+    Map<std::string> node_ns_;
+    Map<std::string> markers_;
     Map<JsonType> json_types_;
     Paths leaf_lists_;
     Paths leaves_;
     Paths containers_;
+    Paths state_;
+    Paths unspaced_;
 };
 
 } // namespace tqm

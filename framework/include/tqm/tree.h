@@ -100,9 +100,9 @@ public:
             return std::nullopt;
         return record.operation;
     }
-    /// The request node that the operation comes from; null where an add gave none. Only its identity means something:
-    /// nodes with one source are one operation of the client's.
-    const void *source() const { return operation_source; }
+    /// The client's node that an edit's node comes from: the source of the add, or, where an add gave none, the node
+    /// that the walk had matched last. Null on nodes that were only made on the way to others, and in reads.
+    const rdl_tqm_datatree *origin() const { return origin_node; }
     /// In the order in which the walk made them; a list's entries stand among the other children.
     Children children() const { return {Iterator(first_child)}; }
     bool is_list_entry() const { return list_entry; }
@@ -114,7 +114,7 @@ public:
     // What follows belongs to the framework. `record` comes first, so that a record's address is its node's.
     rdl_tqm_datatree record{};
     const PathInfo *info = nullptr;
-    const void *operation_source = nullptr;
+    const rdl_tqm_datatree *origin_node = nullptr;
     OutputNode *parent = nullptr;
     OutputNode *first_child = nullptr;
     OutputNode *last_child = nullptr;

@@ -8,18 +8,21 @@ namespace router
 
 enum class Operation { none, merge, replace, create, delete_, remove };
 
-// One node. In an edit:
+// One node. In an edit operations are those of RFC 6241, section 7.2, and:
 // - A list entry is matched by the key leaves among its children. All keys name one entry. Some keys mean every entry
-//   that agrees with them, none every entry that OpenConfig shows; neither of these creates an entry.
-// - `none` on a list entry or a container only leads to the children; an entry that is not there is data-missing.
-//   `none` on a leaf sets it if it has a value (or is of type empty), and otherwise does nothing.
-// - `delete_` and `remove` on an entry take all of it, whatever the children say; on the key leaf of an entry they take
-//   the entry. Other operations on key leaves mean nothing: a key only names its entry. On a container they take all
-//   of it, and what children set with an operation of their own is set after that.
-// - A key chain that is made is MACsec's. One of the router's own is data-missing to what leads to it or deletes it,
-//   and refused to what would change it. So is an interface without a key chain to its own delete; but it can be
-//   given one, which a create does as well.
-// - Siblings are applied in their order.
+//   that agrees with them, none every entry that OpenConfig shows; neither of these creates an entry. Operations on key
+//   leaves mean nothing: a key only names its entry.
+// - An entry without all keys that goes away spares the entries of its list that the same edit names to set something:
+//   of these it takes what its children take away, down to where the named entry says otherwise.
+// - `none` on a list entry or a container only leads to the children. An entry that is not there is data-missing,
+// unless
+//   all that it leads to is to be removed. `none` on a leaf sets it if it has a value, and otherwise does nothing.
+// - `delete_` and `remove` of an entry or a container take all of it, whatever the children say.
+// - The cases of a choice are one setting: what is set in one takes the others' place, and what is taken away of one is
+//   taken away of all, unless the edit sets another.
+// - A key chain that is not one of MACsec is the router's own: data-missing to what leads to it or deletes it, refused
+//   to what would change it.
+// - What siblings take away goes first; else they are applied in their order.
 // In a filter, key leaves with a value choose entries, all other leaves only choose what is fetched (their value means
 // nothing), and a node without children chooses all below it. Operations mean nothing there.
 struct EditNode {
@@ -29,9 +32,8 @@ struct EditNode {
     Operation operation = Operation::none;
     const EditNode *first_child = nullptr;
     const EditNode *next = nullptr;
-    // Deletes with the same group are one deletion of the caller's: data-missing only if none of them found its node.
-    // Null: the delete stands alone. The router only compares the address.
-    const void *group = nullptr;
+    // Given back in the error that is about this node; else not looked at.
+    const void *origin = nullptr;
 };
 
 } // namespace router

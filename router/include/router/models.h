@@ -41,6 +41,8 @@ struct NodeInfo {
     NodeKind kind;
     bool config; // false for state data
     bool is_key;
+    bool unspaced;  // white space around its values is no part of them: it holds no texts
+    std::string ns; // of the node itself
 };
 
 // A leaf or leaf-list whose values are numbers of 32 bits at most, booleans or of type empty: JSON documents show those
@@ -54,6 +56,7 @@ struct LeafForm {
 struct ModuleInfo {
     std::string name;
     std::string ns;
+    std::string prefix;
 };
 
 // Movable handle; copies share the context.

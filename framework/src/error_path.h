@@ -1,0 +1,21 @@
+// The place of an error, node by node, as messages of a protocol need it.
+#pragma once
+
+#include "tqm/error.h"
+#include "tqm/schema.h"
+
+namespace tqm
+{
+
+/// Fills `error.instance` from `error.path`, unless it is filled. Names that no model has get the namespace of the
+/// node around them.
+void fill_instance(Error &error, const Schema &schema);
+
+/// `error` with its instance filled, for returning it.
+inline tl::unexpected<Error> with_instance(Error error, const Schema &schema)
+{
+    fill_instance(error, schema);
+    return tl::make_unexpected(std::move(error));
+}
+
+} // namespace tqm

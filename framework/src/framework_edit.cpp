@@ -1,0 +1,186 @@
+// An edit all the way: what it says of its own model, what it asks of the data that are there, the walk, the writing.
+#include <cstring>
+
+#include "error_path.h"
+#include "existence.h"
+#include "request_impl.h"
+#include "request_kind.h"
+#include "tqm/framework.h"
+
+namespace tqm
+{
+
+namespace
+{
+
+/// Puts the path with keys of `wanted` behind `path`, which leads to `node`; false if it is not there.
+bool append_path_to(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, const PathInfo *info,
+                    std::string &path)
+{
+    const std::size_t before = path.size();
+    path.append("/").append(node.tag == nullptr ? "" : node.tag);
+    if (info != nullptr && info->is_list)
+        append_keys(path, node, *info->keys);
+    if (&wanted == &node)
+        return true;
+    const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
+    for (uint32_t i = 0; has_children && i < node.subtree_count; ++i) {
+        const rdl_tqm_datatree &child = node.subtree[i];
+        const PathInfo *const child_info = info == nullptr || child.tag == nullptr ? nullptr : info->child(child.tag);
+        if (append_path_to(wanted, child, child_info, path))
+            return true;
+    }
+    path.resize(before);
+    return false;
+}
+
+std::string path_of(const rdl_tqm_datatree *node, Request::Impl &request)
+{
+    std::string path;
+    const rdl_tqm_datatree *const top = request.trees.nodes;
+    if (node != nullptr && top != nullptr && top->tag != nullptr)
+        append_path_to(*node, *top, request.paths.find(top->tag), path);
+    return path;
+}
+
+/// Schema path of a path with keys.
+std::string without_keys(std::string_view path)
+{
+    std::string text;
+    char quote = 0;
+    for (bool in_key = false; const char c : path) {
+        if (!in_key && c == '[')
+            in_key = true;
+        else if (in_key && quote == 0 && (c == '\'' || c == '"'))
+            quote = c;
+        else if (in_key && quote == c)
+            quote = 0;
+        else if (in_key && quote == 0 && c == ']')
+            in_key = false;
+        else if (!in_key)
+            text += c;
+    }
+    return text;
+}
+
+const rdl_tqm_datatree *origin_of(const OutputNode *node)
+{
+    while (node != nullptr && node->origin() == nullptr)
+        node = node->parent;
+    return node == nullptr ? nullptr : node->origin();
+}
+
+} // namespace
+
+/// The router's place and words stay beside the client's, who can mend what it has sent.
+Error Framework::in_clients_terms(NativeError native, Request &request) const
+{
+    const rdl_tqm_datatree *const origin = origin_of(native.node);
+    Error error{"the router refuses the edit", path_of(origin, request.impl())};
+    error.error_tag = native.error_tag;
+    error.app_tag = std::move(native.app_tag);
+    error.native_path = std::move(native.path);
+    error.native_text = std::move(native.text);
+    if (!error.path.empty()) {
+        const PathInfo *const info = request.impl().paths.find(without_keys(error.path));
+        const char *const value = given_value(origin);
+        const bool shown = value != nullptr && info != nullptr && info->is_leaf && !info->secret;
+        error.text =
+            error.path + ": " + (shown ? std::string("'") + value + "'" : "this") + " is refused by the router";
+    }
+    fill_instance(error, schema_);
+    return error;
+}
+
+/// Starts a part of the journal and of the trace.
+void Framework::head(const char *heading) const
+{
+    if (watch_.journal != nullptr)
+        watch_.journal->write(heading);
+    if (watch_.trace_on && watch_.trace)
+        watch_.trace(heading);
+}
+
+Expected<void> Framework::check(Request &request) const
+{
+    if (checker_ == nullptr || !request.impl().is_forward_edit() || request.tree() == nullptr)
+        return {};
+    const LoadedEdit edit(request.impl());
+    Expected<void> checked = checker_->check(edit);
+    if (!checked)
+        fill_instance(checked.error(), schema_);
+    return checked;
+}
+
+Expected<void> Framework::check_existence(Request &request, NativeSide &native) const
+{
+    Request::Impl &edit = request.impl();
+    if (request.tree() == nullptr)
+        return {};
+    Existence existence(edit);
+    if (existence.reads()) {
+        head("---- before the edit: what it creates, deletes or counts on, as it is now ----");
+        Request asked(schema_, plugin_.registrations(), TQM_REQ_GET_CONFIG, Direction::forward, watch_);
+        asked.impl().trace_index = edit.trace_index;
+        TreeBuilder filter = asked.builder();
+        asked.adopt(existence.filter(filter));
+        existence.note_filter(asked.impl().trees);
+        if (Expected<void> walked = walk(asked); !walked)
+            return walked;
+        Request answered(schema_, plugin_.registrations(), TQM_REQ_GET_CONFIG, Direction::reverse, watch_);
+        answered.impl().trace_index = asked.impl().trace_index;
+        for (const OutputNode *root : asked.roots()) {
+            TreeBuilder builder = answered.builder();
+            if (Expected<void> read = native.read(*root, builder); !read)
+                return with_instance(std::move(read.error()), schema_);
+            const TreeBuilder::Roots answer = builder.finish();
+            existence.note_native(*root, answer);
+            if (Expected<void> walked = walk_answers(answered, answer); !walked)
+                return walked;
+        }
+        answered.drop_unanswered();
+        existence.note_answer(answered.impl());
+        edit.trace_index = answered.impl().trace_index;
+        head("---- the edit ----");
+    }
+    serving() = &edit;
+    Expected<void> good = existence.judge();
+    if (!good)
+        fill_instance(good.error(), schema_);
+    return good;
+}
+
+Expected<void> Framework::write(Request &request, NativeSide &native) const
+{
+    if (const rdl_tqm_datatree *const value = request.impl().one_too_many) {
+        std::string path = path_of(value, request.impl());
+        Error error{path + ": the router keeps one value, and '" + value->value + "' is one more", path};
+        error.app_tag = kTooManyElements;
+        return with_instance(std::move(error), schema_);
+    }
+    const std::vector<const OutputNode *> trees = request.roots();
+    if (trees.empty())
+        return {};
+    if (tl::expected<void, NativeError> edited = native.edit(trees); !edited)
+        return tl::make_unexpected(in_clients_terms(std::move(edited.error()), request));
+    return {};
+}
+
+Expected<void> Framework::edit(Document document, NativeSide &native)
+{
+    const uint32_t kind = document.is_filter() ? uint32_t{TQM_REQ_GET} : document.kind().value_or(TQM_REQ_EDIT);
+    if (kind != TQM_REQ_EDIT)
+        return wrong_kind(kind, TQM_REQ_EDIT);
+    const Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
+    if (!request)
+        return tl::make_unexpected(request.error());
+    if (Expected<void> good = check(**request); !good)
+        return good;
+    if (Expected<void> good = check_existence(**request, native); !good)
+        return good;
+    if (Expected<void> walked = walk(**request); !walked)
+        return walked;
+    return write(**request, native);
+}
+
+} // namespace tqm
