@@ -1,6 +1,8 @@
 // Loading the modules, and the few questions about the schema that others ask.
 #include "router/models.h"
 
+#include "entries.h"
+#include "report.h"
 #include "tree.h"
 
 #include <algorithm>
@@ -52,6 +54,34 @@ std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
         collect(ly_ctx_get_module_implemented(context, name)->compiled->data, "", kind, found);
     }
     return found;
+}
+
+// Entries are addressed by so many keys at most.
+Expected<void> check_keys(const ly_ctx *context)
+{
+    for (const char *name : module_names) {
+        std::vector<ListInfo> lists;
+        collect(ly_ctx_get_module_implemented(context, name)->compiled->data, "", LYS_LIST, lists);
+        for (const ListInfo &list : lists) {
+            if (list.keys.size() > Keys::most) {
+                return tl::unexpected(Error{"the list " + list.path + " of the YANG module " + name + " has " +
+                                                std::to_string(list.keys.size()) + " keys; two are the most",
+                                            list.path});
+            }
+        }
+    }
+    return {};
+}
+
+void collect_secrets(const lysc_node *first, const std::string &parent, std::vector<std::string> &found)
+{
+    for (const lysc_node *node = first; node; node = node->next) {
+        const std::string path = parent + "/" + node->name;
+        if (is_secret(node)) {
+            found.push_back(path);
+        }
+        collect_secrets(lysc_node_child(node), path, found);
+    }
 }
 
 std::vector<std::string> paths_of_all(const ly_ctx *context, uint16_t kind)
@@ -146,6 +176,9 @@ Expected<Models> Models::load(const std::string &yang_directory)
                                         ""});
         }
     }
+    if (auto good = check_keys(created); !good) {
+        return tl::unexpected(good.error());
+    }
     return Models(std::move(context));
 }
 
@@ -167,6 +200,15 @@ std::vector<std::string> Models::leaves() const
 std::vector<std::string> Models::containers() const
 {
     return paths_of_all(context_.get(), LYS_CONTAINER);
+}
+
+std::vector<std::string> Models::secrets() const
+{
+    std::vector<std::string> found;
+    for (const char *name : module_names) {
+        collect_secrets(ly_ctx_get_module_implemented(context_.get(), name)->compiled->data, "", found);
+    }
+    return found;
 }
 
 std::vector<ModuleInfo> Models::modules() const
@@ -311,7 +353,7 @@ void collect_samples(const lysc_type *type, const std::vector<std::string> &text
 std::vector<std::string> Models::sample_values(const std::string &path) const
 {
     static const std::vector<std::string> texts = {"0123456789abcdef0123456789abcdef", "2030-01-02T03:04:05",
-                                                   "2030-01-02T03:04:05Z", "2030-01-02T03:04:05.25+02:00"};
+                                                   "2030-01-02T03:04:05Z+00:00", "2030-01-02T03:04:05.25Z+02:00"};
     std::vector<std::string> samples;
     const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), ns::openconfig);
     const lysc_node *node = find_node(module->compiled->data, path);
