@@ -29,7 +29,6 @@ struct PathInfo {
     bool is_leaf = false;
     bool is_container = false;
     bool is_key = false; ///< key leaf of the list that is its parent
-    bool secret = false; ///< its values are key texts
 
     struct Place {
         const void *parent = nullptr;

@@ -1,5 +1,6 @@
-// What the framework must know of the data models: which paths are lists, by which leaves they are keyed, and which
-// paths are leaf-lists, leaves and containers. Where that knowledge comes from is left to whoever fills it.
+// What the framework must know of the data models: which paths are lists, by which leaves they are keyed, which paths
+// are leaf-lists, leaves and containers, and which leaves are secrets. Where that knowledge comes from is left to
+// whoever fills it.
 #pragma once
 
 #include <string>
@@ -35,6 +36,9 @@ public:
     /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
     void add_container(std::string path);
 
+    /// Declares that the values of the leaf at `path` are secrets: no journal, page or error shows one.
+    void add_secret(std::string path);
+
     /// Declares a module, by whose name JSON documents call its namespace.
     void add_module(std::string name, std::string ns);
     /// Declares how JSON documents show the values of the leaf or leaf-list at `path`, if not as texts.
@@ -51,6 +55,11 @@ public:
     bool is_leaf_list(std::string_view path) const;
     bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
+    /// True if no value of the node at `path` may be shown: that is a secret, or no leaf or leaf-list, as a secret
+    /// under a misspelt name would be. A schema without leaves does not tell names from misspelt ones.
+    bool hides(std::string_view path) const;
+    /// True if a secret has this tag: for those who know no more of a leaf.
+    bool is_secret_tag(std::string_view tag) const;
     /// Paths of all nodes, in no order.
     std::vector<std::string_view> paths() const;
 
@@ -70,6 +79,8 @@ private:
     Paths leaf_lists_;
     Paths leaves_;
     Paths containers_;
+    Paths secrets_;
+    Paths secret_tags_;
 };
 
 } // namespace tqm
