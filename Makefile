@@ -7,6 +7,8 @@ PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11
 FORMAT_PACKAGES = clang-format
 BROWSER_PACKAGES = chromium chromium-driver python3-selenium
 MODEL = /pkg/yang/openconfig-macsec.yang
+EXTENSIONS = /pkg/yang/tarvex-extensions.yang
+DEVIATIONS = yang/tarvex-openconfig-macsec-deviations.yang
 DESTDIR =
 PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
@@ -34,10 +36,12 @@ bench: all model
 	@command -v /usr/bin/time >/dev/null || $(MAKE) setup PACKAGES=time
 	bench/run.sh
 
-# The page that is made by running the mapping. A test fails while it is not the tool's.
+# The page and the module that are made by running the mapping. A test fails while they are not the tool's.
 docs: all model
 	build/ocmap tree --markdown > docs/mapping.md.new
 	mv docs/mapping.md.new docs/mapping.md
+	build/ocmap deviations > $(DEVIATIONS).new
+	mv $(DEVIATIONS).new $(DEVIATIONS)
 
 # A prefix of its own makes a build of its own, as the tool knows where the rest lies from it. The files are noted for
 # uninstall; the model is outside the prefix, and stays when the rest goes, as other plug-ins may read it.
@@ -79,10 +83,11 @@ setup:
 	    $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $$missing; \
 	fi
 
-# The plug-in registers its trees only on a system that has the model.
+# The plug-in registers its trees only on a system that has the model, which imports the other.
 model:
-	@cmp -s yang/openconfig-macsec.yang '$(DESTDIR)$(MODEL)' || { umask 022; \
-	    $(if $(DESTDIR),,$(SUDO)) install -D -m 644 yang/openconfig-macsec.yang '$(DESTDIR)$(MODEL)'; }
+	@umask 022; for file in $(MODEL) $(EXTENSIONS); do \
+	    cmp -s yang/$${file##*/} "$(DESTDIR)$$file" || \
+	    $(if $(DESTDIR),,$(SUDO)) install -D -m 644 yang/$${file##*/} "$(DESTDIR)$$file" || exit; done
 
 format:
 	clang-format -i $(SOURCES)

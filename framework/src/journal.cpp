@@ -42,6 +42,18 @@ void JournalLine::append_text(const char *value, bool secret)
         text_.append("\"").append(value).append("\"");
 }
 
+bool hides_value(const Request::Impl *request, std::string_view path)
+{
+    const std::string whole = path.starts_with('/') ? std::string(path) : "/" + std::string(path);
+    const bool is_single_name = whole.rfind('/') == 0;
+    return hides_value_below(request, whole) || (!is_single_name && request->schema.hides(whole));
+}
+
+bool hides_value_below(const Request::Impl *request, std::string_view path)
+{
+    return request == nullptr || request->schema.is_secret_tag(path.substr(path.rfind('/') + 1));
+}
+
 JournalLine &JournalLine::ns(const char *ns)
 {
     start("ns");

@@ -60,6 +60,12 @@ private:
     bool ended_ = false;
 };
 
+/// True if the journal must not show a value of the node at `path`, which may lack its leading slash. Of a single name
+/// only the tag is known.
+bool hides_value(const Request::Impl *request, std::string_view path);
+/// The same for a path that begins at some node.
+bool hides_value_below(const Request::Impl *request, std::string_view path);
+
 /// What an operation without a result beside its code tells the journal about that.
 inline constexpr auto nothing_found = [](JournalLine &) {};
 

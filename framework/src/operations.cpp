@@ -33,8 +33,7 @@ rcode add_path(const char *operation, tqm_map_ctx ctx, const AddArguments &argum
     return run_operation(
         Request::Impl::of(ctx), operation, [&](Request::Impl &request) { return request.add(arguments); },
         [&](JournalLine &line) {
-            const std::string_view path = arguments.path == nullptr ? "" : arguments.path;
-            const bool secret = is_secret_tag(path.substr(path.rfind('/') + 1));
+            const bool secret = hides_value(Request::Impl::of(ctx), arguments.path == nullptr ? "" : arguments.path);
             line.text("", arguments.path).ns(arguments.ns).text("value", arguments.value, secret);
             line.source(arguments.source).number("list_entry", arguments.list_entry).number("flags", arguments.flags);
             if (arguments.tree != nullptr && ctx != nullptr && arguments.tree->tag != nullptr &&
@@ -245,12 +244,11 @@ rcode tqm_map_auto_stitch_list_to_list(tqm_map_ctx ctx, const rdl_tqm_datatree *
 rcode tqm_map_tree_xpath_operations(tqm_map_ctx ctx, tqm_map_xpath_ops *ops)
 {
     const std::string path = ops == nullptr ? std::string() : std::string(bounded(ops->path));
-    const bool secret = is_secret_tag(std::string_view(path).substr(path.rfind('/') + 1));
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_tree_xpath_operations",
         [&](Request::Impl &request) { return look_up(request, ops); },
         [&](JournalLine &line) { line.text("path", path.c_str()).node("tree", ops == nullptr ? nullptr : ops->tree); },
-        [&](JournalLine &line) { line.found("data", ops->data, secret); });
+        [&](JournalLine &line) { line.found("data", ops->data, hides_value_below(Request::Impl::of(ctx), path)); });
 }
 
 rcode tqm_map_copy_trim_path_list_ctx(tqm_map_ctx ctx, const char *path)

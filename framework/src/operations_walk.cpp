@@ -118,7 +118,9 @@ rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf,
             return 0;
         },
         [&](JournalLine &line) { line.text("", path).text("", leaf); },
-        [&](JournalLine &line) { line.found("value", value, is_secret_tag(leaf)); });
+        [&](JournalLine &line) {
+            line.found("value", value, hides_value(Request::Impl::of(ctx), std::string(path) + '/' + leaf));
+        });
 }
 
 rcode tqm_map_check_oc_leafref(tqm_map_ctx ctx, const char *list_path, const char *container, const char *key_tag,

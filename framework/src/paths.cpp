@@ -38,11 +38,6 @@ std::size_t hash_of(std::string_view text)
 
 } // namespace
 
-bool is_secret_tag(std::string_view tag)
-{
-    return tag == "key-clear-text" || tag == "string";
-}
-
 void append_key(std::string &path, std::string_view key, std::string_view value)
 {
     const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
@@ -90,13 +85,13 @@ PathInfo *PathTable::insert(std::string_view path)
     info->is_leaf_list = schema_.is_leaf_list(info->text);
     info->is_leaf = schema_.is_leaf(info->text);
     info->is_container = schema_.is_container(info->text);
+    info->secret = info->is_leaf && schema_.hides(info->text);
     info->is_state = schema_.is_state(info->text);
     info->is_unspaced = schema_.is_unspaced(info->text);
     info->marker = info->is_list ? schema_.marker(info->text) : nullptr;
     info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
     info->is_key = parent != nullptr && parent->is_list &&
                    std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();
-    info->secret = is_secret_tag(info->tag);
 
     if (++count_ * 2 > slots_.size())
         rehash();

@@ -45,6 +45,23 @@ bool Schema::is_container(std::string_view path) const
     return containers_.find(path) != containers_.end();
 }
 
+void Schema::add_secret(std::string path)
+{
+    secret_tags_.insert(path.substr(path.rfind('/') + 1));
+    secrets_.insert(std::move(path));
+}
+
+bool Schema::hides(std::string_view path) const
+{
+    const bool is_misspelt = !leaves_.empty() && !is_leaf(path) && !is_leaf_list(path);
+    return is_misspelt || secrets_.find(path) != secrets_.end();
+}
+
+bool Schema::is_secret_tag(std::string_view tag) const
+{
+    return secret_tags_.find(tag) != secret_tags_.end();
+}
+
 std::vector<std::string_view> Schema::paths() const
 {
     std::vector<std::string_view> paths(leaf_lists_.begin(), leaf_lists_.end());

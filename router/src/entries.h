@@ -28,7 +28,7 @@ lyd_node *find_single(const lyd_node *parent, const lyd_node *top, const lysc_no
 
 // The keys that an entry of an edit or filter gives, in schema order; null where it gives none.
 struct Keys {
-    static constexpr size_t most = 2; // what any list of the modules has
+    static constexpr size_t most = 2; // modules with longer lists of keys are not loaded
     std::array<const char *, most> values{};
     size_t wanted = 0;
     size_t given = 0;

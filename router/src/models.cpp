@@ -1,6 +1,8 @@
 // Loading the modules, and the few questions about the schema that others ask.
 #include "router/models.h"
 
+#include "entries.h"
+#include "report.h"
 #include "tree.h"
 
 #include <algorithm>
@@ -66,6 +68,20 @@ std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
         });
     }
     return found;
+}
+
+// Entries are addressed by so many keys at most.
+Expected<void> check_keys(const ly_ctx *context)
+{
+    for (const ListInfo &list : collect_all(context, LYS_LIST)) {
+        if (list.keys.size() > Keys::most) {
+            const lys_module *module = ly_ctx_get_module_implemented_ns(context, list.ns.c_str());
+            return tl::unexpected(Error{"the list " + list.path + " of the YANG module " + module->name + " has " +
+                                            std::to_string(list.keys.size()) + " keys; two are the most",
+                                        list.path});
+        }
+    }
+    return {};
 }
 
 std::vector<std::string> paths_of_all(const ly_ctx *context, uint16_t kind)
@@ -156,6 +172,9 @@ Expected<Models> Models::load(const std::string &yang_directory)
                                         ""});
         }
     }
+    if (auto good = check_keys(created); !good) {
+        return tl::unexpected(good.error());
+    }
     return Models(std::move(context));
 }
 
@@ -177,6 +196,19 @@ std::vector<std::string> Models::leaves() const
 std::vector<std::string> Models::containers() const
 {
     return paths_of_all(context_.get(), LYS_CONTAINER);
+}
+
+std::vector<std::string> Models::secrets() const
+{
+    std::vector<std::string> found;
+    for (const char *name : module_names) {
+        for_each_node(context_.get(), name, [&](const lysc_node &node, const std::string &path) {
+            if (is_secret(&node)) {
+                found.push_back(path);
+            }
+        });
+    }
+    return found;
 }
 
 std::vector<ModuleInfo> Models::modules() const
@@ -329,7 +361,7 @@ void collect_samples(const lysc_type *type, const std::vector<std::string> &text
 std::vector<std::string> Models::sample_values(const std::string &path) const
 {
     static const std::vector<std::string> texts = {"0123456789abcdef0123456789abcdef", "2030-01-02T03:04:05",
-                                                   "2030-01-02T03:04:05Z", "2030-01-02T03:04:05.25+02:00"};
+                                                   "2030-01-02T03:04:05Z+00:00", "2030-01-02T03:04:05.25Z+02:00"};
     std::vector<std::string> samples;
     const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), ns::openconfig);
     const lysc_node *node = find_node(module->compiled, nullptr, path);

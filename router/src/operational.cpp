@@ -189,8 +189,10 @@ std::string date_text(const std::tm &date)
     return text.data();
 }
 
-std::string expiration(const lyd_node *lifetime, std::optional<std::tm> start)
+// Nothing where the end lies beyond the years that a date can be written with.
+std::optional<std::string> expiration(const lyd_node *lifetime, std::optional<std::tm> start)
 {
+    constexpr int last_year = 9999;
     const char *infinite = value(lifetime, "infinite-flag");
     if (infinite && std::strcmp(infinite, "true") == 0) {
         return no_end;
@@ -199,7 +201,9 @@ std::string expiration(const lyd_node *lifetime, std::optional<std::tm> start)
     if (duration && std::strtoul(duration, nullptr, 10) != 0 && start) {
         const std::time_t end = std::mktime(&*start) + static_cast<std::time_t>(std::strtoul(duration, nullptr, 10));
         std::tm date{};
-        localtime_r(&end, &date);
+        if (!localtime_r(&end, &date) || date.tm_year + 1900 > last_year) {
+            return std::nullopt;
+        }
         return date_text(date);
     }
     const std::optional<std::tm> end = date_of(lifetime, "end");
@@ -212,12 +216,13 @@ void add_key(Writer &out, lyd_node *keys, const lyd_node *key)
     const char *algorithm = value(child(key, "macsec-key-string"), "cryptographic-algorithm");
     const lyd_node *lifetime = child(key, "macsec-lifetime");
     const std::optional<std::tm> start = date_of(lifetime, "start");
+    const std::optional<std::string> end = expiration(lifetime, start);
 
     lyd_node *state = out.container(out.entry(keys, "mka-key", id), "state");
     out.leaf(state, "id", id);
     out.leaf(state, "cryptographic-algorithm", operational_form(algorithms, algorithm, nullptr));
     out.leaf(state, "valid-date-time", start ? date_text(*start).c_str() : default_start);
-    out.leaf(state, "expiration-date-time", expiration(lifetime, start).c_str());
+    out.leaf(state, "expiration-date-time", end ? end->c_str() : nullptr);
 }
 
 void add_key_chain(Writer &out, lyd_node *chains, const lyd_node *chain)

@@ -3,10 +3,24 @@
 #include "read.h"
 
 #include <algorithm>
+#include <cstring>
 #include <unordered_map>
 
 namespace router
 {
+
+namespace
+{
+
+// A flag's off state may be written "False"; readers get the spelling that is a boolean's.
+const char *value_of(const lyd_node *node)
+{
+    const char *value = lyd_get_value(node);
+    const bool is_flag = reinterpret_cast<const lyd_node_term *>(node)->value.realtype->basetype == LY_TYPE_UNION;
+    return is_flag && std::strcmp(value, "False") == 0 ? "false" : value;
+}
+
+} // namespace
 
 class Reader::Selection
 {
@@ -145,7 +159,7 @@ void Reader::close()
 void Reader::leaf(const lyd_node *node)
 {
     flush();
-    sink_.leaf(node->schema->module->ns, LYD_NAME(node), lyd_get_value(node));
+    sink_.leaf(node->schema->module->ns, LYD_NAME(node), value_of(node));
 }
 
 void Reader::flush()

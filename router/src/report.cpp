@@ -1,7 +1,7 @@
 // Texts of errors. libyang's own messages quote what they were given, so only those pass that cannot quote a key.
 #include "report.h"
 
-#include <array>
+#include <cstring>
 #include <string_view>
 
 namespace router
@@ -9,9 +9,6 @@ namespace router
 
 namespace
 {
-
-// The leaves of the key chain module that hold key text.
-constexpr std::array<std::string_view, 2> secret_leaves = {"string", "keystring"};
 
 void append_step(std::string &path, const lyd_node *node)
 {
@@ -123,16 +120,50 @@ std::string rule_of(const lysc_type *type)
     }
 }
 
-// Whether libyang's description of a place names a leaf with key text.
-bool names_secret(std::string_view place)
+// The last name of a place as libyang describes it: "Data location "/module:keychains/keychain[chain-name='KC']/...",
+// line number 3". Empty if it names no node. The way to it may lack nodes, where an entry is not yet in its tree.
+std::string last_name(std::string_view place)
 {
-    for (const std::string_view leaf : secret_leaves) {
-        std::string step = "/" + std::string(leaf);
-        for (size_t at = place.find(step); at != std::string_view::npos; at = place.find(step, at + 1)) {
-            const size_t end = at + step.size();
-            if (end == place.size() || std::string_view("\"/ ").find(place[end]) != std::string_view::npos) {
-                return true;
-            }
+    const size_t begin = place.find("\"/");
+    std::string name;
+    char quote = '\0';
+    bool in_predicate = false;
+    for (size_t at = begin == std::string_view::npos ? place.size() : begin + 1; at < place.size(); ++at) {
+        const char character = place[at];
+        if (quote != '\0') { // the value of a key may hold any character but the quote around it
+            quote = character == quote ? '\0' : quote;
+        } else if (in_predicate) {
+            quote = character == '\'' || character == '"' ? character : '\0';
+            in_predicate = character != ']';
+        } else if (character == '"') {
+            break;
+        } else if (character == '/' || character == ':') {
+            name.clear();
+        } else if (character == '[') {
+            in_predicate = true;
+        } else {
+            name += character;
+        }
+    }
+    return name;
+}
+
+bool has_secret_named(const lysc_node *siblings, const std::string &name)
+{
+    for (const lysc_node *node = siblings; node; node = node->next) {
+        if ((node->name == name && is_secret(node)) || has_secret_named(lysc_node_child(node), name)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool names_secret(const ly_ctx *context, const std::string &name)
+{
+    uint32_t index = 0;
+    while (const lys_module *module = ly_ctx_get_module_iter(context, &index)) {
+        if (module->compiled && has_secret_named(module->compiled->data, name)) {
+            return true;
         }
     }
     return false;
@@ -163,10 +194,14 @@ tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, 
     return tl::unexpected(Error{std::move(reason), std::move(path), fault, origin});
 }
 
-bool is_secret(const lysc_node *leaf)
+bool is_secret(const lysc_node *node)
 {
-    for (const std::string_view secret : secret_leaves) {
-        if (leaf->name == secret) {
+    LY_ARRAY_COUNT_TYPE item;
+    LY_ARRAY_FOR(node->exts, item)
+    {
+        const lysc_ext &extension = *node->exts[item].def;
+        if (std::strcmp(extension.name, "secret") == 0 &&
+            std::strcmp(extension.module->name, "tarvex-extensions") == 0) {
             return true;
         }
     }
@@ -189,12 +224,13 @@ std::string document_fault(const ly_ctx *context)
         return "libyang gives no reason";
     }
     const std::string place = item->path ? without_final_stop(item->path) : "";
+    const std::string name = last_name(place);
     // Faults of syntax quote the document from where they are found, which may be in the middle of a key.
-    const bool may_quote_key = item->vecode == LYVE_SYNTAX || item->vecode == LYVE_SYNTAX_XML || place.empty();
+    const bool is_syntax = item->vecode == LYVE_SYNTAX || item->vecode == LYVE_SYNTAX_XML;
     std::string fault;
-    if (may_quote_key) {
+    if (is_syntax || name.empty()) {
         fault = "not well-formed, or out of place";
-    } else if (names_secret(place)) {
+    } else if (names_secret(context, name)) {
         fault = "key text that is not valid";
     } else {
         fault = without_final_stop(item->msg);

@@ -18,8 +18,8 @@ std::string path_of(const lyd_node *node);
 // `origin` is that of the node of an edit that is to blame.
 tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, const void *origin = nullptr);
 
-// Whether the leaf holds key text.
-bool is_secret(const lysc_node *leaf);
+// Whether the model marks the node as a secret: a leaf that holds key text.
+bool is_secret(const lysc_node *node);
 
 // Why the leaf does not take the value: the value, unless it is secret, and the rule of the leaf's type.
 std::string value_refused(const lysc_node *leaf, const char *value);

@@ -213,6 +213,23 @@ TEST(Explain, ShowsNoKeyText)
     EXPECT_NE(text.find("key-clear-text = ***"), std::string::npos) << text;
     EXPECT_NE(text.find("/string = ***"), std::string::npos) << text;
     EXPECT_FALSE(std::regex_search(text, std::regex("[0-9a-f]{32}"))) << text;
+
+    // Neither a key of the router's own nor one under a misspelt name; names of entries are shown.
+    const auto in_chain = [](const std::string &key) {
+        return "<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain><chain-name>KC1"
+               "</chain-name><keys><key><key-id>01</key-id><key-string>" +
+               key + "</key-string></key></keys></keychain></keychains>";
+    };
+    const std::string misspelt = "<macsec xmlns='http://openconfig.net/yang/macsec'><mka><key-chains><key-chain>"
+                                 "<name>KC1</name><kee>s3cret</kee></key-chain></key-chains></mka></macsec>";
+    const std::string tables[] = {table(in_chain("<keystring>s3cret</keystring>"), {"--reverse"}),
+                                  table(in_chain("<keestring>s3cret</keestring>"), {"--reverse"}),
+                                  ocmap({"explain", "-"}, misspelt).out};
+    for (const std::string &shown : tables) {
+        EXPECT_NE(shown.find("name = KC1"), std::string::npos) << shown;
+        EXPECT_NE(shown.find(" = ***"), std::string::npos) << shown;
+        EXPECT_EQ(shown.find("s3cret"), std::string::npos) << shown;
+    }
 }
 
 /// What the tool prints when its standard output is a terminal.

@@ -128,6 +128,7 @@ TEST_F(Json, AnAnswerIsValidInstanceDataOfTheModel)
     ly_ctx *context = nullptr;
     ASSERT_EQ(ly_ctx_new(YANG, LY_CTX_NO_YANGLIBRARY, &context), LY_SUCCESS);
     ASSERT_NE(ly_ctx_load_module(context, "openconfig-macsec", nullptr, nullptr), nullptr);
+    ASSERT_NE(ly_ctx_load_module(context, "tarvex-openconfig-macsec-deviations", nullptr, nullptr), nullptr);
     lyd_node *tree = nullptr;
     EXPECT_EQ(lyd_parse_data_mem(context, data.c_str(), LYD_JSON, LYD_PARSE_STRICT | LYD_PARSE_ONLY, 0, &tree),
               LY_SUCCESS)

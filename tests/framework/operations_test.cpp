@@ -68,6 +68,33 @@ TEST_F(Operations, the_journal_shows_calls_and_masks_key_texts)
               }));
 }
 
+TEST(Journal, hides_values_of_secrets_and_of_nodes_that_no_model_knows)
+{
+    tqm::Schema models;
+    models.add_list("/n/entry", {"name"});
+    for (const char *leaf : {"/n/entry/name", "/n/entry/colour", "/n/entry/key"})
+        models.add_leaf(leaf);
+    models.add_leaf_list("/n/entry/suite");
+    models.add_container("/n/entry/box");
+    models.add_secret("/n/entry/key");
+    std::vector<std::string> lines;
+    tqm::Journal journal{[&](std::string_view line) { lines.emplace_back(line); }};
+    tqm::Watch watch;
+    watch.journal = &journal;
+    const std::vector<tqm_map_reg_info> maps = registrations();
+    Request request{models, maps, TQM_REQ_EDIT, Direction::forward, watch};
+    const std::pair<const char *, bool> cases[] = {
+        {"/n/entry/name", false}, {"n/entry/colour", false}, {"/n/entry/suite", false}, {"/n/entry/key", true},
+        {"n/entry/key", true},    {"/n/entry/kee", true},    {"/n/entry/box", true},
+    };
+    for (const auto &[path, hidden] : cases) {
+        lines.clear();
+        add(request, path, {.value = "hunter2"});
+        ASSERT_EQ(lines.size(), 1u);
+        EXPECT_NE(lines[0].find(hidden ? "value=***" : "value=\"hunter2\""), std::string::npos) << lines[0];
+    }
+}
+
 TEST_F(Operations, a_fault_strikes_the_call_it_is_meant_for)
 {
     faults.fail("tqm_map_datatree_add_path_flagged", 2, TQM_ERR_INVALID_REQUEST);

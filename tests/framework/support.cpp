@@ -14,10 +14,12 @@ tqm::Schema schema()
     schema.add_list("/oc/chain", {"name"});
     schema.add_list("/oc/chain/keys/key", {"id"});
     schema.add_list("/oc/interface", {"name"});
+    schema.add_secret("/oc/chain/keys/key/config/key-clear-text");
     schema.add_list("/pol/p", {"name"});
     schema.add_leaf_list("/pol/p/suite");
     schema.add_list("/kc/c", {"chain-name"});
     schema.add_list("/kc/c/m/k", {"key-id"});
+    schema.add_secret("/kc/c/m/k/s/string");
     schema.add_list("/ifs/if", {"active", "interface-name"});
     schema.add_list("/op/oc/chain", {"name"});
     schema.add_list("/op/oc/chain/keys/key", {"id"});

@@ -22,6 +22,8 @@ const tqm::Schema &schema()
         made.add_list("/keychains/keychain", {"chain-name"});
         made.add_list("/keychains/keychain/macsec-keychain/macsec-keys/macsec-key", {"key-id"});
         made.add_list("/keychains/keychain/keys/key", {"key-id"});
+        made.add_secret("/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/key-clear-text");
+        made.add_secret("/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-key-string/string");
         made.add_list("/interface-configurations/interface-configuration", {"active", "interface-name"});
         made.add_list("/oc-macsec/macsec/mka/policies/policy", {"name"});
         made.add_list("/oc-macsec/macsec/mka/key-chains/key-chain", {"name"});

@@ -123,6 +123,14 @@ TEST_F(Store, SaysThatAFileIsDamagedAndLeavesItAlone)
          key.substr(0, key.size() - 7) + "</string></macsec-key-string></macsec-key>"
                                          "</macsec-keys></macsec-keychain></keychain></keychains></config>",
          "key text"},
+        {"of a key under a misspelt name",
+         key.substr(0, key.size() - 15) + "<strng>!s3cret</strng></macsec-key-string></macsec-key>"
+                                          "</macsec-keys></macsec-keychain></keychain></keychains></config>",
+         "strng"},
+        {"of a key in a container",
+         key.substr(0, key.size() - 15) + "!s3cret</macsec-key-string></macsec-key>"
+                                          "</macsec-keys></macsec-keychain></keychain></keychains></config>",
+         "not well-formed"},
     };
     for (const auto &test : cases) {
         SCOPED_TRACE(test.title);

@@ -3,6 +3,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
 #include <unistd.h>
 
 namespace router::test
@@ -63,6 +67,37 @@ TEST(Models, SayWhichModuleIsMissing)
     rmdir(directory.c_str());
     ASSERT_FALSE(empty);
     EXPECT_NE(empty.error().text.find("openconfig-macsec"), std::string::npos);
+}
+
+TEST(Models, NameTheLeavesThatHoldKeyTexts)
+{
+    const auto found = models().secrets();
+    const std::set<std::string> expected = {
+        "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/key-clear-text",
+        "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/key-clear-text",
+        "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-key-string/string",
+        "/keychains/keychain/keys/key/key-string/keystring",
+    };
+    EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected);
+}
+
+TEST(Models, RefuseAListWithThreeKeys)
+{
+    std::string directory = ::testing::TempDir() + "/three-keys.XXXXXX";
+    ASSERT_NE(mkdtemp(directory.data()), nullptr);
+    std::filesystem::copy(OC_MACSEC_YANG_DIRECTORY, directory);
+    const std::string file = directory + "/Tarvex-crypto-macsec-mka-cfg.yang";
+    std::ifstream stream(file);
+    std::string text{std::istreambuf_iterator<char>(stream), {}};
+    const std::string key = "key \"name\";";
+    ASSERT_NE(text.find(key), std::string::npos);
+    text.replace(text.find(key), key.size(), "key \"name windowsize policyexception\";");
+    std::ofstream(file) << text;
+    const auto loaded = Models::load(directory);
+    std::filesystem::remove_all(directory);
+    ASSERT_FALSE(loaded);
+    EXPECT_EQ(loaded.error().text, "the list /macsec/policy-names/policy-name of the YANG module "
+                                   "Tarvex-crypto-macsec-mka-cfg has 3 keys; two are the most");
 }
 
 } // namespace router::test

@@ -1,7 +1,8 @@
-// See deviations.h.
+// See deviations.h. What is not supported is found by running the mapping; where values differ is written down here.
 #include "deviations.h"
 
-#include <vector>
+#include <algorithm>
+#include <array>
 
 #include "model_probe.h"
 
@@ -22,20 +23,99 @@ constexpr const char *header = R"(module tarvex-openconfig-macsec-deviations {
   organization "Tarvex";
   contact "The publisher of the router's models.";
   description
-    "What this router does not support of openconfig-macsec. A request that
-     names one of these nodes is refused; one that selects more than it names
-     passes over them.";
+    "Where this router differs from openconfig-macsec: nodes that it does not
+     support, and values that it takes and gives. A request that names a node
+     that is not supported is refused; one that selects more than it names
+     passes over it.";
 
   revision 2026-11-23 {
     description
       "Made by running the mapping.";
   }
+
+  typedef date-and-time {
+    type string {
+      pattern '\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}(\.\d+)?'
+            + 'Z?([\+\-]\d{2}:\d{2})?';
+    }
+    description
+      "A date and a time of day in the router's local time: a zone may be
+       given, and is not looked at. Answers have none.";
+  }
 )";
 
-constexpr const char *list_comment = R"(
-  // The key of this list is not supported, and YANG has no list of state
-  // that could be named without its key. The entries are answered to
-  // requests for what is around the list.)";
+constexpr const char *start = R"(    deviate replace {
+      type union {
+        type date-and-time;
+        type enumeration {
+          enum VALID_IMMEDIATELY;
+        }
+      }
+    }
+)";
+
+constexpr const char *end = R"(    deviate replace {
+      type union {
+        type date-and-time;
+        type enumeration {
+          enum NO_EXPIRATION;
+        }
+      }
+    }
+)";
+
+// The router takes the name of what is still to be made.
+constexpr const char *policy_name = R"(    deviate replace {
+      type leafref {
+        path "/oc-macsec:macsec/oc-macsec:mka/oc-macsec:policies/"
+           + "oc-macsec:policy/oc-macsec:name";
+        require-instance false;
+      }
+    }
+)";
+
+constexpr const char *key_chain_name = R"(    deviate replace {
+      type leafref {
+        path "/oc-macsec:macsec/oc-macsec:mka/oc-macsec:key-chains/"
+           + "oc-macsec:key-chain/oc-macsec:name";
+        require-instance false;
+      }
+    }
+)";
+
+// The published model refers to interfaces of a model that the router does not have.
+constexpr const char *interface_name = R"(    deviate replace {
+      type string;
+    }
+)";
+
+constexpr const char *one_cipher_suite = R"(    deviate add {
+      max-elements 1;
+    }
+)";
+
+struct Difference {
+    const char *path;
+    const char *deviate;
+};
+
+constexpr std::array differences = {
+    Difference{"/macsec/mka/policies/policy/config/macsec-cipher-suite", one_cipher_suite},
+    Difference{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/valid-date-time", start},
+    Difference{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/expiration-date-time", end},
+    Difference{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/valid-date-time", start},
+    Difference{"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/expiration-date-time", end},
+    Difference{"/macsec/interfaces/interface/name", interface_name},
+    Difference{"/macsec/interfaces/interface/config/name", interface_name},
+    Difference{"/macsec/interfaces/interface/state/name", interface_name},
+    Difference{"/macsec/interfaces/interface/mka/config/mka-policy", policy_name},
+    Difference{"/macsec/interfaces/interface/mka/config/key-chain", key_chain_name},
+    Difference{"/macsec/interfaces/interface/mka/state/mka-policy", policy_name},
+    Difference{"/macsec/interfaces/interface/mka/state/key-chain", key_chain_name},
+};
+
+constexpr const char *not_supported = R"(    deviate not-supported;
+)";
 
 std::string schema_node_identifier(const std::string &path)
 {
@@ -46,9 +126,15 @@ std::string schema_node_identifier(const std::string &path)
     return text;
 }
 
-std::string deviation(const std::string &path)
+// What a client must be told of the node; null if it is as published. A key cannot be taken from its list.
+const char *deviate(const ProbedNode &node)
 {
-    return "\n  deviation \"" + schema_node_identifier(path) + "\" {\n    deviate not-supported;\n  }\n";
+    if (!node.supported && !node.info.is_key) {
+        return not_supported;
+    }
+    const auto *const found = std::ranges::find_if(
+        differences, [&](const Difference &difference) { return node.info.path == difference.path; });
+    return found == differences.end() ? nullptr : found->deviate;
 }
 
 } // namespace
@@ -60,18 +146,9 @@ tqm::Expected<std::string> deviations(const Environment &environment)
         return tl::unexpected(nodes.error());
     }
     std::string text = header;
-    std::string covered; // the list that was deviated last; its nodes follow it
     for (const ProbedNode &node : *nodes) {
-        const std::string &path = node.info.path;
-        const bool is_covered = !covered.empty() && path.starts_with(covered + "/");
-        if (node.supported || is_covered) {
-            continue;
-        }
-        if (node.info.is_key) {
-            covered = path.substr(0, path.rfind('/'));
-            text += list_comment + deviation(covered);
-        } else {
-            text += deviation(path);
+        if (const char *const statement = deviate(node)) {
+            text += "\n  deviation \"" + schema_node_identifier(node.info.path) + "\" {\n" + statement + "  }\n";
         }
     }
     return text + "}\n";

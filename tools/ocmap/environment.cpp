@@ -65,6 +65,9 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     for (std::string &path : models_.leaves()) {
         schema_.add_leaf(std::move(path));
     }
+    for (std::string &path : models_.secrets()) {
+        schema_.add_secret(std::move(path));
+    }
     for (std::string &path : models_.containers()) {
         schema_.add_container(std::move(path));
     }

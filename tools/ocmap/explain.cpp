@@ -16,12 +16,13 @@ namespace
 
 const char *const masked = "***";
 
-std::optional<std::string> shown_value(std::string_view tag, const char *value)
+// The value of the node at a schema path. An empty text hides nothing.
+std::optional<std::string> shown_value(const tqm::Schema &schema, std::string_view path, const char *value)
 {
     if (value == nullptr) {
         return std::nullopt;
     }
-    return tqm::is_secret_tag(tag) ? masked : value;
+    return *value != '\0' && schema.hides(path) ? masked : value;
 }
 
 // A trace line of the plug-in: "#7: TRC: <function>:<line> ctx=<address>,<message>".
@@ -91,7 +92,7 @@ private:
             tqm::append_keys(shown.path, node, *keys);
         }
         if ((node.present & TQM_PRESENT_VALUE) != 0) {
-            shown.value = shown_value(node.tag, node.value);
+            shown.value = shown_value(schema_, schema_path, node.value);
         }
         if ((node.present & TQM_PRESENT_OPERATION) != 0) {
             shown.operation = tqm::operation_name(node.operation);
@@ -127,7 +128,7 @@ private:
 class Recorder final : public tqm::Observer
 {
 public:
-    explicit Recorder(Explanation &explanation) : explanation_(explanation) {}
+    Recorder(const tqm::Schema &schema, Explanation &explanation) : schema_(schema), explanation_(explanation) {}
 
     // To be called between the request's loading and its walk: loading asks questions, too.
     void know(const RequestOutline &outline) { outline_ = &outline; }
@@ -171,7 +172,8 @@ public:
         record.node = running_.empty() ? 0 : running_.back().node.value_or(0);
         record.mapper = running_.empty() ? "" : running_.back().function;
         record.path = add.path == nullptr ? "" : add.path;
-        record.value = shown_value(record.path.substr(record.path.rfind('/') + 1), add.value);
+        const std::string path = record.path.starts_with('/') ? record.path : "/" + record.path;
+        record.value = shown_value(schema_, path, add.value);
         record.operation = add.operation ? tqm::operation_name(*add.operation) : "";
         if (!running_.empty()) {
             running_.back().has_added = true;
@@ -259,6 +261,7 @@ private:
         explanation_.request[position].fate = Fate::passed;
     }
 
+    const tqm::Schema &schema_;
     const RequestOutline *outline_ = nullptr;
     Explanation &explanation_;
     std::vector<const tqm::OutputNode *> targets_;
@@ -273,7 +276,7 @@ private:
 class ResultOutline
 {
 public:
-    explicit ResultOutline(Explanation &explanation) : explanation_(explanation) {}
+    ResultOutline(const tqm::Schema &schema, Explanation &explanation) : schema_(schema), explanation_(explanation) {}
 
     void add(const tqm::OutputNode &node, std::size_t depth = 0, const std::string &outer = "",
              uint32_t outer_operation = TQM_OP_MERGE)
@@ -283,7 +286,7 @@ public:
         shown.depth = depth;
         shown.tag = node.tag();
         shown.ns = node.ns();
-        shown.value = shown_value(shown.tag, node.value());
+        shown.value = shown_value(schema_, node.path(), node.value());
         const tqm::WrittenOperation operation = tqm::written_operation(node, outer_operation);
         shown.operation = operation.name == nullptr ? "" : operation.name;
         shown.path = outer + "/" + shown.tag;
@@ -309,6 +312,7 @@ public:
     }
 
 private:
+    const tqm::Schema &schema_;
     Explanation &explanation_;
     std::unordered_map<const tqm::OutputNode *, std::size_t> positions_;
 };
@@ -442,7 +446,7 @@ tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document
     explanation.reverse = direction == tqm::Direction::reverse;
     explanation.kind = kind_name(kind);
 
-    Recorder recorder(explanation);
+    Recorder recorder(environment.schema(), explanation);
     watch.observer = &recorder;
     watch.trace = [&recorder, others = std::move(watch.trace)](std::string_view line) {
         recorder.traced(line);
@@ -463,7 +467,7 @@ tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document
         explanation.refusal = walked.error();
         note_refusal(explanation, outline, request.foreign_tag(), recorder.last());
     }
-    ResultOutline results(explanation);
+    ResultOutline results(environment.schema(), explanation);
     for (const tqm::OutputNode *root : request.roots()) {
         results.add(*root);
     }

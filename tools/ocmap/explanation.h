@@ -1,5 +1,5 @@
 // What a walk made of a request, node by node: plain records that the terminal table and the HTML page are made of.
-// Whoever fills them has masked the key texts, so that neither can show one.
+// Whoever fills them has masked the secrets, so that neither can show one.
 #pragma once
 
 #include <array>
@@ -29,7 +29,7 @@ struct RequestNode {
     std::size_t depth = 0; ///< 0 for a top element
     std::string tag;
     std::string path;                 ///< with keys, as "/macsec/mka/policies/policy[name='P1']/config"
-    std::optional<std::string> value; ///< "***" for a key text; none for a node without a value
+    std::optional<std::string> value; ///< "***" for what may be a secret; none for a node without a value
     std::string operation;            ///< its own edit operation, "merge" and so on; empty if it has none
     Fate fate = Fate::not_reached;
     std::string reason;               ///< one sentence for what does not explain itself: why it was dropped or refused

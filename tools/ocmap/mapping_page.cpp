@@ -219,9 +219,9 @@ tqm::Expected<std::string> changed_rows(const Environment &environment, const st
                 return tl::unexpected(tqm::Error{"it is not said why this leaf does not come back", node.info.path});
             }
             explained.insert(note->path);
-            const std::string tag = node.info.path.substr(node.info.path.rfind('/') + 1);
-            rows += "| `" + node.info.path + "` | " + joined(written, tqm::is_secret_tag(tag)) + " | " +
-                    read_text(written, *read) + " | " + note->why + " |\n";
+            const bool hidden = environment.schema().hides(node.info.path);
+            rows += "| `" + node.info.path + "` | " + joined(written, hidden) + " | " + read_text(written, *read) +
+                    " | " + note->why + " |\n";
         }
     }
     for (const Note &note : notes) {

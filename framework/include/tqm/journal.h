@@ -6,7 +6,7 @@
 //   source=name:merge,
 //       list_entry=0, flags=0) = 0
 // (on one line). A text is in quotes, an absent one is null; a namespace is shown by its last component; a source node
-// by its tag and operation; a node by its tag. Texts of the leaves key-clear-text and string are shown as ***. Results
+// by its tag and operation; a node by its tag. Values that the schema hides are shown as ***. Results
 // are decimal 0 or 0x and eight digits.
 #pragma once
 

@@ -1,5 +1,6 @@
-// What the framework must know of the data models: which paths are lists, by which leaves they are keyed, and which
-// paths are leaf-lists, leaves and containers. Where that knowledge comes from is left to whoever fills it.
+// What the framework must know of the data models: which paths are lists, by which leaves they are keyed, which paths
+// are leaf-lists, leaves and containers, and which leaves are secrets. Where that knowledge comes from is left to
+// whoever fills it.
 #pragma once
 
 #include <string>
@@ -50,6 +51,9 @@ public:
     void add_module(std::string name, std::string ns, std::string prefix = {});
     /// Declares the namespace of the node at `path`; needed where it is not that of the node above.
     void add_ns(std::string path, std::string ns);
+    /// Declares that the values of the leaf at `path` are secrets: no journal, page or error shows one.
+    void add_secret(std::string path);
+
     /// Declares how JSON documents show the values of the leaf or leaf-list at `path`, if not as texts.
     void add_json_type(std::string path, JsonType type);
 
@@ -72,6 +76,11 @@ public:
     bool is_unspaced(std::string_view path) const;
     /// The marker of the native list at `path`; null if its entries need none.
     const char *marker(std::string_view path) const;
+    /// True if no value of the node at `path` may be shown: that is a secret, or no leaf or leaf-list, as a secret
+    /// under a misspelt name would be. A schema without leaves does not tell names from misspelt ones.
+    bool hides(std::string_view path) const;
+    /// True if a secret has this tag: for those who know no more of a leaf.
+    bool is_secret_tag(std::string_view tag) const;
     /// Paths of all nodes, in no order.
     std::vector<std::string_view> paths() const;
 
@@ -96,6 +105,8 @@ private:
     Paths containers_;
     Paths state_;
     Paths unspaced_;
+    Paths secrets_;
+    Paths secret_tags_;
 };
 
 } // namespace tqm

@@ -33,9 +33,6 @@ inline const char *operation_name(uint32_t operation)
     return operation < kOperationNames.size() ? kOperationNames[operation] : operation == kOperationNone ? "none" : "?";
 }
 
-/// True for the tags of leaves that hold key texts.
-bool is_secret_tag(std::string_view tag);
-
 /// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). Texts with both kinds of
 /// quotes stay as they are.
 void append_key(std::string &path, std::string_view key, std::string_view value);

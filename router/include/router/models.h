@@ -64,7 +64,7 @@ class Models
 {
 public:
     // Loads the six modules from the directory. Fails, naming the module and libyang's reason, if one is missing or
-    // does not parse.
+    // does not parse; and if a list has more than two keys, naming it.
     static Expected<Models> load(const std::string &yang_directory);
 
     // Lists and leaf-lists of all six modules, in schema order.
@@ -73,6 +73,8 @@ public:
     // Paths of the leaves and of the containers of all six modules.
     std::vector<std::string> leaves() const;
     std::vector<std::string> containers() const;
+    // Paths of the leaves that the modules mark as secrets, by the extension `secret` of tarvex-extensions.
+    std::vector<std::string> secrets() const;
 
     std::vector<ModuleInfo> modules() const;
     // Leaves of all six modules whose values are no texts in JSON. A union's are texts.
