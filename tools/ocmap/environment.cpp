@@ -81,7 +81,11 @@ tqm::Expected<Environment> Environment::load(const Locations &locations)
 
 tqm::Error from_router(router::Error error)
 {
-    return {std::move(error.text), std::move(error.path)};
+    tqm::Error given{std::move(error.text), std::move(error.path)};
+    if (error.kind == router::Error::Kind::in_use) {
+        given.error_tag = tqm::ErrorTag::in_use;
+    }
+    return given;
 }
 
 } // namespace ocmap

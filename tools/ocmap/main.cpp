@@ -1,5 +1,6 @@
 // ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
 // commands do stands in commands.cpp.
+#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -106,6 +107,19 @@ void add_store(CLI::App *command, ocmap::Options &options)
     command->add_option("--store", options.store, "Directory of the native datastore")->required()->type_name("DIR");
 }
 
+void add_wait(CLI::App *command, ocmap::Options &options)
+{
+    const auto is_number = [](const std::string &text) -> std::string {
+        uint32_t number = 0;
+        const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool whole = failed == std::errc() && end == text.data() + text.size();
+        return whole ? "" : "must be a number of seconds, not '" + text + "'";
+    };
+    command->add_option("--wait", options.wait, "How long to wait for another editor; without it, as long as it takes")
+        ->check(CLI::Validator(is_number, ""))
+        ->type_name("SECONDS");
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -132,6 +146,7 @@ int main(int argc, char **argv)
     command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
     add_file(command, options, true);
     add_store(command, options);
+    add_wait(command, options);
     command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
     add_file(command, options, false);
     add_store(command, options);

@@ -15,6 +15,8 @@ struct Error {
     // The instance in question as an absolute path without prefixes, e.g.
     // "/macsec/policy-names/policy-name[name='P1']/key-server-priority". Empty where no one node is to blame.
     std::string path;
+    // What the text alone would not tell a program.
+    enum class Kind { refused, in_use } kind = Kind::refused;
 };
 
 template <typename T>
