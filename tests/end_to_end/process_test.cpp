@@ -1,7 +1,15 @@
 // The tool as a process among others: what it leaves in the file system, and for whom it waits.
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <regex>
+#include <thread>
 
 #include "support.h"
 
@@ -11,6 +19,63 @@ namespace
 {
 
 using Process = ToolTest;
+
+constexpr rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+
+// Starts the tool, to read what comes from `input`, in `directory`, where it may leave a core. It has another group
+// than root's.
+pid_t start(const std::filesystem::path &directory, int input)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (chdir(directory.c_str()) == 0 && setrlimit(RLIMIT_CORE, &unlimited) == 0 && dup2(input, 0) == 0 &&
+            (getgid() != 0 || setgid(1) == 0)) {
+            execl(OCMAP, OCMAP, "forward", "-", nullptr);
+        }
+        _exit(1);
+    }
+    return child;
+}
+
+bool leaves_core(pid_t child)
+{
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    return WIFSIGNALED(status) && WCOREDUMP(status);
+}
+
+bool may_leave_none(pid_t child)
+{
+    return std::regex_search(read_file("/proc/" + std::to_string(child) + "/limits"),
+                             std::regex("Max core file size +0 +0 "));
+}
+
+// The system gives what it tells of a process to root where nobody may look into it.
+bool is_closed_to_others(pid_t child)
+{
+    struct stat status = {};
+    return stat(("/proc/" + std::to_string(child) + "/environ").c_str(), &status) == 0 && status.st_gid == 0;
+}
+
+TEST_F(Process, LeavesNoCoreAndCannotBeDumped)
+{
+    for (const int signal : {SIGABRT, SIGSEGV}) {
+        int input[2];
+        ASSERT_EQ(pipe(input), 0);
+        const pid_t child = start(path("."), input[0]);
+        for (int tries = 0; tries < 1000 && !may_leave_none(child); ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        EXPECT_TRUE(may_leave_none(child));
+        EXPECT_TRUE(is_closed_to_others(child));
+        kill(child, signal);
+        EXPECT_FALSE(leaves_core(child)) << signal;
+        close(input[0]);
+        close(input[1]);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(path(".")));
+}
 
 TEST_F(Process, LeavesNoDirectoryBehindWhenItsEditIsRefused)
 {

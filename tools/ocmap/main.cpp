@@ -1,11 +1,16 @@
 // ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
 // commands do stands in commands.cpp.
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <map>
 #include <new>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
 
@@ -120,10 +125,21 @@ void add_wait(CLI::App *command, ocmap::Options &options)
         ->type_name("SECONDS");
 }
 
+// The process will hold keys, which belong neither into a core file nor into another process that looks at this one.
+bool close_memory_to_others()
+{
+    const rlimit none = {0, 0};
+    return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && setrlimit(RLIMIT_CORE, &none) == 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (!close_memory_to_others()) {
+        report({std::string("cannot keep keys out of a core file: ") + std::strerror(errno)});
+        return exit_failure;
+    }
     Chosen chosen;
     ocmap::Options &options = chosen.options;
     options.locations = ocmap::default_locations();
