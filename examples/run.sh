@@ -10,7 +10,10 @@ trap 'rm -rf "$work"' EXIT
 store=$work/store
 
 bold='' plain=''
-if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then bold=$(tput bold) plain=$(tput sgr0); fi
+if [ -t 1 ] && [ -z "${NO_COLOR:-}" ]; then
+    # A terminal may have no bold, or be none that anybody knows.
+    { bold=$(tput bold) && plain=$(tput sgr0); } 2> /dev/null || bold='' plain=''
+fi
 
 # XML in outline: a line a node, its value behind it and its operation in parentheses. $1 is the element to begin in.
 outline() {

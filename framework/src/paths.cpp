@@ -92,6 +92,7 @@ PathInfo *PathTable::insert(std::string_view path)
     info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
     info->is_key = parent != nullptr && parent->is_list &&
                    std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();
+    info->below_value = parent != nullptr && (parent->is_leaf || parent->is_leaf_list || parent->below_value);
 
     if (++count_ * 2 > slots_.size())
         rehash();

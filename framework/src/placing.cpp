@@ -104,7 +104,7 @@ rcode Request::Impl::place(const AddArguments &arguments)
     if (base == nullptr)
         return add_to_request_node(arguments);
     PathInfo *info = paths.intern(arguments.path);
-    if (info == nullptr)
+    if (info == nullptr || info->below_value)
         return TQM_ERR_BAD_ARGS;
     if (arguments.source != nullptr && without_effect.contains(arguments.source))
         return 0;
@@ -185,7 +185,7 @@ rcode Request::Impl::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path
 {
     OutputNode *base = base_of(tree);
     PathInfo *info = paths.intern(path);
-    if (base == nullptr || info == nullptr)
+    if (base == nullptr || info == nullptr || info->below_value)
         return TQM_ERR_BAD_ARGS;
     const Naming naming{intern_ns(ns), nullptr};
     const OutputNode *node = nullptr;

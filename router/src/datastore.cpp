@@ -79,9 +79,10 @@ Datastore::Datastore(Datastore &&) noexcept = default;
 Datastore &Datastore::operator=(Datastore &&) noexcept = default;
 Datastore::~Datastore() = default;
 
-Expected<Datastore> Datastore::open(const Models &models, const std::string &directory, Access access)
+Expected<Datastore> Datastore::open(const Models &models, const std::string &directory, Access access,
+                                    const LockWait &wait)
 {
-    auto file = StoreFile::open(directory, access);
+    auto file = StoreFile::open(directory, access, wait);
     if (!file) {
         return tl::unexpected(file.error());
     }
@@ -105,8 +106,12 @@ Expected<void> Datastore::edit(const EditNode *trees)
     }
     const ly_ctx *context = state_->models.context();
     Editor editor(context, state_->visibility, *copy);
-    if (auto applied = editor.apply(trees); !applied || !editor.changed()) {
+    if (auto applied = editor.apply(trees); !applied) {
         return applied;
+    }
+    if (!editor.changed()) {
+        state_->file.keep_directory();
+        return {};
     }
     if (auto valid = validate(context, *copy); !valid) {
         return valid;
@@ -118,6 +123,7 @@ Expected<void> Datastore::edit(const EditNode *trees)
     if (auto saved = state_->file.save(*document); !saved) {
         return saved;
     }
+    state_->file.keep_directory();
     state_->configuration = std::move(*copy);
     state_->derived_state.reset();
     return {};

@@ -1,12 +1,8 @@
-// File handling of a store. The lock is a file of its own, since the data file is a new one after each save.
+// See store_file.h.
 #include "store_file.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace router
@@ -15,35 +11,7 @@ namespace router
 namespace
 {
 
-constexpr mode_t directory_mode = 0700;
 constexpr mode_t file_mode = 0600;
-
-tl::unexpected<Error> system_error(const std::string &what, const std::string &path)
-{
-    return tl::unexpected(Error{"cannot " + what + " " + path + ": " + std::strerror(errno), ""});
-}
-
-template <typename Call>
-auto uninterrupted(Call call)
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR) {
-        result = call();
-    }
-    return result;
-}
-
-bool write_all(int fd, std::string_view content)
-{
-    while (!content.empty()) {
-        const ssize_t written = uninterrupted([&] { return write(fd, content.data(), content.size()); });
-        if (written < 0) {
-            return false;
-        }
-        content.remove_prefix(static_cast<size_t>(written));
-    }
-    return true;
-}
 
 Expected<std::string> read_all(int fd, const std::string &path)
 {
@@ -84,57 +52,37 @@ Expected<void> require_directory(const std::string &directory)
     return {};
 }
 
-Expected<Descriptor> take_lock(const std::string &path)
-{
-    Descriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, file_mode));
-    if (!lock || uninterrupted([&] { return flock(lock.get(), LOCK_EX); })) {
-        return system_error("lock the store with", path);
-    }
-    return lock;
-}
-
 } // namespace
 
-Descriptor::Descriptor(Descriptor &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-
-Descriptor &Descriptor::operator=(Descriptor &&other) noexcept
-{
-    std::swap(fd_, other.fd_);
-    return *this;
-}
-
-Descriptor::~Descriptor()
-{
-    if (fd_ >= 0) {
-        close(fd_);
-    }
-}
-
-StoreFile::StoreFile(std::string directory, Descriptor lock)
+StoreFile::StoreFile(std::string directory, std::optional<StoreLock> lock)
     : directory_(std::move(directory)), path_(directory_ + "/native.xml"), lock_(std::move(lock))
 {
 }
 
-Expected<StoreFile> StoreFile::open(const std::string &directory, Access access)
+Expected<StoreFile> StoreFile::open(const std::string &directory, Access access, const LockWait &wait)
 {
-    if (access == Access::write && mkdir(directory.c_str(), directory_mode) && errno != EEXIST) {
-        return system_error("make the store", directory);
+    if (access == Access::write) {
+        auto lock = StoreLock::take(directory, wait);
+        if (!lock) {
+            return tl::unexpected(lock.error());
+        }
+        return StoreFile(directory, std::move(*lock));
     }
     struct stat status = {};
-    if (access == Access::read && stat(directory.c_str(), &status) && errno == ENOENT) {
-        return StoreFile(directory, Descriptor());
+    if (stat(directory.c_str(), &status) && errno == ENOENT) {
+        return StoreFile(directory, std::nullopt);
     }
     if (auto usable = require_directory(directory); !usable) {
         return tl::unexpected(usable.error());
     }
-    if (access == Access::read) {
-        return StoreFile(directory, Descriptor());
+    return StoreFile(directory, std::nullopt);
+}
+
+void StoreFile::keep_directory()
+{
+    if (lock_) {
+        lock_->keep();
     }
-    auto lock = take_lock(directory + "/native.lock");
-    if (!lock) {
-        return tl::unexpected(lock.error());
-    }
-    return StoreFile(directory, std::move(*lock));
 }
 
 Expected<std::optional<std::string>> StoreFile::load() const

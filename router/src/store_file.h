@@ -1,9 +1,10 @@
-// The directory of a store: its lock, and its one file. Bytes in, bytes out; what they say is another's business.
+// The one file of a store. Bytes in, bytes out; what they say is another's business.
 #ifndef ROUTER_STORE_FILE_H
 #define ROUTER_STORE_FILE_H
 
 #include "router/datastore.h"
 #include "router/error.h"
+#include "store_lock.h"
 
 #include <optional>
 #include <string>
@@ -12,27 +13,14 @@
 namespace router
 {
 
-// An open file descriptor, closed with the object; -1 for none.
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd = -1) : fd_(fd) {}
-    Descriptor(Descriptor &&other) noexcept;
-    Descriptor &operator=(Descriptor &&other) noexcept;
-    ~Descriptor();
-
-    int get() const { return fd_; }
-    explicit operator bool() const { return fd_ >= 0; }
-
-private:
-    int fd_;
-};
-
 class StoreFile
 {
 public:
-    // For Access::write makes the directory (0700) if it is missing and takes the lock, waiting for a writer before us.
-    static Expected<StoreFile> open(const std::string &directory, Access access);
+    // For Access::write makes the directory if it is missing and takes its lock.
+    static Expected<StoreFile> open(const std::string &directory, Access access, const LockWait &wait);
+
+    // A directory that open() made stays.
+    void keep_directory();
 
     const std::string &path() const { return path_; }
 
@@ -43,11 +31,11 @@ public:
     Expected<void> save(std::string_view content) const;
 
 private:
-    StoreFile(std::string directory, Descriptor lock);
+    StoreFile(std::string directory, std::optional<StoreLock> lock);
 
     std::string directory_;
     std::string path_;
-    Descriptor lock_;
+    std::optional<StoreLock> lock_; // none for a reader
 };
 
 } // namespace router

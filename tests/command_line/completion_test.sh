@@ -34,6 +34,7 @@ edit --store EMPTY|$directories
 edit --store = EMPTY|$directories
 edit --store =|$directories
 tree --yang s|store
+edit a.xml --store store --wait EMPTY|
 get --store store --oper EMPTY|a.xml b.json $directories
 get b|b.json
 tree --plugin EMPTY|plugin.so $directories

@@ -44,6 +44,7 @@ get|--store is required; see 'ocmap get --help'
 tree examples/policies/merge.xml|not expected: examples/policies/merge.xml
 tree --trace|not expected: --trace
 forward examples/policies/merge.xml --kind 1|--kind: must be edit, get or get-config, not '1'
+edit examples/policies/merge.xml --store none --wait -1|--wait: must be a number of seconds, not '-1'
 END
 
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")

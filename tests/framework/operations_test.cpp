@@ -220,6 +220,28 @@ TEST_F(Operations, a_lookup_by_relative_path_gives_the_text)
     }
 }
 
+TEST_F(Operations, nothing_is_added_below_a_leaf_or_leaf_list)
+{
+    tqm::Schema leaves = schema();
+    leaves.add_leaf("/pol/p/leaf");
+    for (const Direction direction : {Direction::forward, Direction::reverse}) {
+        Request own{leaves, maps, TQM_REQ_GET, direction, watch()};
+        rdl_tqm_datatree *value = nullptr;
+        ASSERT_EQ(add(own, "/pol/p/suite", {.value = "v", .out_node = &value}), 0u);
+        for (const char *path : {"/pol/p/suite/x", "/pol/p/suite/x/y", "/pol/p/leaf/x"}) {
+            const std::array<const char *, 1> components{path};
+            EXPECT_EQ(add(own, path), TQM_ERR_BAD_ARGS) << path;
+            EXPECT_EQ(tqm_map_datatree_add_path(own.ctx(), value, path, kNative, "v", nullptr, nullptr, 1),
+                      TQM_ERR_BAD_ARGS)
+                << path;
+            EXPECT_EQ(tqm_map_add_leaf_from_xpath(own.ctx(), value, own.out(), "/pol", kNative, components.data(), 1),
+                      TQM_ERR_BAD_ARGS)
+                << path;
+        }
+        EXPECT_EQ(dump(own), "pol{p{suite=v}}");
+    }
+}
+
 TEST_F(Operations, arguments_that_make_no_sense_are_refused)
 {
     rdl_tqm_datatree &tree = load(request, node("oc", {}));

@@ -1,9 +1,11 @@
 // The store on disk: who may read it, what a damaged one does, and that writers do not get into each other's way.
 #include "support.h"
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace router::test
 {
@@ -184,6 +186,77 @@ TEST_F(Store, MakesASecondWriterWait)
     first.reset();
     EXPECT_EQ(second.get(), "");
     EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=P1 } policy-name{name=P2 } } } ");
+}
+
+TEST_F(Store, LetsASecondWriterWaitNoLongerThanItWants)
+{
+    const auto first = open();
+    ASSERT_TRUE(first);
+    std::vector<std::string> notices;
+    for (const int limit : {0, 1100}) {
+        const auto start = std::chrono::steady_clock::now();
+        const LockWait wait{std::chrono::milliseconds(limit), [&](const std::string &who) { notices.push_back(who); }};
+        const auto second = Datastore::open(models(), directory_, Access::write, wait);
+        ASSERT_FALSE(second);
+        EXPECT_EQ(second.error().fault, Fault::busy);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, *wait.limit);
+    }
+    EXPECT_EQ(notices, std::vector<std::string>{"process " + std::to_string(getpid())});
+}
+
+TEST_F(Store, TakesTheDirectoryThatItMadeAwayAgainWhenNoEditHasSucceeded)
+{
+    const std::string made = directory_ + "/made";
+    const Node refused = policies({policy("P", delete_)});
+    const Node nothing_to_do = policies({policy("P", remove)});
+    const struct {
+        const char *title;
+        const Node *tree;
+        bool other_file;
+        bool stays;
+    } cases[] = {
+        {"no edit", nullptr, false, false},
+        {"a refused edit", &refused, false, false},
+        {"somebody else's file", &refused, true, true},
+        {"an edit that changes nothing", &nothing_to_do, false, true},
+    };
+    for (const auto &test : cases) {
+        SCOPED_TRACE(test.title);
+        std::filesystem::remove_all(made);
+        {
+            auto store = Datastore::open(models(), made, Access::write);
+            ASSERT_TRUE(store);
+            EXPECT_EQ(test.tree && store->edit(Trees(*test.tree).root()), test.tree == &nothing_to_do);
+            if (test.other_file) {
+                std::ofstream(made + "/notes") << "mine";
+            }
+        }
+        EXPECT_EQ(std::filesystem::exists(made), test.stays);
+        EXPECT_EQ(std::filesystem::exists(made + "/notes"), test.other_file);
+    }
+    ASSERT_TRUE(open()) << "a directory that was there before";
+    EXPECT_TRUE(std::filesystem::exists(directory_));
+}
+
+TEST_F(Store, LosesNoEditToARefusedOneThatTakesTheDirectoryAway)
+{
+    const std::string made = directory_ + "/made";
+    const Node good = policies({policy("P", merge)});
+    const Node bad = policies({policy("Q", delete_)});
+    for (int round = 0; round < 100; ++round) {
+        std::vector<std::future<bool>> writers;
+        for (const Node *tree : {&bad, &bad, &good, &bad}) {
+            writers.push_back(std::async(std::launch::async, [&made, tree] {
+                auto store = Datastore::open(models(), made, Access::write);
+                return store && store->edit(Trees(*tree).root());
+            }));
+        }
+        const size_t done = static_cast<size_t>(
+            std::count_if(writers.begin(), writers.end(), [](std::future<bool> &writer) { return writer.get(); }));
+        ASSERT_EQ(done, 1U);
+        ASSERT_TRUE(std::filesystem::exists(made + "/native.xml")) << "round " << round;
+        std::filesystem::remove_all(made);
+    }
 }
 
 } // namespace router::test

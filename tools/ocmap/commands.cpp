@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +24,7 @@
 #include "mapping_page.h"
 #include "model_tree.h"
 #include "native_store.h"
+#include "printable.h"
 #include "tqm/framework.h"
 
 namespace ocmap
@@ -145,13 +147,26 @@ tqm::Expected<void> show(const Explanation &explanation, const std::optional<std
     return *page == "-" ? write_text(text) : write_file(*page, text);
 }
 
+// How an edit waits for another editor, and that it says so.
+router::LockWait lock_wait(const Options &options)
+{
+    router::LockWait wait;
+    if (options.wait) {
+        wait.limit = std::chrono::seconds(*options.wait);
+    }
+    wait.notice = [&options](const std::string &holder) {
+        print_line("waiting for " + holder + ", which is editing the store " + printable(options.store));
+    };
+    return wait;
+}
+
 tqm::Expected<router::Datastore> open_store(const Options &options, const router::Models &models, router::Access access)
 {
     std::error_code ignored;
     if (access == router::Access::read && !std::filesystem::exists(options.store, ignored)) {
         return tl::unexpected(tqm::Error{"there is no store '" + options.store + "'"});
     }
-    auto store = router::Datastore::open(models, options.store, access);
+    auto store = router::Datastore::open(models, options.store, access, lock_wait(options));
     if (!store) {
         return tl::unexpected(from_router(store.error()));
     }
@@ -251,8 +266,12 @@ tqm::Expected<void> edit(const Options &options)
         if (!store) {
             return tl::unexpected(store.error());
         }
-        NativeStore native(keep(std::move(*store)));
-        return desk.framework().edit(std::move(*document), native);
+        NativeStore native(*store);
+        auto edited = desk.framework().edit(std::move(*document), native);
+        if (edited) {
+            keep(std::move(*store)); // else it goes now, with the directory that it may have made
+        }
+        return edited;
     });
 }
 

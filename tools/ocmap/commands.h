@@ -15,6 +15,7 @@ namespace ocmap
 struct Options {
     std::optional<std::string> file;       // path, "-" for standard input; none reads everything
     std::string store;                     // directory of the native datastore
+    std::optional<uint32_t> wait;          // edit: seconds to wait for another editor; none: as long as it takes
     std::string operational;               // document of the router's state, empty for none
     std::optional<uint32_t> kind;          // TQM_REQ_*, where the document does not say it
     bool reverse = false;                  // explain: native to OpenConfig

@@ -1,10 +1,16 @@
 // ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
 // commands do stands in commands.cpp.
+#include <cerrno>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <map>
 #include <new>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
 
@@ -92,10 +98,36 @@ void add_store(CLI::App *command, ocmap::Options &options)
     command->add_option("--store", options.store, "Directory of the native datastore")->required()->type_name("DIR");
 }
 
+void add_wait(CLI::App *command, ocmap::Options &options)
+{
+    const auto is_number = [](const std::string &text) -> std::string {
+        uint32_t number = 0;
+        const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool whole = failed == std::errc() && end == text.data() + text.size();
+        return whole ? "" : "must be a number of seconds, not '" + text + "'";
+    };
+    command->add_option("--wait", options.wait, "How long to wait for another editor; without it, as long as it takes")
+        ->check(CLI::Validator(is_number, ""))
+        ->type_name("SECONDS");
+}
+
+// The process will hold keys, which belong neither into a core file nor into another process that looks at this one.
+bool close_memory_to_others()
+{
+    const rlimit none = {0, 0};
+    return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && setrlimit(RLIMIT_CORE, &none) == 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (!close_memory_to_others()) {
+        std::fputs(
+            ocmap::report_line(std::string("cannot keep keys out of a core file: ") + std::strerror(errno)).c_str(),
+            stderr);
+        return exit_failure;
+    }
     Chosen chosen;
     ocmap::Options &options = chosen.options;
     options.locations = ocmap::default_locations();
@@ -118,6 +150,7 @@ int main(int argc, char **argv)
     command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
     add_file(command, options, true);
     add_store(command, options);
+    add_wait(command, options);
     command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
     add_file(command, options, false);
     add_store(command, options);

@@ -166,7 +166,7 @@ private:
         }
         const std::string leaf = path.substr(begin);
         for (const std::string &value : values) {
-            open += "<" + leaf + ">" + value + "</" + leaf + ">";
+            open.append("<").append(leaf).append(">").append(value).append("</").append(leaf).append(">");
         }
         return open + close;
     }
@@ -240,11 +240,11 @@ tqm::Expected<std::string> mapping_page(const Environment &environment)
     if (!nodes) {
         return tl::unexpected(nodes.error());
     }
-    const auto tree = tree_of(environment, *nodes);
+    auto tree = tree_of(environment, *nodes);
     if (!tree) {
         return tree;
     }
-    const auto rows = changed_rows(environment, *nodes);
+    auto rows = changed_rows(environment, *nodes);
     if (!rows) {
         return rows;
     }

@@ -172,6 +172,7 @@ tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environmen
         }
     }
     std::vector<ProbedNode> nodes;
+    nodes.reserve(probed.size());
     for (std::optional<ProbedNode> &node : probed) {
         nodes.push_back(std::move(*node));
     }

@@ -32,6 +32,7 @@ _ocmap() {
         --html) _ocmap_files "$word" '*.html'; return ;;
         --oper) _ocmap_files "$word" '*.xml' '*.json'; return ;;
         --plugin) _ocmap_files "$word" '*.so'; return ;;
+        --wait) return ;; # a number
     esac
 
     for ((at = 1; at < COMP_CWORD; ++at)); do
@@ -46,7 +47,7 @@ _ocmap() {
     case $command in
         '') options='--version --help' ;;
         forward | reverse) options="$watched --kind --json" ;;
-        edit) options="$watched --store" ;;
+        edit) options="$watched --store --wait" ;;
         get) options="$watched --store --oper --json" ;;
         get-config) options="$watched --store --json" ;;
         explain) options="$watched --reverse --kind --html" ;;

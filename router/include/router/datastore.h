@@ -7,7 +7,10 @@
 #include "router/error.h"
 #include "router/models.h"
 
+#include <chrono>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +18,13 @@ namespace router
 {
 
 enum class Access { read, write };
+
+// How a writer waits for the one before it.
+struct LockWait {
+    std::optional<std::chrono::milliseconds> limit = {}; // none: as long as it takes; 0: not at all
+    // Called once, when the wait has lasted a second, with who is waited for as far as is known, e.g. "process 17".
+    std::function<void(const std::string &holder)> notice = {};
+};
 
 // Receives what a read found, each node once: keys first, then in the order of the store, or of the filter where that
 // names the nodes. Texts live until the call returns. Instances of a leaf-list come as one leaf each. A leaf of type
@@ -32,10 +42,13 @@ class Datastore
 {
 public:
     // Opens the store in `directory`, whose file is native.xml. With Access::write the directory (its last component
-    // only) is made if it is missing, and a lock is held until the object goes: a second writer waits. A reader takes
-    // no lock, and sees an empty store where there is no directory or no file. Fails if the directory is not one or
-    // cannot be used, or if the file is damaged; a damaged file is left as it is.
-    static Expected<Datastore> open(const Models &models, const std::string &directory, Access access);
+    // only) is made if it is missing, and goes with this object if no edit has succeeded and nothing else is in it. A
+    // lock is held until the object goes: a second writer waits, as `wait` says. A reader takes no lock, and sees an
+    // empty store where there is no directory or no file. Fails if the directory is not one or cannot be used, if
+    // another writer has it for too long (Fault::busy), or if the file is damaged; a damaged file is left as it
+    // is.
+    static Expected<Datastore> open(const Models &models, const std::string &directory, Access access,
+                                    const LockWait &wait = {});
 
     Datastore(Datastore &&) noexcept;
     Datastore &operator=(Datastore &&) noexcept;
