@@ -2,6 +2,7 @@
 // tree's place once the file is written.
 #include "router/datastore.h"
 
+#include "changes.h"
 #include "document.h"
 #include "edit.h"
 #include "entries.h"
@@ -12,6 +13,7 @@
 #include "tree.h"
 
 #include <cstring>
+#include <optional>
 #include <utility>
 
 namespace router
@@ -21,7 +23,7 @@ namespace router
 struct Datastore::State {
     Models models;
     Access access;
-    StoreFile file;
+    std::optional<StoreFile> file; // none: in memory alone
     Visibility visibility;
     Tree configuration;
     Tree given_state;   // null: state follows from the configuration
@@ -71,6 +73,28 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     return {};
 }
 
+// The configuration after an edit; nothing where it stays as it is.
+Expected<std::optional<Tree>> applied(const Models &models, const Visibility &visibility, const Tree &configuration,
+                                      const EditNode *trees)
+{
+    auto copy = copy_of(configuration);
+    if (!copy) {
+        return tl::unexpected(copy.error());
+    }
+    const ly_ctx *context = models.context();
+    Editor editor(context, visibility, *copy);
+    if (auto done = editor.apply(trees); !done) {
+        return tl::unexpected(done.error());
+    }
+    if (!editor.changed()) {
+        return std::nullopt;
+    }
+    if (auto valid = validate(context, *copy); !valid) {
+        return tl::unexpected(valid.error());
+    }
+    return std::move(*copy);
+}
+
 } // namespace
 
 Datastore::Datastore(std::unique_ptr<State> state) : state_(std::move(state)) {}
@@ -95,38 +119,44 @@ Expected<Datastore> Datastore::open(const Models &models, const std::string &dir
         State{models, access, std::move(*file), visibility, std::move(*configuration), nullptr, nullptr}));
 }
 
+Datastore Datastore::in_memory(const Models &models)
+{
+    const Visibility visibility(models.context());
+    return Datastore(
+        std::make_unique<State>(State{models, Access::read, std::nullopt, visibility, nullptr, nullptr, nullptr}));
+}
+
 Expected<void> Datastore::edit(const EditNode *trees)
 {
-    if (state_->access != Access::write) {
-        return refuse(Fault::denied, "", "the store " + state_->file.path() + " is open for reading");
+    if (state_->access != Access::write || !state_->file) {
+        return refuse(Fault::denied, "", "the store is open for reading");
     }
-    auto copy = copy_of(state_->configuration);
-    if (!copy) {
-        return tl::unexpected(copy.error());
+    auto after = applied(state_->models, state_->visibility, state_->configuration, trees);
+    if (!after) {
+        return tl::unexpected(after.error());
     }
-    const ly_ctx *context = state_->models.context();
-    Editor editor(context, state_->visibility, *copy);
-    if (auto applied = editor.apply(trees); !applied) {
-        return applied;
+    if (*after) {
+        auto document = print_configuration((*after)->get());
+        if (!document) {
+            return tl::unexpected(document.error());
+        }
+        if (auto saved = state_->file->save(*document); !saved) {
+            return saved;
+        }
+        state_->configuration = std::move(**after);
+        state_->derived_state.reset();
     }
-    if (!editor.changed()) {
-        state_->file.keep_directory();
-        return {};
-    }
-    if (auto valid = validate(context, *copy); !valid) {
-        return valid;
-    }
-    auto document = print_configuration(copy->get());
-    if (!document) {
-        return tl::unexpected(document.error());
-    }
-    if (auto saved = state_->file.save(*document); !saved) {
-        return saved;
-    }
-    state_->file.keep_directory();
-    state_->configuration = std::move(*copy);
-    state_->derived_state.reset();
+    state_->file->keep_directory();
     return {};
+}
+
+Expected<std::vector<Change>> Datastore::preview(const EditNode *trees) const
+{
+    auto after = applied(state_->models, state_->visibility, state_->configuration, trees);
+    if (!after) {
+        return tl::unexpected(after.error());
+    }
+    return *after ? changes_between(state_->configuration.get(), (*after)->get()) : std::vector<Change>();
 }
 
 Expected<void> Datastore::read(const EditNode &filter, Sink &sink)

@@ -79,8 +79,8 @@ Expected<void> lock(int fd, const std::string &path, Patience &patience)
         }
         if (!patience.wait_for_holder_of(fd)) {
             const std::string directory = path.substr(0, path.size() - lock_name.size() - 1);
-            return tl::unexpected(Error{"the store " + directory + " is in use: " + holder_of(fd) + " is editing it",
-                                        "", Fault::busy});
+            return tl::unexpected(
+                Error{"the store " + directory + " is in use: " + holder_of(fd) + " is editing it", "", Fault::busy});
         }
     }
     return {};

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace router
 {
@@ -38,9 +39,22 @@ public:
     virtual void close() = 0;
 };
 
+// What an edit makes of one node of the configuration. An entry or container that goes is one change, with all in it.
+struct Change {
+    enum class Kind { set, changed, removed };
+    Kind kind;
+    std::string path;   // with keys, without prefixes
+    std::string before; // value; empty unless the leaf has changed, and of secrets
+    std::string after;  // value; empty where it is removed, and of secrets
+    bool has_value;     // of a leaf whose values may be shown
+};
+
 class Datastore
 {
 public:
+    // An empty store that is kept nowhere, for a look at what edits would do.
+    static Datastore in_memory(const Models &models);
+
     // Opens the store in `directory`, whose file is native.xml. With Access::write the directory (its last component
     // only) is made if it is missing, and goes with this object if no edit has succeeded and nothing else is in it. A
     // lock is held until the object goes: a second writer waits, as `wait` says. A reader takes no lock, and sees an
@@ -57,6 +71,9 @@ public:
     // Applies the tree and its next siblings, validates, writes the file. All or nothing: after an error both memory
     // and file are as they were. Needs Access::write. Trees of the operational model are refused.
     Expected<void> edit(const EditNode *trees);
+
+    // What edit() would do, or its error. Changes nothing; any access will do.
+    Expected<std::vector<Change>> preview(const EditNode *trees) const;
 
     // Walks what `filter` (this one tree, not its siblings) chooses into the sink. Nothing chosen: no call at all; a
     // name that no module has chooses nothing. Filters of the operational model are answered from the operational
