@@ -118,20 +118,16 @@ Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch)
 {
 }
 
-/// A request that the forward root has walked; one that selects or edits nothing has no output. With `widened` nodes
-/// that hold matches of leaf-lists alone are walked as if they selected all below them, for an answer that can be
-/// matched.
+/// A request that the forward root has walked; one that selects or edits nothing has no output. A `widened` walk leads
+/// to all that matching the answer needs.
 Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened)
 {
     if (plugin_.registrations().empty())
         return not_registered();
     auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
+    request->impl().widened = widened;
     if (Expected<void> loaded = request->load(std::move(document)); !loaded)
         return tl::make_unexpected(std::move(loaded.error()));
-    for (rdl_tqm_datatree *node : request->impl().leaf_list_matches) {
-        if (widened)
-            node->present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
-    }
     if (Expected<void> walked = walk(*request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
     return request;
@@ -261,6 +257,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     trees.kind_ = kind;
     trees.request_ = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::reverse, watch_);
     Request &request = *trees.request_;
+    request.impl().trace_index = (*asked)->impl().trace_index; // one read, one count
     for (const OutputNode *filter : (*asked)->roots()) {
         TreeBuilder answer = request.builder();
         if (Expected<void> read = native.read(*filter, answer); !read)
@@ -270,7 +267,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     }
     request.drop_unanswered();
     if (!selects_all)
-        apply_filter(request.impl().output, (*asked)->impl().filter);
+        apply_filter(request.impl().output, request.impl().paths, (*asked)->impl().filter);
     trees.roots_ = request.roots();
     return trees;
 }

@@ -87,6 +87,7 @@ PathInfo *PathTable::insert(std::string_view path)
     siblings = info;
     info->keys = schema_.list_keys(info->text);
     info->is_list = info->keys != nullptr;
+    info->is_state = schema_.is_state(info->text);
     info->is_leaf_list = schema_.is_leaf_list(info->text);
     info->is_leaf = schema_.is_leaf(info->text);
     info->is_container = schema_.is_container(info->text);

@@ -28,8 +28,9 @@ struct PathInfo {
     bool is_leaf_list = false;
     bool is_leaf = false;
     bool is_container = false;
-    bool is_key = false; ///< key leaf of the list that is its parent
-    bool secret = false; ///< its values are key texts
+    bool is_state = false; ///< config false
+    bool is_key = false;   ///< key leaf of the list that is its parent
+    bool secret = false;   ///< its values are key texts
 
     struct Place {
         const void *parent = nullptr;

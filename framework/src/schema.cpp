@@ -9,6 +9,16 @@ void Schema::add_list(std::string path, std::vector<std::string> keys)
     lists_.insert_or_assign(std::move(path), std::move(keys));
 }
 
+void Schema::add_state(std::string path)
+{
+    state_.insert(std::move(path));
+}
+
+bool Schema::is_state(std::string_view path) const
+{
+    return state_.find(path) != state_.end();
+}
+
 void Schema::add_leaf_list(std::string path)
 {
     leaf_lists_.insert(std::move(path));

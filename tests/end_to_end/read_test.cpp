@@ -55,12 +55,71 @@ TEST_F(Read, FiltersSelectWhatTheyNameAndNoMore)
         {"<policy><nonsense/></policy>", ""},
         // Content matches alone select all siblings, also one on a leaf-list.
         {"<policy><config><macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite></config></policy>", p1},
+        // A content match decides for what stands beside it, and for nothing else.
+        {"<policy><name>P1</name><config><key-server-priority>20</key-server-priority></config>"
+         "<config><name/></config></policy>",
+         "<policy><name>P1</name><config><name>P1</name></config></policy>"},
+        {"<policy><name>P1</name><config><key-server-priority>20</key-server-priority></config></policy>"
+         "<policy><name>P9</name></policy><policy><config><delay-protection/></config></policy>",
+         "<policy><name>P1</name></policy>"
+         "<policy><name>P2</name><config><delay-protection>true</delay-protection></config></policy>"},
+        {"<policy><config><key-server-priority>10</key-server-priority><name>P2</name></config></policy>", ""},
+        {"<policy><name/><config><name>P1</name><delay-protection/></config>"
+         "<config><key-server-priority>20</key-server-priority><name/></config></policy>",
+         "<policy><name>P1</name><config><name>P1</name></config></policy>"
+         "<policy><name>P2</name><config><name>P2</name><key-server-priority>20</key-server-priority></config>"
+         "</policy>"},
+        // An element of another model selects nothing, whatever its name.
+        {"<policy><name>P1</name><config xmlns='urn:x'><use-updated-eth-header/></config></policy>",
+         "<policy><name>P1</name></policy>"},
         // An element without a namespace is meant in every namespace.
         {"<policy xmlns=''><name>P2</name></policy>", p2},
     };
     for (const auto &one : cases) {
         EXPECT_EQ(selected(one.filter), one.answer) << one.filter;
     }
+}
+
+TEST_F(Read, EachTopElementOfAFilterSelectsForItself)
+{
+    const auto top = [](const std::string &entry) {
+        return "<macsec xmlns='http://openconfig.net/yang/macsec'>" + in_policies(entry) + "</macsec>";
+    };
+    const auto read = [&](const char *command, const std::string &tops) {
+        return ocmap({command, "-", "--store", store()}, "<filter>" + tops + "</filter>");
+    };
+    const std::string other = "<interfaces xmlns='urn:x'><macsec/></interfaces><macsec xmlns='urn:x'/>";
+    EXPECT_EQ(inside(read("get-config", top("<policy><name>P9</name></policy>") + other +
+                                            top("<policy><name>P2</name><config><name/></config></policy>") +
+                                            top("<policy><name/></policy>")),
+                     "policies"),
+              "<policy><name>P2</name><config><name>P2</name></config></policy><policy><name>P1</name></policy>");
+    const std::string nothing = "<data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"/>\n";
+    for (const char *command : {"get", "get-config"}) {
+        EXPECT_EQ(read(command, other).out, nothing);
+    }
+    EXPECT_EQ(ocmap({"get-config", "-", "--store", store()},
+                    R"({"ietf-netconf:filter": {"no-such-module:top": {"leaf": 1}}})")
+                  .out,
+              nothing);
+    const Outcome forward = ocmap({"forward", "-"}, "<filter>" + other + top("<policy><name>P1</name></policy>") +
+                                                        top("<policy><name>P2</name></policy>") + "</filter>");
+    EXPECT_NE(inside(forward, "policy-names").find("<name>P2</name>"), std::string::npos) << forward.out;
+    const Outcome no_filter = ocmap({"get", "-", "--store", store()}, "<macsec xmlns='urn:x'/>");
+    EXPECT_EQ(no_filter.status, 1); // such a document is mistyped
+}
+
+TEST_F(Read, AKeyIsFoundWithAndWithoutTheBlanksAroundIt)
+{
+    ASSERT_EQ(edit(in_policies(policy(" P3 ", ""))).status, 0);
+    const std::string p3 = policy(" P3 ", "");
+    EXPECT_EQ(selected("<policy><name> P3 </name></policy>"), p3);
+    EXPECT_EQ(selected("<policy><name>P3</name></policy>"), "");
+    EXPECT_EQ(selected("<policy><config><name> P3 </name></config></policy>"), p3);
+    EXPECT_EQ(selected("<policy><name>\n  P1\n</name><config><name/></config></policy>"),
+              "<policy><name>P1</name><config><name>P1</name></config></policy>");
+    ASSERT_EQ(edit(in_policies(policy("P3", ""))).status, 0);
+    EXPECT_EQ(selected("<policy><name> P3 </name></policy>"), policy("P3", "") + p3);
 }
 
 TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)

@@ -49,6 +49,11 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
         schema_.add_leaf_list(std::move(leaf_list.path));
     }
     for (router::ModuleInfo &module : models_.modules()) {
+        for (router::NodeInfo &node : models_.nodes(module.ns.c_str())) {
+            if (!node.config) {
+                schema_.add_state(std::move(node.path));
+            }
+        }
         schema_.add_module(std::move(module.name), std::move(module.ns));
     }
     for (router::LeafForm &leaf : models_.leaf_forms()) {

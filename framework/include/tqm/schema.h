@@ -35,6 +35,9 @@ public:
     /// Declares the container at `path`: in a document an empty one looks like a leaf whose presence says all.
     void add_container(std::string path);
 
+    /// Says that the node at `path` is state (config false, RFC 7950, section 7.21.1).
+    void add_state(std::string path);
+
     /// Declares a module, by whose name JSON documents call its namespace.
     void add_module(std::string name, std::string ns);
     /// Declares how JSON documents show the values of the leaf or leaf-list at `path`, if not as texts.
@@ -48,6 +51,7 @@ public:
 
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
+    bool is_state(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
     bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
@@ -67,6 +71,7 @@ private:
     Map<std::string> module_ns_;
     Map<std::string> ns_module_;
     Map<JsonType> json_types_;
+    Paths state_;
     Paths leaf_lists_;
     Paths leaves_;
     Paths containers_;
