@@ -73,37 +73,38 @@ bool write_xml(Sink sink, std::string_view wrapper, std::string_view attributes,
                const std::vector<const OutputNode *> &roots, bool with_operations)
 {
     const std::string netconf = std::string("=\"") + kNetconfNs + "\"";
-    std::string all = " xmlns" + netconf;
-    if (with_operations)
-        all += " xmlns:nc" + netconf;
-    all += attributes;
-    return XmlWriter(std::move(sink)).write(wrapper, all, roots, with_operations);
+    const std::string operations = with_operations ? " xmlns:nc" + netconf : "";
+    XmlWriter writer(std::move(sink));
+    if (wrapper.empty())
+        return writer.write(operations, roots, with_operations);
+    const std::string all = " xmlns" + netconf + operations + std::string(attributes);
+    return writer.write(wrapper, all, roots, with_operations);
 }
 
 } // namespace
 
 // ---- Trees ----
 
-void Trees::print(std::string &text, Format format) const
+void Trees::print(std::string &text, Format format, Envelope envelope) const
 {
     const auto sink = [&](std::string_view piece) {
         text += piece;
         return true;
     };
-    print_to(sink, format);
+    print_to(sink, format, envelope);
 }
 
-bool Trees::print(std::FILE *file, Format format) const
+bool Trees::print(std::FILE *file, Format format, Envelope envelope) const
 {
     return print_to(
         [file](std::string_view piece) { return std::fwrite(piece.data(), 1, piece.size(), file) == piece.size(); },
-        format);
+        format, envelope);
 }
 
-bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format format) const
+bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format format, Envelope envelope) const
 {
     constexpr const char *names[] = {"config", "filter", "data"};
-    const char *const name = names[static_cast<std::size_t>(wrapper_)];
+    const char *const name = envelope == Envelope::none ? "" : names[static_cast<std::size_t>(wrapper_)];
     const bool is_read = kind_ == TQM_REQ_GET || kind_ == TQM_REQ_GET_CONFIG;
     const bool with_operations = wrapper_ == Wrapper::config || (wrapper_ == Wrapper::data && !is_read);
     if (format == Format::json)

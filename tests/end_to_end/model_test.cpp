@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -103,6 +105,28 @@ TEST_F(Model, TheTreeShowsWhereEachNodeGoes)
     says(count("oper:"), "in the operational model");
     says(count("not supported"), "not supported");
     says(count("no native"), "without a native node of their own");
+}
+
+TEST_F(Model, TheTreeMarksNativePathsThatAreInNoModel)
+{
+    namespace fs = std::filesystem;
+    std::string pattern = testing::TempDir() + "/yang.XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    fs::copy(YANG, pattern, fs::copy_options::recursive);
+    const fs::path module = fs::path(pattern) / "Tarvex-crypto-macsec-mka-cfg.yang";
+    std::ifstream stream(module);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    std::ofstream(module) << std::regex_replace(text, std::regex("leaf conf-offset "), "leaf other-offset ");
+    const auto other = ocmap::Environment::load({PLUGIN, pattern});
+    fs::remove_all(pattern);
+    ASSERT_TRUE(other) << other.error().text;
+    const auto tree = ocmap::model_tree(*other);
+    ASSERT_TRUE(tree) << tree.error().text;
+    const std::string mark = " (in no model)";
+    const std::size_t marked = tree->find(mark);
+    EXPECT_TRUE(tree->substr(0, marked).ends_with("/macsec/policy-names/policy-name/conf-offset"));
+    EXPECT_EQ(marked, tree->rfind(mark));
+    EXPECT_EQ(ocmap::model_tree(*environment)->find(mark), std::string::npos);
 }
 
 TEST_F(Model, TheMappingPageIsTheTools)

@@ -1,5 +1,6 @@
 // Reads of MKA policies, and the commands that need no store.
 #include <algorithm>
+#include <sstream>
 
 #include "support.h"
 
@@ -131,6 +132,43 @@ TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)
     EXPECT_NE(text.find("<state><name>P1</name><key-server-priority>10</key-server-priority>"), std::string::npos);
     EXPECT_EQ(text.find("<policy><name>P1</name>"), text.rfind("<policy><name>P1</name>"));
     EXPECT_NE(text.find("<sak-hash-errors>0</sak-hash-errors>"), std::string::npos);
+}
+
+TEST_F(Read, TraceLinesAreNumberedThroughBothWalks)
+{
+    const Outcome read = ocmap({"get-config", "--store", store(), "--trace"});
+    std::istringstream lines(read.err);
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_TRUE(line.starts_with("#" + std::to_string(++number) + ":")) << line;
+    }
+    EXPECT_NE(read.err.find("ymap_to_oc_"), std::string::npos); // there are lines of the second walk
+}
+
+TEST_F(Read, BareTreesStandAlone)
+{
+    const std::string filter = "<filter><macsec xmlns='http://openconfig.net/yang/macsec'>" +
+                               in_policies("<policy><name>P1</name><config><name/></config></policy>") +
+                               "</macsec></filter>";
+    const auto bare = [&](std::vector<std::string> arguments, const std::string &input) {
+        arguments.emplace_back("--bare");
+        return ocmap(arguments, input).out;
+    };
+    const std::vector<std::string> read = {"get-config", "-", "--store", store()};
+    EXPECT_EQ(compact(bare(read, filter)),
+              "<macsec xmlns=\"http://openconfig.net/yang/macsec\"><mka><policies>"
+              "<policy><name>P1</name><config><name>P1</name></config></policy></policies></mka></macsec>\n");
+    EXPECT_EQ(bare({"get-config", "-", "--store", store(), "--json"}, filter).find(R"({
+  "openconfig-macsec:macsec": {
+    "mka": {)"),
+              0U);
+    EXPECT_EQ(bare(read, "<filter/>"), "");
+    EXPECT_EQ(bare({"get-config", "-", "--store", store(), "--json"}, "<filter/>"), "{}\n");
+    // Each of several trees declares what it needs, and can be read again.
+    const std::string edit = bare({"forward", std::string(EXAMPLES) + "/key-chains/delete-chain.xml"}, "");
+    EXPECT_EQ(edit.find("<keychains xmlns=\"http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg\" xmlns:nc="), 0U)
+        << edit;
+    EXPECT_EQ(ocmap({"reverse", "-", "--kind", "edit"}, edit).status, 0);
 }
 
 TEST_F(Read, AnEmptyFilterSelectsNothingAndAnEmptyStoreHasNothing)
