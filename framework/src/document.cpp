@@ -227,6 +227,8 @@ public:
             if (is_netconf(*name, operation))
                 return this->operation(element, *name);
         const bool bare = *name->ns == '\0' || std::strcmp(name->ns, kNetconfNs) == 0;
+        if (bare && std::strcmp(name->local, "rpc-reply") == 0)
+            return reply(element);
         const std::string_view local = bare ? name->local : "";
         if (local == "config") {
             content_.kind = TQM_REQ_EDIT;
@@ -261,6 +263,26 @@ private:
     {
         content_.holder = element;
         return {};
+    }
+
+    /// A saved answer is what it holds.
+    Expected<void> reply(pugi::xml_node element)
+    {
+        pugi::xml_node data;
+        for (pugi::xml_node child : element.children()) {
+            const std::string_view local = local_name(child.name());
+            if (child.type() != pugi::node_element || (content_.json && local == "message-id"))
+                continue;
+            if (local == "rpc-error" || local == "ok")
+                return failure(std::string("it is a reply that holds <") + child.name() + ">, and no data");
+            if (data || local != "data")
+                return failure("it is a reply that does not hold <data> alone");
+            data = child;
+        }
+        if (!data)
+            return failure("it is a reply that holds no data");
+        const auto name = enter(data);
+        return name ? hold(data) : tl::make_unexpected(name.error());
     }
 
     Expected<void> rpc(pugi::xml_node element)
@@ -336,10 +358,14 @@ private:
             content_.scope = *data_scope_;
         return {};
     }
-    static bool is_data_holder(const char *qualified)
+    static std::string_view local_name(const char *qualified)
     {
         const char *colon = std::strchr(qualified, ':');
-        const std::string_view local = colon == nullptr ? qualified : colon + 1;
+        return colon == nullptr ? qualified : colon + 1;
+    }
+    static bool is_data_holder(const char *qualified)
+    {
+        const std::string_view local = local_name(qualified);
         return local == "config" || local == "filter";
     }
 

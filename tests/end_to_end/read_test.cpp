@@ -145,6 +145,32 @@ TEST_F(Read, TraceLinesAreNumberedThroughBothWalks)
     EXPECT_NE(read.err.find("ymap_to_oc_"), std::string::npos); // there are lines of the second walk
 }
 
+TEST_F(Read, SavedAnswersAreTakenWhereDataAre)
+{
+    const std::string base = "urn:ietf:params:xml:ns:netconf:base:1.0";
+    const std::string stored = store_file();
+    const std::size_t begin = stored.find("<macsec");
+    const std::string native = stored.substr(begin, stored.find("</config>") - begin);
+    const auto reply = [&](const std::string &inside) {
+        return "<nc:rpc-reply xmlns:nc='" + base + "' message-id='7'>" + inside + "</nc:rpc-reply>";
+    };
+    const auto priority = [](const Outcome &outcome) { return inside(outcome, "key-server-priority"); };
+    EXPECT_EQ(priority(ocmap({"reverse", "-"}, reply("<nc:data>" + native + "</nc:data>"))), "10");
+    EXPECT_EQ(priority(ocmap({"reverse", "-"}, R"({"ietf-netconf:rpc-reply": {"message-id": "7", "data":
+        {"Tarvex-crypto-macsec-mka-cfg:macsec": {"policy-names": {"policy-name": [{"name": "P", "key-server-priority":
+        9}]}}}}})")),
+              "9");
+    const Outcome answer = ocmap({"get-config", "--store", store()});
+    write_file(path("answer.xml"), reply(answer.out));
+    EXPECT_EQ(ocmap({"edit", path("answer.xml"), "--store", path("copy")}).status, 0);
+    EXPECT_EQ(ocmap({"get-config", "--store", path("copy")}).out, answer.out);
+    for (const char *holds : {"<nc:ok/>", "<nc:rpc-error/>", ""}) {
+        const Outcome refused = ocmap({"reverse", "-"}, reply(holds));
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_NE(refused.err.find("reply that holds "), std::string::npos) << refused.err;
+    }
+}
+
 TEST_F(Read, BareTreesStandAlone)
 {
     const std::string filter = "<filter><macsec xmlns='http://openconfig.net/yang/macsec'>" +
