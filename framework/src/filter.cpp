@@ -6,7 +6,6 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -43,19 +42,30 @@ bool is_in(const char *filter_ns, const OutputNode &data)
 
 // ---- The filters, put together --------------------------------------------------------------------------------------
 
-struct Match {
+struct LeafValue {
     const PathInfo *leaf;
-    const char *ns;
     std::string_view value;
+    auto operator<=>(const LeafValue &) const = default;
+};
+struct LeafValueHash {
+    std::size_t operator()(const LeafValue &key) const
+    {
+        return std::hash<const void *>{}(key.leaf) * 31 + std::hash<std::string_view>{}(key.value);
+    }
+};
+
+struct Match {
+    LeafValue given;
     std::string_view trimmed;
+    const char *ns;
 
     bool holds(const OutputNode &node) const
     {
-        return node.info == leaf && node.value() != nullptr && (value == node.value() || trimmed == node.value()) &&
-               is_in(ns, node);
+        if (node.dropped || node.info != given.leaf || node.value() == nullptr)
+            return false;
+        const std::string_view value = node.value();
+        return (value == given.value || (trimmed.size() != given.value.size() && value == trimmed)) && is_in(ns, node);
     }
-    /// Keys come first: the fewest entries agree with them.
-    auto rank() const { return std::tuple(!leaf->is_key, leaf, value); }
 };
 
 struct Named;
@@ -72,24 +82,13 @@ struct Conditional {
     Branch branch;
 };
 
-struct LeafValue {
-    const PathInfo *leaf;
-    std::string_view value;
-    bool operator==(const LeafValue &) const = default;
-};
-struct LeafValueHash {
-    std::size_t operator()(const LeafValue &key) const
-    {
-        return std::hash<const void *>{}(key.leaf) * 31 + std::hash<std::string_view>{}(key.value);
-    }
-};
-
 /// All filters for the nodes of one name.
 struct Named {
     const char *ns;
     std::unique_ptr<Branch> plain; ///< of the sibling sets without content matches; null if there is none
     std::unordered_map<std::string, Conditional> conditional; ///< by the matches' texts
-    std::unordered_map<LeafValue, std::vector<const Conditional *>, LeafValueHash> by_first_match;
+    /// Each under the match that the fewest have.
+    std::unordered_map<LeafValue, std::vector<const Conditional *>, LeafValueHash> by_match;
 };
 
 class Plan
@@ -102,6 +101,7 @@ public:
         Branch branch;
         for (uint32_t i = 0; i < filters.count; ++i)
             add(filters.nodes[i], paths_.find(filters.nodes[i].tag), branch);
+        index(branch);
         return branch;
     }
 
@@ -115,8 +115,8 @@ private:
         std::vector<Match> matches;
         for (const rdl_tqm_datatree &sibling : siblings)
             if (const char *value = given_value(&sibling))
-                matches.push_back({info->child(sibling.tag), sibling.ns, value, without_blanks(value)});
-        if (std::ranges::any_of(matches, [](const Match &match) { return match.leaf == nullptr; }))
+                matches.push_back({{info->child(sibling.tag), value}, without_blanks(value), sibling.ns});
+        if (std::ranges::any_of(matches, [](const Match &match) { return match.given.leaf == nullptr; }))
             return;
         const bool only_matches = matches.size() == siblings.count;
         Named &named = named_in(branch, info, filter.ns);
@@ -143,23 +143,44 @@ private:
 
     static Conditional &conditional_in(Named &named, std::vector<Match> &matches)
     {
-        std::ranges::sort(matches, {}, &Match::rank);
+        std::ranges::sort(matches, {}, &Match::given);
         std::string text;
-        for (const Match &match : matches) {
+        for (const Match &match : matches)
             for (const std::string_view part :
-                 {std::string_view(match.leaf->tag), std::string_view(match.ns), match.value})
+                 {std::string_view(match.given.leaf->tag), match.given.value, std::string_view(match.ns)})
                 text.append(part).push_back('\0');
-        }
         const auto [position, is_new] = named.conditional.try_emplace(std::move(text));
-        Conditional &conditional = position->second;
-        if (is_new) {
-            conditional.matches = std::move(matches);
-            const Match &first = conditional.matches.front();
-            named.by_first_match[{first.leaf, first.value}].push_back(&conditional);
-            if (first.trimmed != first.value)
-                named.by_first_match[{first.leaf, first.trimmed}].push_back(&conditional);
+        if (is_new)
+            position->second.matches = std::move(matches);
+        return position->second;
+    }
+
+    static void index(Branch &branch)
+    {
+        for (auto &[info, all] : branch.children) {
+            for (const std::unique_ptr<Named> &named : all) {
+                if (named->plain != nullptr)
+                    index(*named->plain);
+                for (auto &[text, conditional] : named->conditional)
+                    index(conditional.branch);
+                index(*named);
+            }
         }
-        return conditional;
+    }
+
+    static void index(Named &named)
+    {
+        std::unordered_map<LeafValue, std::size_t, LeafValueHash> users;
+        for (const auto &[text, conditional] : named.conditional)
+            for (const Match &match : conditional.matches)
+                ++users[match.given];
+        for (const auto &[text, conditional] : named.conditional) {
+            const Match &rarest = *std::ranges::min_element(conditional.matches, {},
+                                                            [&](const Match &match) { return users.at(match.given); });
+            named.by_match[rarest.given].push_back(&conditional);
+            if (rarest.trimmed.size() != rarest.given.value.size())
+                named.by_match[{rarest.given.leaf, rarest.trimmed}].push_back(&conditional);
+        }
     }
 
     const PathTable &paths_;
@@ -180,20 +201,23 @@ void mark_on_the_way(OutputNode &data)
 
 bool select(const Branch &branch, OutputNode &data);
 
+bool holds(const Match &match, const OutputNode &data)
+{
+    const OutputNode *child = data.first_child;
+    while (child != nullptr && !match.holds(*child))
+        child = child->next;
+    return child != nullptr;
+}
+
 bool select(const Conditional &conditional, OutputNode &data)
 {
-    std::vector<OutputNode *> matched;
-    for (const Match &match : conditional.matches) {
-        const std::size_t before = matched.size();
-        for (OutputNode *child = data.first_child; child != nullptr; child = child->next)
-            if (!child->dropped && match.holds(*child))
-                matched.push_back(child);
-        if (matched.size() == before)
-            return false;
-    }
+    if (!std::ranges::all_of(conditional.matches, [&](const Match &match) { return holds(match, data); }))
+        return false;
     mark_on_the_way(data);
-    for (OutputNode *leaf : matched)
-        leaf->kept = kWhole;
+    for (const Match &match : conditional.matches)
+        for (OutputNode *child = data.first_child; child != nullptr; child = child->next)
+            if (match.holds(*child))
+                child->kept = kWhole;
     select(conditional.branch, data);
     return true;
 }
@@ -203,13 +227,13 @@ bool select(const Named &named, OutputNode &data)
     if (!is_in(named.ns, data))
         return false;
     bool any = named.plain != nullptr && select(*named.plain, data);
-    if (named.by_first_match.empty())
+    if (named.by_match.empty())
         return any;
     for (OutputNode *leaf = data.first_child; leaf != nullptr; leaf = leaf->next) {
         if (leaf->dropped || leaf->value() == nullptr)
             continue;
-        const auto found = named.by_first_match.find({leaf->info, leaf->value()});
-        if (found == named.by_first_match.end())
+        const auto found = named.by_match.find({leaf->info, leaf->value()});
+        if (found == named.by_match.end())
             continue;
         for (const Conditional *conditional : found->second)
             any = select(*conditional, data) || any;

@@ -10,6 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "xml_text.h"
+
 namespace tqm
 {
 
