@@ -3,7 +3,7 @@
 # installs below PREFIX, or for a package below DESTDIR.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
-           nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc
+           nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc valgrind
 FORMAT_PACKAGES = clang-format
 BROWSER_PACKAGES = chromium chromium-driver python3-selenium
 MODEL = /pkg/yang/openconfig-macsec.yang

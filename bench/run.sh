@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the forward mapping of a large edit against a stylesheet that makes the same native tree, how time and memory
-# grow, and the walkers alone.
+# grow, what many filters cost, and the walkers alone.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ocmap=build/ocmap
@@ -37,5 +37,7 @@ for count in 10000 100000; do
     measure "ocmap get-config, $count policies" $ocmap get-config --store "$work/store"
     measure "ocmap get-config, each by its name" $ocmap get-config "$work/$count-names.xml" --store "$work/store"
 done
+echo
+bench/filters.sh
 echo
 build/bench/walk_bench

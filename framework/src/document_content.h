@@ -13,9 +13,6 @@
 namespace tqm
 {
 
-/// Offset of the first byte that begins no character of XML (XML 1.0, section 2.2) in UTF-8; npos if there is none.
-std::size_t find_bad_character(std::string_view text);
-
 struct Document::Content {
     std::shared_ptr<char[]> buffer; ///< the text; parsed in place, so that names and values point into it
     std::size_t size = 0;

@@ -1,9 +1,16 @@
-// See filter.h. Selected nodes are marked first, so that several filters add up; what is unmarked is dropped then.
+// See filter.h. Filters for the same nodes are put together first: what they select adds up, so that each node of the
+// answer is visited once however many of them name it. Selected nodes are marked then; what is unmarked is dropped.
 #include "filter.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "hierarchy.h"
+#include "read_tree.h"
 
 namespace tqm
 {
@@ -27,115 +34,232 @@ FilterNodes children_of(const rdl_tqm_datatree &filter)
     return {given ? filter.subtree : nullptr, given ? filter.subtree_count : 0};
 }
 
-bool names(const rdl_tqm_datatree &filter, const OutputNode &data)
+/// A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
+bool is_in(const char *filter_ns, const OutputNode &data)
 {
-    return filter.tag != nullptr && std::strcmp(filter.tag, data.tag()) == 0 &&
-           (filter.ns == nullptr || *filter.ns == '\0' || std::strcmp(filter.ns, data.ns()) == 0);
+    return *filter_ns == '\0' || std::strcmp(filter_ns, data.ns()) == 0;
 }
 
-class Selection
+// ---- The filters, put together --------------------------------------------------------------------------------------
+
+struct LeafValue {
+    const PathInfo *leaf;
+    std::string_view value;
+    auto operator<=>(const LeafValue &) const = default;
+};
+struct LeafValueHash {
+    std::size_t operator()(const LeafValue &key) const
+    {
+        return std::hash<const void *>{}(key.leaf) * 31 + std::hash<std::string_view>{}(key.value);
+    }
+};
+
+struct Match {
+    LeafValue given;
+    std::string_view trimmed;
+    const char *ns;
+
+    bool holds(const OutputNode &node) const
+    {
+        if (node.dropped || node.info != given.leaf || node.value() == nullptr)
+            return false;
+        const std::string_view value = node.value();
+        return (value == given.value || (trimmed.size() != given.value.size() && value == trimmed)) && is_in(ns, node);
+    }
+};
+
+struct Named;
+
+/// What one or several filters select among the children of a node; no content match stands in its way.
+struct Branch {
+    bool whole = false;                                                                 ///< everything
+    std::unordered_map<const PathInfo *, std::vector<std::unique_ptr<Named>>> children; ///< one for each namespace
+};
+
+/// A sibling set with content matches: they decide for what stands beside them.
+struct Conditional {
+    std::vector<Match> matches;
+    Branch branch;
+};
+
+/// All filters for the nodes of one name.
+struct Named {
+    const char *ns;
+    std::unique_ptr<Branch> plain; ///< of the sibling sets without content matches; null if there is none
+    std::unordered_map<std::string, Conditional> conditional; ///< by the matches' texts
+    /// Each under the match that the fewest have.
+    std::unordered_map<LeafValue, std::vector<const Conditional *>, LeafValueHash> by_match;
+};
+
+class Plan
 {
 public:
-    explicit Selection(const Output &output) : output_(output) {}
+    explicit Plan(const PathTable &paths) : paths_(paths) {}
 
-    /// Marks what the sibling set `filters` selects among the children of `data`. False if that is nothing.
-    bool select(FilterNodes filters, OutputNode &data) const
+    Branch of(TreeBuilder::Roots filters) const
     {
-        if (data.kept == kWhole)
-            return true;
-        bool only_matches = true;
-        for (const rdl_tqm_datatree &filter : filters) {
-            const bool is_match = given_value(&filter) != nullptr;
-            if (is_match && !matches(filter, data))
-                return false;
-            only_matches = only_matches && is_match;
-        }
-        if (only_matches) {
-            data.kept = kWhole;
-            return true;
-        }
-        bool selected = false;
-        for (const rdl_tqm_datatree &filter : filters)
-            selected = select_children(filter, data) || selected;
-        if (!selected)
-            return false;
-        data.kept = kOnTheWay;
-        for (OutputNode *child = data.first_child; data.list_entry && child != nullptr; child = child->next)
-            if (child->is_key())
-                child->kept = kWhole;
-        return true;
+        Branch branch;
+        for (uint32_t i = 0; i < filters.count; ++i)
+            add(filters.nodes[i], paths_.find(filters.nodes[i].tag), branch);
+        index(branch);
+        return branch;
     }
 
 private:
-    /// Calls `visit` with each list entry, value or node among the children of `data` that `filter` names.
-    template <class Visit>
-    static bool for_each_named(const rdl_tqm_datatree &filter, OutputNode &data, Visit visit)
+    /// What has no path is nowhere in the answer.
+    static void add(const rdl_tqm_datatree &filter, const PathInfo *info, Branch &branch)
     {
-        for (OutputNode *child = data.first_named; child != nullptr; child = child->next_named)
-            if (!child->dropped && names(filter, *child))
-                return visit(*child);
-        bool any = false;
-        for (const ListSlot *slot = data.slots; slot != nullptr; slot = slot->next) {
-            if (filter.tag == nullptr || std::strcmp(filter.tag, slot->info->tag) != 0)
-                continue;
-            for (OutputNode *child = data.first_child; child != nullptr; child = child->next)
-                if (!child->dropped && child->info == slot->info && names(filter, *child))
-                    any = visit(*child) || any;
-        }
-        return any;
+        if (info == nullptr || branch.whole)
+            return;
+        const FilterNodes siblings = children_of(filter);
+        std::vector<Match> matches;
+        for (const rdl_tqm_datatree &sibling : siblings)
+            if (const char *value = given_value(&sibling))
+                matches.push_back({{info->child(sibling.tag), value}, without_blanks(value), sibling.ns});
+        if (std::ranges::any_of(matches, [](const Match &match) { return match.given.leaf == nullptr; }))
+            return;
+        const bool only_matches = matches.size() == siblings.count;
+        Named &named = named_in(branch, info, filter.ns);
+        if (matches.empty() && named.plain == nullptr)
+            named.plain = std::make_unique<Branch>();
+        Branch &selected = matches.empty() ? *named.plain : conditional_in(named, matches).branch;
+        if (only_matches)
+            selected.whole = true;
+        for (const rdl_tqm_datatree &sibling : siblings)
+            if (given_value(&sibling) == nullptr)
+                add(sibling, info->child(sibling.tag), selected);
     }
 
-    static const ListSlot *slot_named(const rdl_tqm_datatree &filter, const OutputNode &data)
+    static Named &named_in(Branch &branch, const PathInfo *info, const char *ns)
     {
-        const ListSlot *slot = data.slots;
-        while (slot != nullptr && (filter.tag == nullptr || std::strcmp(filter.tag, slot->info->tag) != 0))
-            slot = slot->next;
-        return slot;
+        auto &all = branch.children[info];
+        for (const std::unique_ptr<Named> &named : all)
+            if (std::strcmp(named->ns, ns) == 0)
+                return *named;
+        all.push_back(std::make_unique<Named>());
+        all.back()->ns = ns;
+        return *all.back();
     }
 
-    bool matches(const rdl_tqm_datatree &filter, OutputNode &data) const
+    static Conditional &conditional_in(Named &named, std::vector<Match> &matches)
     {
-        const ListSlot *values = slot_named(filter, data);
-        if (values != nullptr && values->info->is_leaf_list) {
-            const OutputNode *value = output_.find_value(values, filter.value);
-            return value != nullptr && !value->dropped && names(filter, *value);
-        }
-        return for_each_named(filter, data, [&](OutputNode &leaf) {
-            return leaf.value() != nullptr && std::strcmp(leaf.value(), filter.value) == 0;
-        });
+        std::ranges::sort(matches, {}, &Match::given);
+        std::string text;
+        for (const Match &match : matches)
+            for (const std::string_view part :
+                 {std::string_view(match.given.leaf->tag), match.given.value, std::string_view(match.ns)})
+                text.append(part).push_back('\0');
+        const auto [position, is_new] = named.conditional.try_emplace(std::move(text));
+        if (is_new)
+            position->second.matches = std::move(matches);
+        return position->second;
     }
 
-    /// True if the filter names one entry of `slot` by its key: `entry` is that then, or null.
-    bool entry_by_key(FilterNodes filters, const ListSlot *slot, OutputNode *&entry) const
+    static void index(Branch &branch)
     {
-        if (slot == nullptr || !slot->info->is_list || slot->info->keys->size() != 1)
-            return false;
-        const std::string &key = slot->info->keys->front();
-        const char *value = given_value(find_child(filters.nodes, filters.count, key));
-        if (value == nullptr)
-            return false;
-        entry = output_.find_by_key(slot, key, value);
-        return true;
-    }
-
-    bool select_children(const rdl_tqm_datatree &filter, OutputNode &data) const
-    {
-        if (const char *value = given_value(&filter)) {
-            const ListSlot *values = slot_named(filter, data);
-            if (values != nullptr && values->info->is_leaf_list) {
-                output_.find_value(values, value)->kept = kWhole;
-                return true;
+        for (auto &[info, all] : branch.children) {
+            for (const std::unique_ptr<Named> &named : all) {
+                if (named->plain != nullptr)
+                    index(*named->plain);
+                for (auto &[text, conditional] : named->conditional)
+                    index(conditional.branch);
+                index(*named);
             }
         }
-        const FilterNodes below = children_of(filter);
-        OutputNode *entry = nullptr;
-        if (entry_by_key(below, slot_named(filter, data), entry))
-            return entry != nullptr && !entry->dropped && names(filter, *entry) && select(below, *entry);
-        return for_each_named(filter, data, [&](OutputNode &child) { return select(below, child); });
     }
 
-    const Output &output_;
+    static void index(Named &named)
+    {
+        std::unordered_map<LeafValue, std::size_t, LeafValueHash> users;
+        for (const auto &[text, conditional] : named.conditional)
+            for (const Match &match : conditional.matches)
+                ++users[match.given];
+        for (const auto &[text, conditional] : named.conditional) {
+            const Match &rarest = *std::ranges::min_element(conditional.matches, {},
+                                                            [&](const Match &match) { return users.at(match.given); });
+            named.by_match[rarest.given].push_back(&conditional);
+            if (rarest.trimmed.size() != rarest.given.value.size())
+                named.by_match[{rarest.given.leaf, rarest.trimmed}].push_back(&conditional);
+        }
+    }
+
+    const PathTable &paths_;
 };
+
+// ---- The answer -----------------------------------------------------------------------------------------------------
+
+/// Keys of a selected entry come along.
+void mark_on_the_way(OutputNode &data)
+{
+    if (data.kept == kWhole)
+        return;
+    data.kept = kOnTheWay;
+    for (OutputNode *child = data.first_child; data.list_entry && child != nullptr; child = child->next)
+        if (child->is_key())
+            child->kept = kWhole;
+}
+
+bool select(const Branch &branch, OutputNode &data);
+
+bool holds(const Match &match, const OutputNode &data)
+{
+    const OutputNode *child = data.first_child;
+    while (child != nullptr && !match.holds(*child))
+        child = child->next;
+    return child != nullptr;
+}
+
+bool select(const Conditional &conditional, OutputNode &data)
+{
+    if (!std::ranges::all_of(conditional.matches, [&](const Match &match) { return holds(match, data); }))
+        return false;
+    mark_on_the_way(data);
+    for (const Match &match : conditional.matches)
+        for (OutputNode *child = data.first_child; child != nullptr; child = child->next)
+            if (match.holds(*child))
+                child->kept = kWhole;
+    select(conditional.branch, data);
+    return true;
+}
+
+bool select(const Named &named, OutputNode &data)
+{
+    if (!is_in(named.ns, data))
+        return false;
+    bool any = named.plain != nullptr && select(*named.plain, data);
+    if (named.by_match.empty())
+        return any;
+    for (OutputNode *leaf = data.first_child; leaf != nullptr; leaf = leaf->next) {
+        if (leaf->dropped || leaf->value() == nullptr)
+            continue;
+        const auto found = named.by_match.find({leaf->info, leaf->value()});
+        if (found == named.by_match.end())
+            continue;
+        for (const Conditional *conditional : found->second)
+            any = select(*conditional, data) || any;
+    }
+    return any;
+}
+
+/// Marks what the branch selects of `data`. False if that is nothing.
+bool select(const Branch &branch, OutputNode &data)
+{
+    if (branch.whole)
+        data.kept = kWhole;
+    if (data.kept == kWhole)
+        return true;
+    bool any = false;
+    for (OutputNode *child = data.first_child; child != nullptr; child = child->next) {
+        const auto found = child->dropped ? branch.children.end() : branch.children.find(child->info);
+        if (found == branch.children.end())
+            continue;
+        for (const std::unique_ptr<Named> &named : found->second)
+            any = select(*named, *child) || any;
+    }
+    if (any)
+        mark_on_the_way(data);
+    return any;
+}
 
 void drop_unmarked(OutputNode &parent)
 {
@@ -149,13 +273,10 @@ void drop_unmarked(OutputNode &parent)
 
 } // namespace
 
-void apply_filter(Output &output, TreeBuilder::Roots filters)
+void apply_filter(Output &output, const PathTable &paths, TreeBuilder::Roots filters)
 {
-    const Selection selection(output);
-    for (uint32_t i = 0; i < filters.count; ++i)
-        for (OutputNode *root = output.base().first_child; root != nullptr; root = root->next)
-            if (!root->dropped && names(filters.nodes[i], *root))
-                selection.select(children_of(filters.nodes[i]), *root);
+    const Branch branch = Plan(paths).of(filters);
+    select(branch, output.base());
     drop_unmarked(output.base());
 }
 

@@ -62,37 +62,38 @@ bool write_xml(Sink sink, std::string_view wrapper, std::string_view attributes,
                const std::vector<const OutputNode *> &roots, bool with_operations)
 {
     const std::string netconf = std::string("=\"") + kNetconfNs + "\"";
-    std::string all = " xmlns" + netconf;
-    if (with_operations)
-        all += " xmlns:nc" + netconf;
-    all += attributes;
-    return XmlWriter(std::move(sink)).write(wrapper, all, roots, with_operations);
+    const std::string operations = with_operations ? " xmlns:nc" + netconf : "";
+    XmlWriter writer(std::move(sink));
+    if (wrapper.empty())
+        return writer.write(operations, roots, with_operations);
+    const std::string all = " xmlns" + netconf + operations + std::string(attributes);
+    return writer.write(wrapper, all, roots, with_operations);
 }
 
 } // namespace
 
 // ---- Trees ----
 
-void Trees::print(std::string &text, Format format) const
+void Trees::print(std::string &text, Format format, Envelope envelope) const
 {
     const auto sink = [&](std::string_view piece) {
         text += piece;
         return true;
     };
-    print_to(sink, format);
+    print_to(sink, format, envelope);
 }
 
-bool Trees::print(std::FILE *file, Format format) const
+bool Trees::print(std::FILE *file, Format format, Envelope envelope) const
 {
     return print_to(
         [file](std::string_view piece) { return std::fwrite(piece.data(), 1, piece.size(), file) == piece.size(); },
-        format);
+        format, envelope);
 }
 
-bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format format) const
+bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format format, Envelope envelope) const
 {
     constexpr const char *names[] = {"config", "filter", "data"};
-    const char *const name = names[static_cast<std::size_t>(wrapper_)];
+    const char *const name = envelope == Envelope::none ? "" : names[static_cast<std::size_t>(wrapper_)];
     const bool is_read = kind_ == TQM_REQ_GET || kind_ == TQM_REQ_GET_CONFIG;
     const bool with_operations = wrapper_ == Wrapper::config || (wrapper_ == Wrapper::data && !is_read);
     if (format == Format::json)
@@ -107,28 +108,24 @@ Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch, Ed
 {
 }
 
-Expected<std::shared_ptr<Request>> Framework::load(Document document, uint32_t kind) const
+Expected<std::shared_ptr<Request>> Framework::load(Document document, uint32_t kind, bool widened) const
 {
     if (plugin_.registrations().empty())
         return not_registered();
     auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
+    request->impl().widened = widened;
     if (Expected<void> loaded = request->load(std::move(document)); !loaded)
         return with_instance(std::move(loaded.error()), schema_);
     return request;
 }
 
-/// A request that the forward root has walked; one that selects or edits nothing has no output. With `widened` nodes
-/// that hold matches of leaf-lists alone are walked as if they selected all below them, for an answer that can be
-/// matched.
+/// A request that the forward root has walked; one that selects or edits nothing has no output. A `widened` walk leads
+/// to all that matching the answer needs.
 Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened) const
 {
-    Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
+    Expected<std::shared_ptr<Request>> request = load(std::move(document), kind, widened);
     if (!request)
         return request;
-    for (rdl_tqm_datatree *node : (*request)->impl().leaf_list_matches) {
-        if (widened)
-            node->present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
-    }
     if (Expected<void> walked = walk(**request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
     return request;
@@ -250,6 +247,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     trees.kind_ = kind;
     trees.request_ = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::reverse, watch_);
     Request &request = *trees.request_;
+    request.impl().trace_index = (*asked)->impl().trace_index; // one read, one count
     for (const OutputNode *filter : (*asked)->roots()) {
         TreeBuilder answer = request.builder();
         if (Expected<void> read = native.read(*filter, answer); !read)
@@ -259,7 +257,7 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     }
     request.drop_unanswered();
     if (!selects_all)
-        apply_filter(request.impl().output, (*asked)->impl().filter);
+        apply_filter(request.impl().output, request.impl().paths, (*asked)->impl().filter);
     trees.roots_ = request.roots();
     return trees;
 }

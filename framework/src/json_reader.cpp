@@ -10,6 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "xml_text.h"
+
 namespace tqm
 {
 
@@ -52,7 +54,7 @@ bool is_identifier(std::string_view name)
 
 bool is_wrapper(std::string_view name)
 {
-    return name == "rpc" || name == "config" || name == "filter" || name == "data";
+    return name == "rpc" || name == "rpc-reply" || name == "config" || name == "filter" || name == "data";
 }
 
 /// Annotations of one member, until all of the object around it is known.

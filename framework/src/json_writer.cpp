@@ -43,13 +43,16 @@ bool is_number(std::string_view text)
 bool JsonWriter::write(std::string_view wrapper, const std::vector<const OutputNode *> &trees, bool with_operations)
 {
     with_operations_ = with_operations;
-    buffer_.append("{\n  \"ietf-netconf:").append(wrapper).append("\": {");
-    const Place place{nullptr, TQM_OP_MERGE, 2};
+    const bool wrapped = !wrapper.empty();
+    buffer_ += '{';
+    if (wrapped)
+        buffer_.append("\n  \"ietf-netconf:").append(wrapper).append("\": {");
+    const Place place{nullptr, TQM_OP_MERGE, wrapped ? 2U : 1U};
     for (const OutputNode *tree : trees)
         member(*tree, place);
     if (!trees.empty())
-        buffer_ += "\n  ";
-    buffer_ += "}\n}\n";
+        buffer_ += wrapped ? "\n  " : "\n";
+    buffer_ += wrapped ? "}\n}\n" : "}\n";
     flush();
     return good_;
 }

@@ -12,7 +12,8 @@ class JsonWriter
 public:
     JsonWriter(const Schema &schema, Sink sink) : schema_(schema), sink_(std::move(sink)) {}
 
-    /// One object with the member "ietf-netconf:<wrapper>", which holds the trees. False if the sink failed.
+    /// One object with the member "ietf-netconf:<wrapper>", which holds the trees, or, if `wrapper` is empty, with the
+    /// trees themselves. False if the sink failed.
     bool write(std::string_view wrapper, const std::vector<const OutputNode *> &trees, bool with_operations);
 
 private:

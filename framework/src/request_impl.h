@@ -125,9 +125,8 @@ struct Request::Impl {
     /// Edits: the first value of a leaf-list that is one too many, as the native side keeps them in one leaf.
     const rdl_tqm_datatree *one_too_many = nullptr;
     std::string error_path;
-    /// Reads: the client's filter, and the nodes of the request tree all of whose children are matches of leaf-lists.
-    TreeBuilder::Roots filter;
-    std::vector<rdl_tqm_datatree *> leaf_list_matches;
+    TreeBuilder::Roots filter; ///< forward reads: the client's, as it came
+    bool widened = false;      ///< forward reads: the walk is to lead to all that matching the answer needs
     /// Edits: the first element of another namespace. The plug-in refuses those whose tag it does not know; the request
     /// is not good with one whose tag it does.
     std::optional<Error> foreign;

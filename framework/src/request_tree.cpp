@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "document_content.h"
+#include "read_tree.h"
 
 namespace tqm
 {
@@ -48,7 +49,7 @@ class Converter
 public:
     Converter(Request::Impl &request, Document::Content &content)
         : request_(request), content_(content), scope_(content.scope), is_edit_(!request.is_read()),
-          reverse_(request.direction == Direction::reverse)
+          reverse_(request.direction == Direction::reverse), is_filter_(content.is_filter && !is_edit_ && !reverse_)
     {
     }
 
@@ -56,13 +57,14 @@ public:
 
 private:
     std::vector<pugi::xml_node> elements();
+    bool is_registered(const XmlName &name, const char *&expected_ns) const;
     bool check_top(const XmlName &name, pugi::xml_node element);
+    bool is_passed_over(const XmlName &name);
     bool convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
                  unsigned int depth, bool &left_out);
     bool convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info, Inherited inherited,
                           unsigned int depth, uint32_t count);
     bool deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list);
-    void note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo *info);
     void note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record);
     bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
     bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
@@ -71,7 +73,7 @@ private:
     bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
               const PathInfo *info);
     const char *whole_text(pugi::xml_node element, bool split);
-    char *trimmed(const char *value);
+    const char *trimmed(const char *value);
     std::optional<XmlName> name_of(pugi::xml_node element);
     const char *kept_ns(const char *ns);
     bool check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &parent,
@@ -84,6 +86,7 @@ private:
     XmlScope scope_;
     bool is_edit_;
     bool reverse_;
+    bool is_filter_; ///< of a client's read: it may have several top elements, also those of models that are not here
     Error error_;
     const char *raw_ns_ = nullptr;
     const char *ns_ = nullptr;
@@ -142,7 +145,7 @@ Expected<void> Converter::run()
     auto *trees = request_.arena.make_array<rdl_tqm_datatree>(tops.size());
     if (content_.holder && !is_blank(content_.holder.child_value()))
         fail(ErrorTag::bad_element, "there is text between the elements", content_.holder);
-    if (error_.text.empty() && !reverse_ && tops.size() > 1)
+    if (error_.text.empty() && !reverse_ && !is_filter_ && tops.size() > 1)
         fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
              tops[1]);
     for (const std::string_view path : request_.schema.paths())
@@ -157,10 +160,16 @@ Expected<void> Converter::run()
             scope_.leave(0); // the element's declarations are taken in again below
         const std::size_t mark = scope_.enter(tops[i]);
         const auto name = name_of(tops[i]);
-        const bool good = name && check_top(*name, tops[i]);
+        const bool passed_over = name && is_passed_over(*name);
+        const bool good = passed_over || (name && check_top(*name, tops[i]));
         scope_.leave(mark);
+        if (passed_over)
+            continue;
+        if (good && is_filter_ && count != 0 && std::strcmp(name->local, trees[0].tag) != 0)
+            fail(ErrorTag::bad_element,
+                 std::string("a request has one tree, and <") + tops[i].name() + "> is a second one", tops[i]);
         bool left_out = false;
-        if (!good || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out))
+        if (!error_.text.empty() || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out))
             break;
         if (is_edit_ && content_.default_operation == DefaultOperation::replace &&
             (trees[count].present & TQM_PRESENT_OPERATION) == 0) {
@@ -181,24 +190,31 @@ bool is_client_top(const tqm_map_reg_info &registration)
     return std::strcmp(registration.oc_top, registration.native_top) != 0;
 }
 
-bool Converter::check_top(const XmlName &name, pugi::xml_node element)
+/// `expected_ns` is the namespace in which the tag is registered, null if it is in none.
+bool Converter::is_registered(const XmlName &name, const char *&expected_ns) const
 {
     const auto &registrations = request_.registrations;
     const bool any_client_top = std::ranges::any_of(registrations, is_client_top);
-    bool tag_known = false;
-    const char *expected_ns = "";
+    expected_ns = nullptr;
     for (const tqm_map_reg_info &registration : registrations) {
         if (!reverse_ && any_client_top && !is_client_top(registration))
             continue;
         if (std::strcmp(name.local, reverse_ ? registration.native_top : registration.oc_top) != 0)
             continue;
-        tag_known = true;
         expected_ns = reverse_ ? registration.native_ns : registration.oc_ns;
         // A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
         if (std::strcmp(name.ns, expected_ns) == 0 || (!is_edit_ && *name.ns == '\0'))
             return true;
     }
-    if (tag_known) {
+    return false;
+}
+
+bool Converter::check_top(const XmlName &name, pugi::xml_node element)
+{
+    const char *expected_ns = nullptr;
+    if (is_registered(name, expected_ns))
+        return true;
+    if (expected_ns != nullptr) {
         error_.bad_namespace = name.ns;
         return fail(ErrorTag::unknown_namespace,
                     std::string("<") + name.local + "> is in namespace '" + name.ns + "', not in '" + expected_ns + "'",
@@ -206,6 +222,21 @@ bool Converter::check_top(const XmlName &name, pugi::xml_node element)
     }
     return fail(ErrorTag::unknown_element, std::string("no mapping is registered for the element <") + name.local + ">",
                 element);
+}
+
+/// A filter's top element of a model that is not here selects nothing (RFC 6241, section 6.2.1).
+bool Converter::is_passed_over(const XmlName &name)
+{
+    const char *expected_ns = nullptr;
+    if (!is_filter_ || is_registered(name, expected_ns))
+        return false;
+    if (request_.watch.observer != nullptr) {
+        rdl_tqm_datatree top{};
+        top.tag = request_.arena.keep(name.local);
+        top.ns = kept_ns(name.ns);
+        request_.left_out.push_back({nullptr, 0, top, "it is of another module, and selects nothing"});
+    }
+    return true;
 }
 
 bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
@@ -254,8 +285,6 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
         return false;
     if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info))
         return false;
-    if (!is_edit_ && !reverse_)
-        note_leaf_list_matches(record, info);
     if (has_attributes)
         scope_.leave(mark);
     return true;
@@ -268,20 +297,6 @@ bool Converter::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatre
         if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end())
             return fail(ErrorTag::invalid_value, "a list entry that is deleted names nothing but its keys", element);
     return true;
-}
-
-/// Content matches alone select all their siblings. The walkers see that for leaves, but not for leaf-lists: a node
-/// with no other children is walked without them, as one that selects all below it.
-void Converter::note_leaf_list_matches(rdl_tqm_datatree &record, const PathInfo *info)
-{
-    if (info == nullptr || record.subtree_count == 0)
-        return;
-    for (uint32_t i = 0; i < record.subtree_count; ++i) {
-        const PathInfo *child = info->child(record.subtree[i].tag);
-        if (child == nullptr || !child->is_leaf_list || given_value(&record.subtree[i]) == nullptr)
-            return;
-    }
-    request_.leaf_list_matches.push_back(&record);
 }
 
 /// Leaves have no children, and only lists and leaf-lists more than one instance (RFC 7950, section 3). A filter may
@@ -428,7 +443,7 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
     } else if (is_container) {
         return fail(ErrorTag::bad_element, "a container holds no text", element);
     }
-    const bool as_it_is = (is_edit_ || reverse_) && (info == nullptr || !info->is_unspaced);
+    const bool as_it_is = is_filter_ || info == nullptr || !info->is_unspaced;
     record.value = as_it_is ? request_.arena.keep(value) : trimmed(value);
     record.present |= TQM_PRESENT_VALUE;
     return true;
@@ -446,12 +461,12 @@ const char *Converter::whole_text(pugi::xml_node element, bool split)
     return request_.arena.copy(text);
 }
 
-char *Converter::trimmed(const char *value)
+const char *Converter::trimmed(const char *value)
 {
     std::string_view text = value;
     text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
     text.remove_suffix(text.size() - text.find_last_not_of(" \t\r\n") - 1);
-    return const_cast<char *>(request_.arena.copy(text));
+    return text.size() == std::strlen(value) ? request_.arena.keep(value) : request_.arena.copy(text);
 }
 
 /// Fails where there is no such prefix, or no such module.
@@ -463,11 +478,11 @@ std::optional<XmlName> Converter::name_of(pugi::xml_node element)
              element);
     } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, kNetconfNs) != 0) {
         const char *ns = request_.schema.module_ns(name->ns);
-        if (ns == nullptr) {
+        if (ns == nullptr && !is_filter_) {
             fail(ErrorTag::unknown_namespace, std::string("there is no module '") + name->ns + "' here", element);
             return std::nullopt;
         }
-        name->ns = ns;
+        name->ns = ns == nullptr ? name->ns : ns; // a module's name is no namespace, and selects nothing
     }
     return name;
 }
@@ -498,32 +513,6 @@ void select_all(Request::Impl &request)
 
 } // namespace
 
-namespace
-{
-
-// The client's filter, as it is before the walk puts marks and keys into the request tree. Texts are shared.
-void copy_children(Arena &arena, rdl_tqm_datatree &node)
-{
-    if (node.subtree == nullptr || node.subtree_count == 0)
-        return;
-    auto *children = arena.make_array<rdl_tqm_datatree>(node.subtree_count);
-    std::copy_n(node.subtree, node.subtree_count, children);
-    node.subtree = children;
-    for (uint32_t i = 0; i < node.subtree_count; ++i)
-        copy_children(arena, children[i]);
-}
-
-void keep_filter(Request::Impl &request)
-{
-    auto *trees = request.arena.make_array<rdl_tqm_datatree>(request.trees.count);
-    std::copy_n(request.trees.nodes, request.trees.count, trees);
-    for (uint32_t i = 0; i < request.trees.count; ++i)
-        copy_children(request.arena, trees[i]);
-    request.filter = {trees, request.trees.count};
-}
-
-} // namespace
-
 Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Document::Content> content)
 {
     if (content->selects_all) {
@@ -534,8 +523,10 @@ Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Documen
     request.arena.keep_alive(content->buffer.get(), content->size);
     if (Expected<void> converted = Converter(request, *content).run(); !converted)
         return converted;
-    if (request.is_read() && request.direction == Direction::forward)
-        keep_filter(request);
+    if (request.is_read() && request.direction == Direction::forward) {
+        request.filter = request.trees;
+        make_read_tree(request);
+    }
     return {};
 }
 

@@ -77,6 +77,16 @@ bool XmlWriter::write(std::string_view wrapper, std::string_view attributes,
     return good_;
 }
 
+bool XmlWriter::write(std::string_view attributes, const std::vector<const OutputNode *> &trees, bool with_operations)
+{
+    with_operations_ = with_operations;
+    top_attributes_ = attributes;
+    for (const OutputNode *tree : trees)
+        node(*tree, nullptr, TQM_OP_MERGE, 0);
+    flush();
+    return good_;
+}
+
 void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t outer_operation, unsigned int level)
 {
     if (buffer_.size() >= kBufferSize)
@@ -88,6 +98,8 @@ void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t oute
         escaped(node.ns(), true);
         buffer_ += '"';
     }
+    if (outer_ns == nullptr)
+        buffer_ += top_attributes_;
     if (with_operations_) {
         const WrittenOperation written = written_operation(node, outer_operation);
         if (written.name != nullptr)

@@ -25,6 +25,9 @@ public:
     bool write(std::string_view wrapper, std::string_view attributes, const std::vector<const OutputNode *> &trees,
                bool with_operations);
 
+    /// The trees alone, each with `attributes` in its start tag.
+    bool write(std::string_view attributes, const std::vector<const OutputNode *> &trees, bool with_operations);
+
 private:
     void node(const OutputNode &node, const char *outer_ns, uint32_t outer_operation, unsigned int level);
     void escaped(std::string_view text, bool in_attribute);
@@ -32,6 +35,7 @@ private:
 
     Sink sink_;
     std::string buffer_;
+    std::string_view top_attributes_; ///< of the trees' start tags
     bool with_operations_ = false;
     bool good_ = true;
 };

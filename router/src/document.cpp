@@ -1,8 +1,9 @@
 // Documents. A store's nodes stand in one <config>, so that a file that was cut short is never a whole one. libyang
-// reads siblings without an envelope; its tags are blanked out, which keeps the line numbers of its errors right.
+// reads siblings without an envelope.
 #include "document.h"
 
 #include "entries.h"
+#include "envelope.h"
 #include "report.h"
 #include "router/models.h"
 
@@ -39,87 +40,10 @@ size_t skip_space(std::string_view text, size_t at)
     return at;
 }
 
-// Behind white space, comments, processing instructions and the XML declaration.
-size_t skip_misc(std::string_view text, size_t at)
-{
-    for (;;) {
-        at = skip_space(text, at);
-        const std::string_view rest = text.substr(std::min(at, text.size()));
-        const bool comment = rest.starts_with("<!--");
-        if (!comment && !rest.starts_with("<?")) {
-            return at;
-        }
-        const size_t end = rest.find(comment ? "-->" : "?>");
-        if (end == std::string_view::npos) {
-            return at;
-        }
-        at += end + (comment ? 3 : 2);
-    }
-}
-
-void blank(std::string &text, size_t begin, size_t end)
-{
-    for (size_t at = begin; at < end; ++at) {
-        text[at] = text[at] == '\n' ? '\n' : ' ';
-    }
-}
-
-std::string_view local_name(std::string_view name)
-{
-    const size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
-
-// Blanks out the tags of a <config> or <data> around everything. A document without one stays as it is.
-bool unwrap(std::string &text)
-{
-    const size_t begin = skip_misc(text, 0);
-    const size_t name_end = text.find_first_of(" \t\r\n/>", begin);
-    const size_t tag_end = text.find('>', begin);
-    if (begin >= text.size() || text[begin] != '<' || tag_end == std::string::npos) {
-        return true;
-    }
-    const std::string name = text.substr(begin + 1, name_end - begin - 1);
-    if (local_name(name) != "config" && local_name(name) != "data") {
-        return true;
-    }
-    blank(text, 0, begin);
-    if (text[tag_end - 1] == '/') {
-        blank(text, begin, tag_end + 1);
-        return skip_misc(text, tag_end + 1) == text.size();
-    }
-    const size_t close = text.rfind("</" + name);
-    if (close == std::string::npos || close < tag_end) {
-        return false;
-    }
-    const size_t close_name_end = skip_space(text, close + 2 + name.size());
-    if (close_name_end >= text.size() || text[close_name_end] != '>' ||
-        skip_misc(text, close_name_end + 1) != text.size()) {
-        return false;
-    }
-    blank(text, begin, tag_end + 1);
-    blank(text, close, text.size());
-    return true;
-}
-
 bool is_json(std::string_view text)
 {
     const size_t begin = skip_space(text, 0);
     return begin < text.size() && text[begin] == '{';
-}
-
-// Blanks out {"ietf-netconf:data": and its brace at the end. A document without it stays as it is.
-void unwrap_json(std::string &text)
-{
-    constexpr std::string_view member = "\"ietf-netconf:data\"";
-    const size_t begin = skip_space(text, skip_space(text, 0) + 1);
-    const size_t colon = skip_space(text, begin + member.size());
-    const size_t close = text.rfind('}');
-    if (std::string_view(text).substr(std::min(begin, text.size())).starts_with(member) && colon < close &&
-        text[colon] == ':') {
-        blank(text, 0, colon + 1);
-        blank(text, close, close + 1);
-    }
 }
 
 // Whether the text is one JSON value. What the parser says may quote a key: only the place is taken.
@@ -146,19 +70,19 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
         return fault("it is empty");
     }
     if (text.starts_with("\xef\xbb\xbf")) { // a byte order mark
-        blank(text, 0, 3);
+        text.replace(0, 3, "   ");
     }
     const bool json = is_json(text);
     if (text.find('\0') != std::string::npos) { // which parsers take for the end
         return fault("it is not well-formed: it holds a NUL");
     }
+    if (auto taken_off = json ? take_off_json_envelope(text) : take_off_envelope(text); !taken_off) {
+        return tl::unexpected(taken_off.error());
+    }
     if (json) {
-        unwrap_json(text);
         if (auto complete = check_json(text); !complete) { // libyang does not look at what comes behind the object
             return tl::unexpected(complete.error());
         }
-    } else if (!unwrap(text)) {
-        return fault("it is not well-formed XML");
     }
     lyd_node *parsed = nullptr;
     ly_err_clean(const_cast<ly_ctx *>(context), nullptr);

@@ -14,8 +14,8 @@ namespace router
 // Whether the text is UTF-8 of characters that an XML document can hold and gives back as they were.
 bool is_xml_text(const char *text);
 
-// The configuration in a store's document: native nodes alone, in <config> or <data>, or bare. The error's text is
-// what is wrong, without the name of the file.
+// The configuration in a store's document: native nodes alone, in <config> or <data>, in an <rpc-reply>, or bare. The
+// error's text is what is wrong, without the name of the file.
 Expected<Tree> parse_configuration(const ly_ctx *context, std::string text);
 
 // The state in a document of the operational model.

@@ -1,10 +1,12 @@
-// Reads. The filters that choose one node are put together first, so that each node is visited once however many of
-// them name it; a container in which nothing was chosen does not show.
+// Reads. Filters that choose the same nodes are put together first, and each node is visited once however many of them
+// name it; a container in which nothing was chosen does not show.
 #include "read.h"
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace router
 {
@@ -22,45 +24,105 @@ const char *value_of(const lyd_node *node)
 
 } // namespace
 
+// Children that filters cannot tell apart: of one schema node, and of a list with the same keys.
+struct Reader::ChosenChild {
+    const lysc_node *schema;
+    Keys keys; // of a list's entries
+    std::unique_ptr<Choice> choice;
+};
+
+struct Reader::Choice {
+    // The child of this schema node and with these keys, made if it is not there.
+    Choice &child(const lysc_node *schema, const Keys &keys)
+    {
+        std::string text(reinterpret_cast<const char *>(&schema), sizeof schema);
+        for (const char *value : keys.values) {
+            text += value ? '=' : '-';
+            text.append(value ? value : "").push_back('\0');
+        }
+        const auto [place, is_new] = place_of.try_emplace(std::move(text), children.size());
+        if (is_new) {
+            children.push_back({schema, keys, std::make_unique<Choice>()});
+        }
+        return *children[place->second].choice;
+    }
+
+    bool whole = false;                // all that is below the node
+    std::vector<ChosenChild> children; // in the order in which they were first named
+    std::unordered_map<std::string, size_t> place_of;
+};
+
 class Reader::Selection
 {
 public:
-    void add(const lyd_node *node, const EditNode *filter)
+    void add(const lyd_node *node, const Choice *choice)
     {
         const auto [place, is_new] = place_of_.try_emplace(node, chosen_.size());
         if (is_new) {
-            chosen_.emplace_back(node, Filters());
+            chosen_.emplace_back(node, Choices());
         }
-        chosen_[place->second].second.push_back(filter);
+        chosen_[place->second].second.push_back(choice);
     }
 
-    const std::vector<std::pair<const lyd_node *, Filters>> &chosen() const { return chosen_; }
+    const std::vector<std::pair<const lyd_node *, Choices>> &chosen() const { return chosen_; }
 
 private:
-    std::vector<std::pair<const lyd_node *, Filters>> chosen_;
+    std::vector<std::pair<const lyd_node *, Choices>> chosen_;
     std::unordered_map<const lyd_node *, size_t> place_of_;
 };
+
+Reader::Reader(const ly_ctx *context, const Visibility &visibility, Sink &sink)
+    : context_(context), visibility_(visibility), sink_(sink)
+{
+}
+
+Reader::~Reader() = default;
 
 void Reader::read(const EditNode &filter, const lyd_node *top)
 {
     const lysc_node *schema = find_schema(context_, nullptr, filter);
     if (const lyd_node *root = schema && top ? find_single(nullptr, top, schema) : nullptr) {
-        walk(root, {&filter});
+        Choice choice;
+        add(filter, schema, choice);
+        walk(root, {&choice});
     }
 }
 
-void Reader::walk(const lyd_node *node, const Filters &filters)
+// Adds what `filter`, a filter for nodes of `schema`, chooses of each.
+void Reader::add(const EditNode &filter, const lysc_node *schema, Choice &choice) const
+{
+    choice.whole = choice.whole || !filter.first_child;
+    for (const EditNode *child = filter.first_child; child && !choice.whole; child = child->next) {
+        const lysc_node *child_schema = find_schema(context_, schema, *child);
+        if (child_schema && !lysc_is_key(child_schema)) { // keys come with their entry
+            const Keys keys = child_schema->nodetype == LYS_LIST ? keys_of(child_schema, *child) : Keys();
+            add(*child, child_schema, choice.child(child_schema, keys));
+        }
+    }
+}
+
+const Reader::Choice *Reader::marker(const lysc_node *list)
+{
+    const auto [place, is_new] = markers_.try_emplace(list);
+    const EditNode *filter = is_new ? visibility_.marker(list) : nullptr;
+    if (filter) {
+        const EditNode entry{.name = list->name, .first_child = filter};
+        place->second = std::make_unique<Choice>();
+        add(entry, list, *place->second);
+    }
+    return place->second.get();
+}
+
+void Reader::walk(const lyd_node *node, const Choices &choices)
 {
     if (node->schema->nodetype & LYD_NODE_TERM) {
         leaf(node);
         return;
     }
-    const bool whole =
-        std::any_of(filters.begin(), filters.end(), [](const EditNode *filter) { return !filter->first_child; });
-    if (whole) {
+    if (std::any_of(choices.begin(), choices.end(), [](const Choice *choice) { return choice->whole; })) {
         walk_all(node);
     } else {
-        walk_chosen(node, filters);
+        walk_chosen(node, choices);
     }
 }
 
@@ -80,60 +142,59 @@ void Reader::walk_all(const lyd_node *node)
     close();
 }
 
-void Reader::walk_chosen(const lyd_node *node, const Filters &filters)
+void Reader::walk_chosen(const lyd_node *node, const Choices &choices)
 {
     Selection selection;
-    for (const EditNode *filter : filters) {
-        for (const EditNode *child = filter->first_child; child; child = child->next) {
-            select(*child, node, selection);
-        }
+    for (const Choice *choice : choices) {
+        select(*choice, node, selection);
     }
-    if (const EditNode *marker = visibility_.marker(node->schema)) {
-        select(*marker, node, selection);
+    if (const Choice *shown_by = node->schema->nodetype == LYS_LIST ? marker(node->schema) : nullptr) {
+        select(*shown_by, node, selection);
     }
     open(node);
     for (const lyd_node *key = lyd_child(node); key && lysc_is_key(key->schema); key = key->next) {
         leaf(key);
     }
-    for (const auto &[child, child_filters] : selection.chosen()) {
-        if (!lysc_is_key(child->schema)) {
-            walk(child, child_filters);
-        }
+    for (const auto &[child, child_choices] : selection.chosen()) {
+        walk(child, child_choices);
     }
     close();
 }
 
-void Reader::select(const EditNode &filter, const lyd_node *parent, Selection &selection)
+void Reader::select(const Choice &choice, const lyd_node *parent, Selection &selection)
 {
-    const lysc_node *schema = find_schema(context_, parent->schema, filter);
-    if (!schema) {
-        return;
+    for (const ChosenChild &child : choice.children) {
+        select(child, parent, selection);
     }
+}
+
+void Reader::select(const ChosenChild &chosen, const lyd_node *parent, Selection &selection)
+{
+    const lysc_node *schema = chosen.schema;
     if (schema->nodetype == LYS_LEAFLIST) {
         lyd_node *first = nullptr;
         lyd_find_sibling_val(lyd_child(parent), schema, nullptr, 0, &first);
         for (const lyd_node *node = first; node && node->schema == schema; node = node->next) {
-            selection.add(node, &filter);
+            selection.add(node, chosen.choice.get());
         }
         return;
     }
     if (schema->nodetype != LYS_LIST) {
         if (const lyd_node *child = find_single(parent, nullptr, schema)) {
-            selection.add(child, &filter);
+            selection.add(child, chosen.choice.get());
         }
         return;
     }
-    const Keys keys = keys_of(schema, filter);
-    if (keys.all()) {
-        const lyd_node *entry = finder_.find(parent, schema, keys);
+    if (chosen.keys.all()) {
+        const lyd_node *entry = finder_.find(parent, schema, chosen.keys);
         if (entry && visibility_.shown(entry)) {
-            selection.add(entry, &filter);
+            selection.add(entry, chosen.choice.get());
         }
         return;
     }
-    for (const lyd_node *entry : matching_entries(parent, schema, keys, visibility_, finder_)) {
+    for (const lyd_node *entry : matching_entries(parent, schema, chosen.keys, visibility_, finder_)) {
         if (visibility_.shown(entry)) {
-            selection.add(entry, &filter);
+            selection.add(entry, chosen.choice.get());
         }
     }
 }

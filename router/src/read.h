@@ -1,4 +1,4 @@
-// Reads: walks what a filter chooses of a data tree into a sink.
+// Reads: walks what a filter chooses of a data tree into a sink, in time of the filter and of what it chooses.
 #ifndef ROUTER_READ_H
 #define ROUTER_READ_H
 
@@ -6,7 +6,8 @@
 #include "router/datastore.h"
 #include "router/edit_node.h"
 
-#include <utility>
+#include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace router
@@ -15,23 +16,27 @@ namespace router
 class Reader
 {
 public:
-    Reader(const ly_ctx *context, const Visibility &visibility, Sink &sink)
-        : context_(context), visibility_(visibility), sink_(sink)
-    {
-    }
+    Reader(const ly_ctx *context, const Visibility &visibility, Sink &sink);
+    ~Reader();
 
     // `top` is the first of the top-level nodes, or null.
     void read(const EditNode &filter, const lyd_node *top);
 
 private:
-    using Filters = std::vector<const EditNode *>;
-    // Children of a node that filters choose, each once, with the filters that chose it.
+    // What filters choose of a node.
+    struct Choice;
+    struct ChosenChild;
+    using Choices = std::vector<const Choice *>;
+    // Children of a node that are chosen, each once, with the choices that it fell under.
     class Selection;
 
-    void select(const EditNode &filter, const lyd_node *parent, Selection &selection);
-    void walk(const lyd_node *node, const Filters &filters);
+    void add(const EditNode &filter, const lysc_node *schema, Choice &choice) const;
+    const Choice *marker(const lysc_node *list);
+    void select(const Choice &choice, const lyd_node *parent, Selection &selection);
+    void select(const ChosenChild &child, const lyd_node *parent, Selection &selection);
+    void walk(const lyd_node *node, const Choices &choices);
     void walk_all(const lyd_node *node);
-    void walk_chosen(const lyd_node *node, const Filters &filters);
+    void walk_chosen(const lyd_node *node, const Choices &choices);
 
     void open(const lyd_node *node);
     void close();
@@ -42,6 +47,7 @@ private:
     const Visibility &visibility_;
     Sink &sink_;
     EntryFinder finder_;
+    std::unordered_map<const lysc_node *, std::unique_ptr<Choice>> markers_; // null where there is none
     // Containers that are open for us and not yet for the sink, since nothing in them has been chosen so far.
     std::vector<const lyd_node *> pending_;
 };

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -81,7 +83,7 @@ TEST_F(Model, TheTreeShowsWhereEachNodeGoes)
          "oper: /oc-macsec/macsec/mka/policies/policy/state/macsec-cipher-suite"},
         {"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/expiration-date-time",
          lifetime + "{end-date,end-hour,end-minutes,end-month,end-seconds,end-year,infinite-flag,life-time}"},
-        {"/macsec/interfaces/interface/scsa-tx/scsa-tx/sci-tx", "not supported"},
+        {"/macsec/interfaces/interface/scsa-tx/scsa-tx/sci-tx", "no native node of its own"},
         {"/macsec/interfaces/interface/scsa-tx/scsa-tx/state/sci-tx",
          "oper: /oc-macsec/macsec/interfaces/interface/scsa-txes/scsa-tx/state/sci-tx"},
         {"/macsec/interfaces/interface/mka/config/mka-policy",
@@ -103,6 +105,28 @@ TEST_F(Model, TheTreeShowsWhereEachNodeGoes)
     says(count("oper:"), "in the operational model");
     says(count("not supported"), "not supported");
     says(count("no native"), "without a native node of their own");
+}
+
+TEST_F(Model, TheTreeMarksNativePathsThatAreInNoModel)
+{
+    namespace fs = std::filesystem;
+    std::string pattern = testing::TempDir() + "/yang.XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    fs::copy(YANG, pattern, fs::copy_options::recursive);
+    const fs::path module = fs::path(pattern) / "Tarvex-crypto-macsec-mka-cfg.yang";
+    std::ifstream stream(module);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    std::ofstream(module) << std::regex_replace(text, std::regex("leaf conf-offset "), "leaf other-offset ");
+    const auto other = ocmap::Environment::load({PLUGIN, pattern});
+    fs::remove_all(pattern);
+    ASSERT_TRUE(other) << other.error().text;
+    const auto tree = ocmap::model_tree(*other);
+    ASSERT_TRUE(tree) << tree.error().text;
+    const std::string mark = " (in no model)";
+    const std::size_t marked = tree->find(mark);
+    EXPECT_TRUE(tree->substr(0, marked).ends_with("/macsec/policy-names/policy-name/conf-offset"));
+    EXPECT_EQ(marked, tree->rfind(mark));
+    EXPECT_EQ(ocmap::model_tree(*environment)->find(mark), std::string::npos);
 }
 
 TEST_F(Model, ThePageAndTheDeviationsAreTheTools)
@@ -203,15 +227,13 @@ TEST_F(Model, AClientThatKeepsToTheDeviationsMeetsNothingUnsupported)
     const Compiled left(*text);
     EXPECT_EQ(all.nodes().size(), 110U);
 
-    // Each unsupported node is gone but for keys, which YANG cannot take from their lists, and no other.
+    // Each unsupported node is gone, and no other.
     const auto tree = ocmap::model_tree(*environment);
     const std::set<std::string> kept = left.paths();
     for (const auto &[path, beside] : beside_nodes(*tree)) {
         std::string data_path = path;
         data_path.replace(0, 1, "/openconfig-macsec:");
-        const bool is_key = path.ends_with("/scsa-tx/scsa-tx/sci-tx") || path.ends_with("/scsa-rx/scsa-rx/sci-rx");
-        EXPECT_EQ(kept.contains(std::regex_replace(data_path, std::regex("\\[.*\\]"), "")),
-                  beside != "not supported" || is_key)
+        EXPECT_EQ(kept.contains(std::regex_replace(data_path, std::regex("\\[.*\\]"), "")), beside != "not supported")
             << path;
     }
 

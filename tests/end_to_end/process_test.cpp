@@ -100,7 +100,8 @@ TEST_F(Process, SaysForWhomItWaitsAndWaitsNoLongerThanItIsTold)
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
     ASSERT_EQ(write(lock, "4711", 4), 4);
     const std::string document = std::string(EXAMPLES) + "/policies/create.xml";
-    const std::string refused = "error: the store " + store() + " is in use: process 4711 is editing it\n  error-tag: in-use\n";
+    const std::string refused =
+        "error: the store " + store() + " is in use: process 4711 is editing it\n  error-tag: in-use\n";
     Outcome outcome = ocmap({"edit", document, "--store", store(), "--wait", "0"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, refused);

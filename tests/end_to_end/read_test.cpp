@@ -1,5 +1,6 @@
 // Reads of MKA policies, and the commands that need no store.
 #include <algorithm>
+#include <sstream>
 
 #include "support.h"
 
@@ -55,12 +56,71 @@ TEST_F(Read, FiltersSelectWhatTheyNameAndNoMore)
         {"<policy><nonsense/></policy>", ""},
         // Content matches alone select all siblings, also one on a leaf-list.
         {"<policy><config><macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite></config></policy>", p1},
+        // A content match decides for what stands beside it, and for nothing else.
+        {"<policy><name>P1</name><config><key-server-priority>20</key-server-priority></config>"
+         "<config><name/></config></policy>",
+         "<policy><name>P1</name><config><name>P1</name></config></policy>"},
+        {"<policy><name>P1</name><config><key-server-priority>20</key-server-priority></config></policy>"
+         "<policy><name>P9</name></policy><policy><config><delay-protection/></config></policy>",
+         "<policy><name>P1</name></policy>"
+         "<policy><name>P2</name><config><delay-protection>true</delay-protection></config></policy>"},
+        {"<policy><config><key-server-priority>10</key-server-priority><name>P2</name></config></policy>", ""},
+        {"<policy><name/><config><name>P1</name><delay-protection/></config>"
+         "<config><key-server-priority>20</key-server-priority><name/></config></policy>",
+         "<policy><name>P1</name><config><name>P1</name></config></policy>"
+         "<policy><name>P2</name><config><name>P2</name><key-server-priority>20</key-server-priority></config>"
+         "</policy>"},
+        // An element of another model selects nothing, whatever its name.
+        {"<policy><name>P1</name><config xmlns='urn:x'><use-updated-eth-header/></config></policy>",
+         "<policy><name>P1</name></policy>"},
         // An element without a namespace is meant in every namespace.
         {"<policy xmlns=''><name>P2</name></policy>", p2},
     };
     for (const auto &one : cases) {
         EXPECT_EQ(selected(one.filter), one.answer) << one.filter;
     }
+}
+
+TEST_F(Read, EachTopElementOfAFilterSelectsForItself)
+{
+    const auto top = [](const std::string &entry) {
+        return "<macsec xmlns='http://openconfig.net/yang/macsec'>" + in_policies(entry) + "</macsec>";
+    };
+    const auto read = [&](const char *command, const std::string &tops) {
+        return ocmap({command, "-", "--store", store()}, "<filter>" + tops + "</filter>");
+    };
+    const std::string other = "<interfaces xmlns='urn:x'><macsec/></interfaces><macsec xmlns='urn:x'/>";
+    EXPECT_EQ(inside(read("get-config", top("<policy><name>P9</name></policy>") + other +
+                                            top("<policy><name>P2</name><config><name/></config></policy>") +
+                                            top("<policy><name/></policy>")),
+                     "policies"),
+              "<policy><name>P2</name><config><name>P2</name></config></policy><policy><name>P1</name></policy>");
+    const std::string nothing = "<data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"/>\n";
+    for (const char *command : {"get", "get-config"}) {
+        EXPECT_EQ(read(command, other).out, nothing);
+    }
+    EXPECT_EQ(ocmap({"get-config", "-", "--store", store()},
+                    R"({"ietf-netconf:filter": {"no-such-module:top": {"leaf": 1}}})")
+                  .out,
+              nothing);
+    const Outcome forward = ocmap({"forward", "-"}, "<filter>" + other + top("<policy><name>P1</name></policy>") +
+                                                        top("<policy><name>P2</name></policy>") + "</filter>");
+    EXPECT_NE(inside(forward, "policy-names").find("<name>P2</name>"), std::string::npos) << forward.out;
+    const Outcome no_filter = ocmap({"get", "-", "--store", store()}, "<macsec xmlns='urn:x'/>");
+    EXPECT_EQ(no_filter.status, 1); // such a document is mistyped
+}
+
+TEST_F(Read, AKeyIsFoundWithAndWithoutTheBlanksAroundIt)
+{
+    ASSERT_EQ(edit(in_policies(policy(" P3 ", ""))).status, 0);
+    const std::string p3 = policy(" P3 ", "");
+    EXPECT_EQ(selected("<policy><name> P3 </name></policy>"), p3);
+    EXPECT_EQ(selected("<policy><name>P3</name></policy>"), "");
+    EXPECT_EQ(selected("<policy><config><name> P3 </name></config></policy>"), p3);
+    EXPECT_EQ(selected("<policy><name>\n  P1\n</name><config><name/></config></policy>"),
+              "<policy><name>P1</name><config><name>P1</name></config></policy>");
+    ASSERT_EQ(edit(in_policies(policy("P3", ""))).status, 0);
+    EXPECT_EQ(selected("<policy><name> P3 </name></policy>"), policy("P3", "") + p3);
 }
 
 TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)
@@ -72,6 +132,69 @@ TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)
     EXPECT_NE(text.find("<state><name>P1</name><key-server-priority>10</key-server-priority>"), std::string::npos);
     EXPECT_EQ(text.find("<policy><name>P1</name>"), text.rfind("<policy><name>P1</name>"));
     EXPECT_NE(text.find("<sak-hash-errors>0</sak-hash-errors>"), std::string::npos);
+}
+
+TEST_F(Read, TraceLinesAreNumberedThroughBothWalks)
+{
+    const Outcome read = ocmap({"get-config", "--store", store(), "--trace"});
+    std::istringstream lines(read.err);
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_TRUE(line.starts_with("#" + std::to_string(++number) + ":")) << line;
+    }
+    EXPECT_NE(read.err.find("ymap_to_oc_"), std::string::npos); // there are lines of the second walk
+}
+
+TEST_F(Read, SavedAnswersAreTakenWhereDataAre)
+{
+    const std::string base = "urn:ietf:params:xml:ns:netconf:base:1.0";
+    const std::string stored = store_file();
+    const std::size_t begin = stored.find("<macsec");
+    const std::string native = stored.substr(begin, stored.find("</config>") - begin);
+    const auto reply = [&](const std::string &inside) {
+        return "<nc:rpc-reply xmlns:nc='" + base + "' message-id='7'>" + inside + "</nc:rpc-reply>";
+    };
+    const auto priority = [](const Outcome &outcome) { return inside(outcome, "key-server-priority"); };
+    EXPECT_EQ(priority(ocmap({"reverse", "-"}, reply("<nc:data>" + native + "</nc:data>"))), "10");
+    EXPECT_EQ(priority(ocmap({"reverse", "-"}, R"({"ietf-netconf:rpc-reply": {"message-id": "7", "data":
+        {"Tarvex-crypto-macsec-mka-cfg:macsec": {"policy-names": {"policy-name": [{"name": "P", "key-server-priority":
+        9}]}}}}})")),
+              "9");
+    const Outcome answer = ocmap({"get-config", "--store", store()});
+    write_file(path("answer.xml"), reply(answer.out));
+    EXPECT_EQ(ocmap({"edit", path("answer.xml"), "--store", path("copy")}).status, 0);
+    EXPECT_EQ(ocmap({"get-config", "--store", path("copy")}).out, answer.out);
+    for (const char *holds : {"<nc:ok/>", "<nc:rpc-error/>", ""}) {
+        const Outcome refused = ocmap({"reverse", "-"}, reply(holds));
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_NE(refused.err.find("reply that holds "), std::string::npos) << refused.err;
+    }
+}
+
+TEST_F(Read, BareTreesStandAlone)
+{
+    const std::string filter = "<filter><macsec xmlns='http://openconfig.net/yang/macsec'>" +
+                               in_policies("<policy><name>P1</name><config><name/></config></policy>") +
+                               "</macsec></filter>";
+    const auto bare = [&](std::vector<std::string> arguments, const std::string &input) {
+        arguments.emplace_back("--bare");
+        return ocmap(arguments, input).out;
+    };
+    const std::vector<std::string> read = {"get-config", "-", "--store", store()};
+    EXPECT_EQ(compact(bare(read, filter)),
+              "<macsec xmlns=\"http://openconfig.net/yang/macsec\"><mka><policies>"
+              "<policy><name>P1</name><config><name>P1</name></config></policy></policies></mka></macsec>\n");
+    EXPECT_EQ(bare({"get-config", "-", "--store", store(), "--json"}, filter).find(R"({
+  "openconfig-macsec:macsec": {
+    "mka": {)"),
+              0U);
+    EXPECT_EQ(bare(read, "<filter/>"), "");
+    EXPECT_EQ(bare({"get-config", "-", "--store", store(), "--json"}, "<filter/>"), "{}\n");
+    // Each of several trees declares what it needs, and can be read again.
+    const std::string edit = bare({"forward", std::string(EXAMPLES) + "/key-chains/delete-chain.xml"}, "");
+    EXPECT_EQ(edit.find("<keychains xmlns=\"http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg\" xmlns:nc="), 0U)
+        << edit;
+    EXPECT_EQ(ocmap({"reverse", "-", "--kind", "edit"}, edit).status, 0);
 }
 
 TEST_F(Read, AnEmptyFilterSelectsNothingAndAnEmptyStoreHasNothing)

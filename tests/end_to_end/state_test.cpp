@@ -73,6 +73,9 @@ TEST_F(State, FiltersSelectState)
          "</policies></mka>",
          "<mka><policies><policy><name>P3</name><state><key-server-priority>255</key-server-priority><name>P3</name>"
          "</state></policy></policies></mka>"},
+        // An entry that only the state knows is one, too.
+        {"<mka><policies><policy><name>P3</name><config/></policy></policies></mka>",
+         "<mka><policies><policy><name>P3</name></policy></policies></mka>"},
         {"<mka><state><counters><sak-hash-errors/></counters></state></mka>",
          "<mka><state><counters><sak-hash-errors>7</sak-hash-errors></counters></state></mka>"},
         {"<interfaces><interface><name>HundredGigE0/0/0/1</name><state><counters><rx-badtag-pkts/></counters></state>"
@@ -88,10 +91,32 @@ TEST_F(State, FiltersSelectState)
     for (const auto &one : cases) {
         EXPECT_EQ(selected(one.filter), one.answer) << one.filter;
     }
-    const Outcome key = get("<interfaces><interface><scsa-tx><scsa-tx><sci-tx>00a1b2c3d4e00001</sci-tx></scsa-tx>"
-                            "</scsa-tx></interface></interfaces>");
-    EXPECT_EQ(key.status, 1);
-    EXPECT_NE(key.err.find("  tag: sci-tx\n"), std::string::npos) << key.err;
+}
+
+TEST_F(State, KeysOfStateEntriesCanBeNamed)
+{
+    const auto channels = [&](const std::string &filter) {
+        return selected("<interfaces><interface><name>HundredGigE0/0/0/1</name><scsa-rx>" + filter +
+                        "</scsa-rx></interface></interfaces>");
+    };
+    const auto answer = [](const std::string &entries) {
+        return "<interfaces><interface><name>HundredGigE0/0/0/1</name><scsa-rx>" + entries +
+               "</scsa-rx></interface></interfaces>";
+    };
+    const auto entry = [](const std::string &key, const std::string &below) {
+        return "<scsa-rx><sci-rx>" + key + "</sci-rx>" + below + "</scsa-rx>";
+    };
+    const std::string first = "00f9e8d7c6b00001";
+    const std::string second = "00f9e8d7c6b10001";
+    const std::string valid = "<state><counters><sc-valid/></counters></state>";
+    EXPECT_EQ(channels("<scsa-rx><sci-rx/></scsa-rx>"), answer(entry(first, "") + entry(second, "")));
+    EXPECT_EQ(channels("<scsa-rx><sci-rx>" + second + "</sci-rx>" + valid + "</scsa-rx>"),
+              answer(entry(second, "<state><counters><sc-valid>555001</sc-valid></counters></state>")));
+    EXPECT_EQ(channels("<scsa-rx><sci-rx>00f9e8d7c6b20001</sci-rx></scsa-rx>"),
+              "<interfaces><interface><name>HundredGigE0/0/0/1</name></interface></interfaces>");
+    const std::string whole = channels("<scsa-rx><sci-rx>" + second + "</sci-rx></scsa-rx>");
+    EXPECT_EQ(count(whole, "<scsa-rx><sci-rx>"), 1u) << whole;
+    EXPECT_EQ(count(whole, "<sa-valid>"), 1u) << whole;
 }
 
 TEST_F(State, ConfigurationReadsHaveNoState)

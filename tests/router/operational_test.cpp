@@ -1,6 +1,8 @@
 // Operational data: what follows from the configuration, and what a document puts in its place.
 #include "support.h"
 
+#include <regex>
+
 namespace router::test
 {
 
@@ -106,8 +108,21 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
                              "<macsec-cipher-suite>gcm-aes256</macsec-cipher-suite>"
                              "<macsec-cipher-suite>gcm-aes128</macsec-cipher-suite>"
                              "</state></policy></policies></mka></macsec></oc-macsec>";
-    for (const std::string &document : {bare, "<data>" + bare + "</data>", "\xef\xbb\xbf" + bare}) {
-        ASSERT_TRUE(store->set_operational(document));
+    std::string prefixed = std::regex_replace(bare, std::regex("(</?)(\\w)"), "$1o:$2");
+    prefixed = std::regex_replace(prefixed, std::regex(" xmlns='[^']*'"), "");
+    const std::string base = "'urn:ietf:params:xml:ns:netconf:base:1.0'";
+    const std::string operational = " xmlns:o='http://tarvex.example/ns/yang/Tarvex-PRIVATE-oc-macsec-oper'";
+    for (const std::string &document :
+         {bare, "<data>" + bare + "</data>", "\xef\xbb\xbf" + bare, "<data" + operational + ">" + prefixed + "</data >",
+          "<nc:rpc-reply xmlns:nc=" + base + " message-id='>\"1'" + operational + "><!-- </nc:data> -->\n<nc:data>" +
+              prefixed + "<!-- </nc:data> --></nc:data><?pi </nc:data>?></nc:rpc-reply>\n<!--</nc:rpc-reply>-->",
+          "<rpc-reply xmlns=" + base + " xmlns:o='urn:x'><data" + operational + ">" +
+              std::regex_replace(prefixed, std::regex(">Q<"), "><![CDATA[Q]]><") + "</data></rpc-reply>",
+          std::string(R"({"ietf-netconf:rpc-reply": {"message-id": "1", "data": {
+            "Tarvex-PRIVATE-oc-macsec-oper:oc-macsec": {"macsec": {"mka": {"policies": {"policy": [{"name": "Q",
+            "state": {"macsec-cipher-suite": ["gcm-aes256", "gcm-aes128"]}}]}}}}}}})")}) {
+        const auto taken = store->set_operational(document);
+        ASSERT_TRUE(taken) << document << ": " << taken.error().text;
         TextSink sink;
         const Node filter =
             state("mka", {at("policies", {at("policy", {at("state", {leaf("macsec-cipher-suite", none)})})})});
@@ -115,12 +130,15 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
         EXPECT_EQ(sink.text, "oc-macsec{macsec{mka{policies{policy{name=Q state{macsec-cipher-suite=gcm-aes256 "
                              "macsec-cipher-suite=gcm-aes128 } } } } } } ");
     }
-    for (const std::string &wrong :
-         std::vector<std::string>{"", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
-                                  "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>",
-                                  "{} trailing", "{\"ietf-netconf:data\": {}, this is no JSON }",
-                                  "{\"ietf-netconf:data\": {}, \"Tarvex-PRIVATE-oc-macsec-oper:oc-macsec\": {}}",
-                                  std::string("{}\0 and more", 11)}) {
+    for (const std::string &wrong : std::vector<std::string>{
+             "", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
+             "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>", "<data/><data/>",
+             "<data/>text", "<!DOCTYPE data><data/>", "<data><o:oc-macsec/></data>", "<rpc-reply><ok/></rpc-reply>",
+             "<rpc-reply><rpc-error/><data/></rpc-reply>", "<rpc-reply/>",
+             R"({"ietf-netconf:rpc-reply": {"ok": [null]}})", "{} trailing",
+             "{\"ietf-netconf:data\": {}, this is no JSON }",
+             "{\"ietf-netconf:data\": {}, \"Tarvex-PRIVATE-oc-macsec-oper:oc-macsec\": {}}",
+             std::string("{}\0 and more", 11)}) {
         const auto result = store->set_operational(wrong);
         ASSERT_FALSE(result) << wrong;
         EXPECT_TRUE(result.error().text.starts_with("the operational data are not valid: ")) << result.error().text;

@@ -96,13 +96,13 @@ tqm::Expected<tqm::Document> read_document(const std::string &file)
     return file == "-" ? tqm::Document::read(stdin) : tqm::Document::read_file(file);
 }
 
-tqm::Expected<void> print(tqm::Expected<tqm::Trees> result, tqm::Format format)
+tqm::Expected<void> print(tqm::Expected<tqm::Trees> result, const Options &options)
 {
     if (!result) {
         return tl::unexpected(result.error());
     }
     const tqm::Trees &trees = keep(std::move(*result));
-    if (!trees.print(stdout, format) || std::fflush(stdout) != 0) {
+    if (!trees.print(stdout, options.format, options.envelope) || std::fflush(stdout) != 0) {
         return tl::unexpected(tqm::Error{std::string("cannot write the result: ") + std::strerror(errno)});
     }
     return {};
@@ -226,7 +226,7 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
         NativeStore native(keep(std::move(*store)));
         return print(kind == TQM_REQ_GET ? desk.framework().get(std::move(document), native)
                                          : desk.framework().get_config(std::move(document), native),
-                     options.format);
+                     options);
     });
 }
 
@@ -246,16 +246,14 @@ tqm::Expected<void> print_model(const Options &options, tqm::Expected<std::strin
 tqm::Expected<void> forward(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)),
-                     options.format);
+        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)), options);
     });
 }
 
 tqm::Expected<void> reverse(const Options &options)
 {
     return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)),
-                     options.format);
+        return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)), options);
     });
 }
 

@@ -21,10 +21,11 @@ struct Options {
     bool reverse = false;                  // explain: native to OpenConfig
     std::optional<std::string> page;       // explain: file for the HTML page, "-" for standard output; none for a table
     tqm::Format format = tqm::Format::xml; // of what is printed
-    bool markdown = false;                 // tree: the page docs/mapping.md
-    bool trace = false;                    // the plug-in's log lines to standard error
-    bool journal = false;                  // the plug-in's calls of framework operations to standard error
-    bool questions = false;                // with them those that only ask, compare and log
+    tqm::Envelope envelope = tqm::Envelope::netconf; // of what is printed
+    bool markdown = false;                           // tree: the page docs/mapping.md
+    bool trace = false;                              // the plug-in's log lines to standard error
+    bool journal = false;                            // the plug-in's calls of framework operations to standard error
+    bool questions = false;                          // with them those that only ask, compare and log
     Locations locations;
 };
 

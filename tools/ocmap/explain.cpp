@@ -57,6 +57,10 @@ public:
         for (uint32_t i = 0; i < request.tree_count(); ++i) {
             add(*request.tree(i), 0, "", "");
         }
+        auto [left, left_end] = left_out_.equal_range(nullptr);
+        for (; left != left_end; ++left) {
+            add_left_out(*left->second, 0, "", "");
+        }
     }
 
     // Position of the node whose tag has this address.
@@ -101,14 +105,23 @@ private:
         auto [left, left_end] = left_out_.equal_range(&node);
         for (uint32_t i = 0; i <= child_count(node); ++i) {
             for (; left != left_end && left->second->position == i; ++left) {
-                add(left->second->node, depth + 1, schema_path, path);
-                explanation_.request.back().fate = Fate::dropped;
-                explanation_.request.back().reason =
-                    "the default-operation is none, and it has no operation of its own";
+                add_left_out(*left->second, depth + 1, schema_path, path);
             }
             if (i < child_count(node)) {
                 add(node.subtree[i], depth + 1, schema_path, path);
             }
+        }
+    }
+
+    void add_left_out(const tqm::LeftOut &left, std::size_t depth, const std::string &outer_schema_path,
+                      const std::string &outer_path)
+    {
+        const std::size_t first = explanation_.request.size();
+        add(left.node, depth, outer_schema_path, outer_path);
+        const char *const no_operation = "the default-operation is none, and it has no operation of its own";
+        for (std::size_t i = first; i < explanation_.request.size(); ++i) {
+            explanation_.request[i].fate = Fate::dropped;
+            explanation_.request[i].reason = left.reason == nullptr ? no_operation : left.reason;
         }
     }
 

@@ -87,10 +87,14 @@ void add_kind(CLI::App *command, ocmap::Options &options)
         ->type_name("KIND");
 }
 
-void add_json(CLI::App *command, ocmap::Options &options)
+// How trees are printed.
+void add_form(CLI::App *command, ocmap::Options &options)
 {
     command->add_flag_callback(
         "--json", [&options] { options.format = tqm::Format::json; }, "Print JSON (RFC 7951) instead of XML");
+    command->add_flag_callback(
+        "--bare", [&options] { options.envelope = tqm::Envelope::none; },
+        "Print the trees alone, without the element around them");
 }
 
 void add_store(CLI::App *command, ocmap::Options &options)
@@ -142,11 +146,11 @@ int main(int argc, char **argv)
         add_command(app, "forward", "Print the native trees that a request becomes", chosen, ocmap::forward);
     add_file(command, options, true);
     add_kind(command, options);
-    add_json(command, options);
+    add_form(command, options);
     command = add_command(app, "reverse", "Print the OpenConfig tree of native trees", chosen, ocmap::reverse);
     add_file(command, options, true);
     add_kind(command, options);
-    add_json(command, options);
+    add_form(command, options);
     command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
     add_file(command, options, true);
     add_store(command, options);
@@ -154,7 +158,7 @@ int main(int argc, char **argv)
     command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
     add_file(command, options, false);
     add_store(command, options);
-    add_json(command, options);
+    add_form(command, options);
     command
         ->add_option("--oper", options.operational,
                      "The router's state: a document of its operational model; - for standard input")
@@ -162,7 +166,7 @@ int main(int argc, char **argv)
     command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
     add_file(command, options, false);
     add_store(command, options);
-    add_json(command, options);
+    add_form(command, options);
     command = add_command(app, "explain", "Show what a request becomes, node by node, and why", chosen, ocmap::explain);
     add_file(command, options, true);
     add_kind(command, options);

@@ -2,8 +2,6 @@
 #include "model_probe.h"
 
 #include <algorithm>
-#include <optional>
-#include <unordered_set>
 #include <utility>
 
 #include "explain.h"
@@ -40,7 +38,7 @@ class Prober
 public:
     explicit Prober(const Environment &environment) : environment_(environment) {}
 
-    tqm::Expected<ProbedNode> probe(const router::NodeInfo &info)
+    tqm::Expected<ProbedNode> probe(const router::NodeInfo &info) const
     {
         ProbedNode node{info, true, {}, {}};
         const auto read = map(info, TQM_REQ_GET, "");
@@ -49,9 +47,6 @@ public:
         }
         node.supported = read->supported;
         node.read = read->paths;
-        if (info.is_key && !node.supported) {
-            lists_without_keys_.insert(info.path.substr(0, info.path.rfind('/')));
-        }
         for (const std::string operation : {"merge", "remove"}) {
             // Removing an entry, or a key, takes all that is below it, too; merging a container says nothing.
             const bool is_removal = operation == "remove";
@@ -111,7 +106,7 @@ private:
             const bool names_own_key = info.is_key && i + 2 == steps.size();
             open += "<" + steps[i] + (is_target ? attribute : "");
             open += i == 0 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">";
-            if (keys != nullptr && !names_own_key && !lists_without_keys_.contains(path)) {
+            if (keys != nullptr && !names_own_key) {
                 open += "<" + keys->front() + ">" + any_key + "</" + keys->front() + ">";
             }
             if (is_leaf && operation != "remove" && (is_edit || info.is_key)) {
@@ -129,7 +124,6 @@ private:
     }
 
     const Environment &environment_;
-    std::unordered_set<std::string> lists_without_keys_; ///< naming their key would be refused
 };
 
 // A request for a container alone covers the nodes below it: what they add is not its own.
@@ -156,24 +150,13 @@ void keep_own_paths(std::vector<ProbedNode> &nodes)
 
 tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environment)
 {
-    std::vector<router::NodeInfo> all = environment.models().nodes(router::ns::openconfig);
-    Prober prober(environment);
-    std::vector<std::optional<ProbedNode>> probed(all.size());
-    for (const bool keys : {true, false}) { // what is below a list depends on its key
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            if (all[i].is_key != keys) {
-                continue;
-            }
-            auto node = prober.probe(all[i]);
-            if (!node) {
-                return tl::unexpected(node.error());
-            }
-            probed[i] = std::move(*node);
-        }
-    }
+    const Prober prober(environment);
     std::vector<ProbedNode> nodes;
-    nodes.reserve(probed.size());
-    for (std::optional<ProbedNode> &node : probed) {
+    for (const router::NodeInfo &info : environment.models().nodes(router::ns::openconfig)) {
+        auto node = prober.probe(info);
+        if (!node) {
+            return tl::unexpected(node.error());
+        }
         nodes.push_back(std::move(*node));
     }
     keep_own_paths(nodes);

@@ -5,6 +5,8 @@
 #include <array>
 #include <map>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "native_store.h"
@@ -40,13 +42,31 @@ Kind kind_of(const ProbedNode &node)
     return node.read == node.edit ? Kind::native : Kind::differing;
 }
 
+// Paths of the native modules' nodes.
+using NativePaths = std::unordered_set<std::string>;
+
+NativePaths native_paths(const router::Models &models)
+{
+    NativePaths paths;
+    for (const router::ModuleInfo &module : models.modules()) {
+        if (module.ns == router::ns::openconfig) {
+            continue;
+        }
+        for (router::NodeInfo &node : models.nodes(module.ns.c_str())) {
+            paths.insert(std::move(node.path));
+        }
+    }
+    return paths;
+}
+
 // Leaves of one container together: /a/b/{c,d}.
-std::string joined(const Paths &paths)
+std::string joined(const Paths &paths, const NativePaths &known)
 {
     std::map<std::string, std::vector<std::string>> by_parent;
     for (const std::string &path : paths) {
         const std::size_t slash = path.rfind('/');
-        by_parent[path.substr(0, slash)].push_back(path.substr(slash + 1));
+        by_parent[path.substr(0, slash)].push_back(path.substr(slash + 1) +
+                                                   (known.contains(path) ? "" : " (in no model)"));
     }
     std::string text;
     for (const auto &[parent, tags] : by_parent) {
@@ -60,16 +80,16 @@ std::string joined(const Paths &paths)
     return text;
 }
 
-std::string native_text(const ProbedNode &node)
+std::string native_text(const ProbedNode &node, const NativePaths &known)
 {
     switch (kind_of(node)) {
     case Kind::native:
-        return joined(node.read);
+        return joined(node.read, known);
     case Kind::differing:
-        return (node.read.empty() ? "" : "get: " + joined(node.read) + "; ") +
-               (node.edit.empty() ? "edit: nothing" : "edit: " + joined(node.edit));
+        return (node.read.empty() ? "" : "get: " + joined(node.read, known) + "; ") +
+               (node.edit.empty() ? "edit: nothing" : "edit: " + joined(node.edit, known));
     case Kind::operational:
-        return "oper: " + joined(node.read);
+        return "oper: " + joined(node.read, known);
     case Kind::entry_only:
         return "no native node of its own";
     case Kind::unsupported:
@@ -108,6 +128,7 @@ tqm::Expected<std::string> tree_of(const Environment &environment, const std::ve
     if (!lines) {
         return tl::unexpected(from_router(lines.error()));
     }
+    const NativePaths known = native_paths(environment.models());
     std::size_t column = 0;
     for (const std::string &line : *lines) {
         column = std::max(column, line.size() + 2);
@@ -115,7 +136,7 @@ tqm::Expected<std::string> tree_of(const Environment &environment, const std::ve
     std::string text = "module: openconfig-macsec\n";
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         std::string line = (*lines)[i];
-        const std::string native = native_text(nodes[i]);
+        const std::string native = native_text(nodes[i], known);
         if (!native.empty()) {
             line.resize(column, ' ');
             line += native;

@@ -46,10 +46,10 @@ _ocmap() {
     local watched="$plain --trace --journal --journal-all"
     case $command in
         '') options='--version --help' ;;
-        forward | reverse) options="$watched --kind --json" ;;
+        forward | reverse) options="$watched --kind --json --bare" ;;
         edit) options="$watched --store --wait" ;;
-        get) options="$watched --store --oper --json" ;;
-        get-config) options="$watched --store --json" ;;
+        get) options="$watched --store --oper --json --bare" ;;
+        get-config) options="$watched --store --json --bare" ;;
         explain) options="$watched --reverse --kind --html" ;;
         tree) options="$plain --markdown" ;;
         deviations) options=$plain ;;

@@ -20,6 +20,12 @@ namespace tqm
 /// Forms of a document: XML (RFC 6241), or JSON (RFC 7951) with operations as metadata (RFC 7952).
 enum class Format { xml, json };
 
+/// What stands around printed trees.
+enum class Envelope {
+    netconf, ///< <config>, <filter> or <data>
+    none     ///< nothing: the trees one after another, in JSON the members of one object
+};
+
 /// Built trees together with all that they live in.
 class Trees
 {
@@ -31,15 +37,15 @@ public:
 
     /// Writes the trees as one document, 2 blanks a level, with a line end after each node. Forward results: <config>
     /// with nc:operation attributes, or <filter type="subtree">. Answers: <data>.
-    void print(std::string &text, Format format = Format::xml) const;
+    void print(std::string &text, Format format = Format::xml, Envelope envelope = Envelope::netconf) const;
     /// The same to `file`; false if a write failed.
-    bool print(std::FILE *file, Format format = Format::xml) const;
+    bool print(std::FILE *file, Format format = Format::xml, Envelope envelope = Envelope::netconf) const;
 
 private:
     friend class Framework;
     enum class Wrapper { config, filter, data };
 
-    bool print_to(const std::function<bool(std::string_view)> &sink, Format format) const;
+    bool print_to(const std::function<bool(std::string_view)> &sink, Format format, Envelope envelope) const;
 
     std::shared_ptr<Request> request_;
     std::vector<const OutputNode *> roots_;
@@ -83,7 +89,7 @@ public:
     static uint32_t kind_of(const Document &document, Direction direction, uint32_t kind);
 
 private:
-    Expected<std::shared_ptr<Request>> load(Document document, uint32_t kind) const;
+    Expected<std::shared_ptr<Request>> load(Document document, uint32_t kind, bool widened = false) const;
     Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false) const;
     void head(const char *heading) const;
     Error in_clients_terms(NativeError error, Request &request) const;

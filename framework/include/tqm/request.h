@@ -36,11 +36,13 @@ enum class Direction {
     reverse  ///< adds build the OpenConfig tree, placed in the entries that list mappers made, found or stitched
 };
 
-/// A leaf of an edit that is not walked: under the default-operation none it says nothing.
+/// A node of a document that is not walked: of an edit a leaf that says nothing under the default-operation none, of a
+/// read what selects nothing or is matched in the answer alone.
 struct LeftOut {
-    const rdl_tqm_datatree *parent;
-    uint32_t position; ///< it stood before the parent's child with this index
+    const rdl_tqm_datatree *parent; ///< null for a top element
+    uint32_t position;              ///< it stood before the parent's child with this index
     rdl_tqm_datatree node;
+    const char *reason = nullptr; ///< one sentence; null for the leaf of an edit
 };
 
 /// The operations find their request through the context; those without a context argument serve the request that was
@@ -62,8 +64,9 @@ public:
     /// The request header: kind, option groups, data selector. May be written before a walk.
     tqm_map_request_hdr &header();
 
-    /// Reads the document's elements into the request tree. Forward: one OpenConfig top element. Reverse: native ones.
-    /// An empty filter gives no tree.
+    /// Reads the document's elements into the request tree. Forward: one OpenConfig top element, or in a filter several
+    /// with the same name, which become one tree, beside those of other models. Reverse: native ones. A filter with no
+    /// element of ours gives no tree.
     Expected<void> load(Document document);
     /// Makes the request tree by hand: fill the builder, then call adopt.
     TreeBuilder builder();

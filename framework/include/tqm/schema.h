@@ -69,10 +69,10 @@ public:
 
     /// The key leaves of the list at `path`; null if there is no list at that path.
     const std::vector<std::string> *list_keys(std::string_view path) const;
+    bool is_state(std::string_view path) const;
     bool is_leaf_list(std::string_view path) const;
     bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
-    bool is_state(std::string_view path) const;
     bool is_unspaced(std::string_view path) const;
     /// The marker of the native list at `path`; null if its entries need none.
     const char *marker(std::string_view path) const;
@@ -100,10 +100,10 @@ private:
     Map<std::string> node_ns_;
     Map<std::string> markers_;
     Map<JsonType> json_types_;
+    Paths state_;
     Paths leaf_lists_;
     Paths leaves_;
     Paths containers_;
-    Paths state_;
     Paths unspaced_;
     Paths secrets_;
     Paths secret_tags_;

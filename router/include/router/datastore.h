@@ -80,8 +80,9 @@ public:
     // data. Fails only if libyang runs out of memory.
     Expected<void> read(const EditNode &filter, Sink &sink);
 
-    // Takes the router's state from a document of the operational model (<oc-macsec>, bare or in <data>), for this
-    // object's life and in place of what follows from the configuration. Nothing of it is stored.
+    // Takes the router's state from a document of the operational model (<oc-macsec>, bare, in <data>, or a whole
+    // <rpc-reply>), for this object's life and in place of what follows from the configuration. Nothing of it is
+    // stored.
     Expected<void> set_operational(std::string_view document);
 
 private:

@@ -1,0 +1,19 @@
+// What a text must be before it is parsed: UTF-8 of characters that XML has, and no reference to others.
+#pragma once
+
+#include <string_view>
+
+namespace tqm
+{
+
+/// Offset of the first byte that begins no character of XML (XML 1.0, section 2.2) in UTF-8; npos if there is none.
+std::size_t find_bad_character(std::string_view text);
+
+/// Messages are UTF-8 (RFC 6241, section 3): false for a document that begins as another encoding or declares one.
+bool is_declared_utf8(std::string_view text);
+
+/// Offset of the first "&" that begins no reference, outside comments and CDATA sections; npos if there is none. The
+/// parser leaves unknown references as they are, and a reference to U+0000 would end a value early.
+std::size_t find_bad_reference(std::string_view text);
+
+} // namespace tqm

@@ -1,0 +1,22 @@
+// The elements of NETCONF around data (RFC 6241, section 7): a saved answer is taken as it was received.
+#ifndef ROUTER_ENVELOPE_H
+#define ROUTER_ENVELOPE_H
+
+#include "router/error.h"
+
+#include <string>
+
+namespace router
+{
+
+// Takes <config>, <data> or <rpc-reply> with <data> off an XML document, of any prefix; a document without them stays
+// as it is. What is around the data is blanked out, so that lines keep their numbers, and what it declares is declared
+// on the elements inside, unless they do so themselves. Fails for text that is no XML, and for a reply without data.
+Expected<void> take_off_envelope(std::string &xml);
+
+// The same of JSON, whose members are ietf-netconf:data and ietf-netconf:rpc-reply. Only the first keeps line numbers.
+Expected<void> take_off_json_envelope(std::string &json);
+
+} // namespace router
+
+#endif
