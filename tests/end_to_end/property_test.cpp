@@ -298,7 +298,7 @@ unsigned int setting(const char *name, unsigned int otherwise)
 }
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr unsigned int sequences = 200;
+constexpr unsigned int sequences = 1000;
 #else
 constexpr unsigned int sequences = 2000;
 #endif
