@@ -39,6 +39,13 @@ bool is_list(pugi::xml_node node)
     return is_channel || (lists.contains(node.name()) && parent != "config" && parent != "state");
 }
 
+bool is_container(pugi::xml_node node)
+{
+    static const std::set<std::string> containers = {"config", "interfaces", "key-chains", "macsec",
+                                                     "mka",    "mka-keys",   "policies"};
+    return containers.contains(node.name());
+}
+
 bool is_leaf_list(pugi::xml_node node)
 {
     return std::strcmp(node.name(), "macsec-cipher-suite") == 0;
@@ -74,7 +81,7 @@ std::string members_of(pugi::xml_node node, const std::string &ns)
         bool annotated = false;
         for (pugi::xml_node alike = child; alike;
              alike = repeated ? alike.next_sibling(child.name()) : pugi::xml_node()) {
-            const bool is_leaf = !has_elements(alike) && !is_list(alike);
+            const bool is_leaf = !has_elements(alike) && !is_list(alike) && !is_container(alike);
             const std::string annotation = is_leaf ? metadata(alike) : "";
             value += (value.empty() ? "" : ", ") + value_of(alike, child_ns);
             annotations += (annotations.empty() ? "" : ", ") + (annotation.empty() ? "null" : annotation);
@@ -90,7 +97,7 @@ std::string members_of(pugi::xml_node node, const std::string &ns)
 
 std::string value_of(pugi::xml_node node, const std::string &ns)
 {
-    if (has_elements(node) || is_list(node)) {
+    if (has_elements(node) || is_list(node) || is_container(node)) {
         return "{" + members_of(node, ns) + "}";
     }
     const std::string_view text = node.child_value();

@@ -52,11 +52,12 @@ bool simplify(Element &element, std::size_t &n)
 
 Edit RandomEdits::next(const Leaves &tree)
 {
+    const bool to_be_refused = one_in(6);
     Edit made = edit(tree);
-    const bool may_be_refused = one_in(4);
-    for (int attempt = 0; attempt < 12 && !may_be_refused; ++attempt) {
+    for (int attempt = 0; attempt < 12; ++attempt) {
         Leaves after = tree;
-        if (edit_config(made, after).empty() && after != tree) {
+        const std::size_t refusals = edit_config(made, after).size();
+        if (to_be_refused ? refusals == 1 : refusals == 0 && after != tree) {
             break;
         }
         made = edit(tree);
@@ -67,33 +68,43 @@ Edit RandomEdits::next(const Leaves &tree)
 Edit RandomEdits::edit(const Leaves &tree)
 {
     const bool grouped = one_in(4);
-    const std::size_t kind = below(10);
-    const Operation by_default = kind == 0 ? Operation::replace : kind < 4 ? Operation::none : Operation::merge;
-    return {by_default, element(schema(), "", "", tree, grouped), grouped};
+    const std::size_t kind = below(40);
+    const Operation by_default = kind == 0 ? Operation::replace : kind < 15 ? Operation::none : Operation::merge;
+    return {by_default, element(schema(), "", {"", tree, by_default == Operation::none, grouped}), grouped};
 }
 
-std::optional<Operation> RandomEdits::operation(Kind kind, bool there)
+std::optional<Operation> RandomEdits::operation(Kind kind, const Place &place)
 {
-    const bool none = !one_in(kind == Kind::container ? 8 : kind == Kind::list ? 4 : 3);
-    if (none || kind == Kind::key) {
+    // Above the entries an operation takes so much away that what is below would never grow.
+    const bool above_entries = place.path.find('[') == std::string::npos;
+    const bool there = exists(place.tree, place.path);
+    const bool needed = place.none && !there && kind != Kind::container && !one_in(40);
+    if (!needed && !one_in(above_entries ? 30 : kind < Kind::key ? 12 : 3)) {
         return std::nullopt;
     }
     const auto chosen = static_cast<Operation>(below(5));
-    const bool fails = (chosen == Operation::create && there) || (chosen == Operation::delete_ && !there);
-    if (fails && !one_in(4)) {
-        return there ? Operation::replace : Operation::remove;
+    const bool fails =
+        kind == Kind::key_copy ? deletes(chosen) : chosen == (there ? Operation::create : Operation::delete_);
+    if (fails && !one_in(kind == Kind::key_copy ? 30 : 10)) {
+        return there || kind == Kind::key_copy ? Operation::replace : Operation::remove;
     }
     return chosen;
 }
 
-Element RandomEdits::element(const Schema &schema, const std::string &value, const std::string &parent,
-                             const Leaves &tree, bool grouped)
+Element RandomEdits::element(const Schema &schema, const std::string &value, const Place &parent)
 {
     Element made{&schema, value};
-    const std::string path = parent + made.step();
-    made.operation = operation(schema.kind, exists(tree, path));
-    if (!made.operation || !deletes(*made.operation) || one_in(30)) {
-        made.children = children(made, path, tree, grouped);
+    Place place = parent;
+    place.path += made.step();
+    if (schema.kind == Kind::key) {
+        return made;
+    }
+    made.operation = operation(schema.kind, place);
+    if (!made.operation || !deletes(*made.operation) || one_in(100)) {
+        static const Leaves nothing;
+        const bool emptied = made.operation == Operation::replace;
+        made.children = children(
+            made, {place.path, emptied ? nothing : parent.tree, parent.none && !made.operation, parent.grouped});
     } else if (schema.kind == Kind::list) {
         made.children = {{&schema.children.front(), value}};
     } else if (schema.kind != Kind::leaf_list && one_in(2)) {
@@ -102,30 +113,26 @@ Element RandomEdits::element(const Schema &schema, const std::string &value, con
     return made;
 }
 
-std::vector<Element> RandomEdits::children(const Element &parent, const std::string &path, const Leaves &tree,
-                                           bool grouped)
+std::vector<Element> RandomEdits::children(const Element &parent, const Place &place)
 {
     std::vector<Element> made;
     const auto add = [&](const Schema &schema, const std::string &value) {
-        made.push_back(element(schema, value, path, tree, grouped));
+        made.push_back(element(schema, value, place));
     };
     for (const Schema &child : parent.schema->children) {
         if (child.kind == Kind::list || child.kind == Kind::leaf_list) {
             for (const std::string &value : child.kind == Kind::list ? child.children.front().values : child.values) {
-                if (one_in(child.kind == Kind::list ? 3 : 6)) {
+                if (one_in(child.kind == Kind::list ? 2 : 8)) {
                     add(child, value);
                 }
             }
-        } else if (child.kind == Kind::container && !one_in(3)) {
-            add(child, parent.value);
-        } else if (child.kind == Kind::key || (child.kind == Kind::key_copy && one_in(2))) {
-            add(child, parent.value);
-        } else if (child.kind >= Kind::leaf && one_in(3)) {
-            add(child, child.values[below(child.values.size())]);
+        } else if (child.kind == Kind::container ? !one_in(4) : child.kind == Kind::key || one_in(2)) {
+            const bool has_own_values = child.kind == Kind::leaf || child.kind == Kind::secret;
+            add(child, has_own_values ? child.values[below(child.values.size())] : parent.value);
         }
     }
     std::ranges::shuffle(made, random_);
-    if (grouped) {
+    if (place.grouped) {
         std::ranges::stable_sort(made, {}, [](const Element &child) { return child.schema->name; });
     }
     return made;

@@ -16,15 +16,21 @@ class RandomEdits
 public:
     explicit RandomEdits(unsigned int seed) : random_(seed) {}
 
-    /// The next edit of a server that holds `tree`: mostly one that is not refused.
+    /// The next edit of a server that holds `tree`: mostly one that is done, or refused for one reason.
     Edit next(const Leaves &tree);
 
 private:
+    /// Where an element stands: what was there before, whether it must be named to be made, and in which order.
+    struct Place {
+        std::string path;
+        const Leaves &tree;
+        bool none;
+        bool grouped;
+    };
     Edit edit(const Leaves &tree);
-    Element element(const Schema &schema, const std::string &value, const std::string &parent, const Leaves &tree,
-                    bool grouped);
-    std::vector<Element> children(const Element &parent, const std::string &path, const Leaves &tree, bool grouped);
-    std::optional<Operation> operation(Kind kind, bool there);
+    Element element(const Schema &schema, const std::string &value, const Place &parent);
+    std::vector<Element> children(const Element &parent, const Place &place);
+    std::optional<Operation> operation(Kind kind, const Place &place);
     bool one_in(std::size_t count) { return below(count) == 0; }
     std::size_t below(std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_); }
 

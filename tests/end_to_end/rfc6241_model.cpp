@@ -149,7 +149,7 @@ const Schema &schema()
                      leaf("delay-protection", {"true", "false"}), leaf("include-icv-indicator", {"true", "false"}),
                      leaf("sak-rekey-interval", {"0", "30", "65535"})}));
     static const Schema key =
-        list("mka-key", "id", {"01", "02", "a1"},
+        list("mka-key", "id", {"01", "a1"},
              config({leaf("key-clear-text", {"00112233445566778899aabbccddeeff", "0a", "ff"}, Kind::secret),
                      leaf("cryptographic-algorithm", {"AES_128_CMAC", "AES_256_CMAC"}),
                      leaf("valid-date-time", {"2024-02-29T23:59:59", "2031-12-31T00:00:00"}),
