@@ -38,15 +38,20 @@ void fill_instance(Error &error, const Schema &schema)
         const std::size_t end = std::min(rest.find_first_of("/["), rest.size());
         PathStep step{std::string(rest.substr(0, end)), {}, {}, {}};
         rest.remove_prefix(end);
+        while (take_key(rest, step)) {
+        }
         schema_path.append("/").append(step.name);
         if (const char *const declared = schema.ns_of(schema_path))
             ns = declared;
-        while (take_key(rest, step)) {
-        }
         step.ns = ns;
-        step.prefix = schema.prefix_of(ns);
-        step.module = step.prefix.empty() ? "" : schema.module_of(ns);
         error.instance.push_back(std::move(step));
+        // Top nodes of several models share a name.
+        if (error.instance.size() == 2 && schema.ns_of(schema_path) != nullptr)
+            error.instance.front().ns = ns;
+    }
+    for (PathStep &step : error.instance) {
+        step.prefix = schema.prefix_of(step.ns);
+        step.module = step.prefix.empty() ? "" : schema.module_of(step.ns);
     }
 }
 

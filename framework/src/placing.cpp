@@ -507,9 +507,7 @@ void Request::Impl::settle_marker(OutputNode &entry)
             marker->record.operation = kOperationNone;
         return;
     }
-    const char *ns = nullptr;
-    for (const PathInfo *at = info; ns == nullptr && at != entry.info; at = at->parent)
-        ns = schema.ns_of(at->text);
+    const char *const ns = schema.ns_of(info->text);
     OutputNode *const marker = below(entry, *info, {ns == nullptr ? entry.record.ns : intern_ns(ns), nullptr});
     if (!marker->operation() || takes_away(marker->operation())) {
         marker->record.operation = operation;

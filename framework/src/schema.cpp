@@ -112,7 +112,7 @@ void Schema::add_module(std::string name, std::string ns, std::string prefix)
 
 void Schema::add_ns(std::string path, std::string ns)
 {
-    node_ns_.insert_or_assign(std::move(path), std::move(ns));
+    node_ns_.try_emplace(std::move(path), std::move(ns));
 }
 
 std::string_view Schema::prefix_of(std::string_view ns) const

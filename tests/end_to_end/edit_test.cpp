@@ -147,13 +147,13 @@ TEST_F(Edit, RefusalsNameWhatIsWrongAndChangeNothing)
     } cases[] = {
         {in_policies(policy("Default", "", "create")), "Invalid request : default policy can not be created"},
         {in_policies(policy("P2", "<use-updated-eth-header>true</use-updated-eth-header>")),
-         "tag: use-updated-eth-header"},
+         "/config/use-updated-eth-header: this router does not support it"},
         {in_policies(policy("P2", "") + policy("P1", "<key-server-priority>300</key-server-priority>")),
-         "/macsec/policy-names/policy-name[name='P1']/key-server-priority"},
+         "/macsec/mka/policies/policy[name='P1']/config/key-server-priority: '300' must be a number in 0..255"},
         {in_policies(policy("P2", "") + policy("P3", "<macsec-cipher-suite>ROT13</macsec-cipher-suite>")), "ROT13"},
         {in_policies(policy("P2", "")) + "<interfaces><interface><name>e0</name><config><enable>true</enable></config>"
                                          "</interface></interfaces>",
-         "tag: enable"},
+         "/macsec/interfaces/interface[name='e0']/config/enable: this router does not support it"},
     };
     for (const auto &one : cases) {
         expect_failure(edit(one.inside), one.words);

@@ -134,11 +134,14 @@ TEST_F(KeyChain, TimesThatCannotBeAreRefused)
         const char *value;
         const char *words;
     } cases[] = {
-        {"expiration-date-time", "no_expiration", "Invalid expiration-date-time(not OC complaint)"},
-        {"expiration-date-time", "2021-03-04T05:06", "Invalid expiration-date-time(not OC complaint)"},
-        {"expiration-date-time", "2021-13-04T05:06:07", "NA"},
-        {"valid-date-time", "valid_immediately", "start-year"},
-        {"valid-date-time", "2021-02-04T25:06:07", "start-hour"},
+        {"expiration-date-time", "no_expiration", "or one of NO_EXPIRATION"},
+        {"expiration-date-time", "2021-03-04T05:06", "'2021-03-04T05:06' must be"},
+        {"expiration-date-time", "2021-13-04T05:06:07", "calendar"},
+        {"valid-date-time", "valid_immediately", "or one of VALID_IMMEDIATELY"},
+        {"valid-date-time", "2021-02-04T25:06:07", "calendar"},
+        {"valid-date-time", "2030-02-30T00:00:00", "calendar"},
+        {"valid-date-time", "2030-02-03T00:00:00 or so", "must be"},
+        {"valid-date-time", "1960-01-01T00:00:00", "native: /keychains/keychain[chain-name='KC']/macsec-keychain/"},
     };
     for (const auto &one : cases) {
         const std::string tag = one.leaf;

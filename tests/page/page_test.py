@@ -254,12 +254,12 @@ class Page(unittest.TestCase):
     def test_shows_a_refusal(self):
         self.open(policies(policy('P1', REFUSED)), status=1)
         self.assertEqual(self.text('refusal'),
-                         'refused: the node is not supported (0xaaf2ee00), at '
+                         'refused: this router does not support it, at '
                          "/macsec/mka/policies/policy[name='P1']/config/use-updated-eth-header")
         self.assertEqual(self.rows('.refused'), ['use-updated-eth-header = true refused'])
         self.assertEqual(self.rows('.not-reached'), ['delay-protection = true not reached'])
         self.browser.find_element(By.CSS_SELECTOR, '#refusal button').click()
-        self.assertEqual(self.text('said'), 'refused: the node is not supported; no counterpart')
+        self.assertEqual(self.text('said'), 'refused: this router does not support it; no counterpart')
 
     def test_leaves_room_for_the_trees(self):
         """However long a refusal is, and in small windows: the page scrolls to a row, and rows go on to the right."""

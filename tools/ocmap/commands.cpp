@@ -18,6 +18,8 @@
 #include <unistd.h>
 
 #include "deviations.h"
+#include "dry_run.h"
+#include "edit_checker.h"
 #include "explain.h"
 #include "explanation_page.h"
 #include "explanation_table.h"
@@ -41,23 +43,33 @@ void print_line(std::string_view line)
 class Desk
 {
 public:
-    static tqm::Expected<std::unique_ptr<Desk>> open(const Options &options)
+    // With `checks` the model that clients speak is loaded, by which edits are judged.
+    static tqm::Expected<std::unique_ptr<Desk>> open(const Options &options, bool checks)
     {
         auto environment = Environment::load(options.locations);
         if (!environment) {
             return tl::unexpected(environment.error());
         }
-        return std::unique_ptr<Desk>(new Desk(std::move(*environment), options));
+        std::optional<ModelChecker> checker;
+        if (checks) {
+            auto model = router::ClientModel::load(environment->models(), options.locations.yang.string());
+            if (!model) {
+                return tl::unexpected(from_router(model.error()));
+            }
+            checker.emplace(std::move(*model));
+        }
+        return std::unique_ptr<Desk>(new Desk(std::move(*environment), std::move(checker), options));
     }
 
     tqm::Framework &framework() { return framework_; }
+    ModelChecker *checker() { return checker_ ? &*checker_ : nullptr; }
     const Environment &environment() const { return environment_; }
     const tqm::Watch &watch() const { return watch_; }
 
 private:
-    Desk(Environment environment, const Options &options)
-        : environment_(std::move(environment)), journal_(print_line, options.questions), watch_(watch(options)),
-          framework_(environment_.plugin(), environment_.schema(), watch_)
+    Desk(Environment environment, std::optional<ModelChecker> checker, const Options &options)
+        : environment_(std::move(environment)), checker_(std::move(checker)), journal_(print_line, options.questions),
+          watch_(watch(options)), framework_(environment_.plugin(), environment_.schema(), watch_, this->checker())
     {
     }
 
@@ -75,6 +87,7 @@ private:
     }
 
     Environment environment_;
+    std::optional<ModelChecker> checker_;
     tqm::Journal journal_;
     tqm::Watch watch_;
     tqm::Framework framework_;
@@ -189,9 +202,9 @@ tqm::Expected<void> load_operational(const std::string &file, router::Datastore 
     return {};
 }
 
-// Opens the desk, and gives it with the document that the options name to `use`.
+// Opens the desk, and gives it with the document that the options name to `use`. `checks` as in Desk::open.
 template <typename Use>
-tqm::Expected<void> with_document(const Options &options, Use use)
+tqm::Expected<void> with_document(const Options &options, bool checks, Use use)
 {
     std::optional<tqm::Document> document;
     if (options.file) {
@@ -201,7 +214,7 @@ tqm::Expected<void> with_document(const Options &options, Use use)
         }
         document = std::move(*read);
     }
-    auto desk = Desk::open(options);
+    auto desk = Desk::open(options, checks);
     if (!desk) {
         return tl::unexpected(desk.error());
     }
@@ -213,7 +226,7 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
     if (options.file == "-" && options.operational == "-") {
         return tl::unexpected(tqm::Error{"FILE and --oper cannot both be standard input"});
     }
-    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, false, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
         auto store = open_store(options, desk.environment().models(), router::Access::read);
         if (!store) {
             return tl::unexpected(store.error());
@@ -241,25 +254,47 @@ tqm::Expected<void> print_model(const Options &options, tqm::Expected<std::strin
     return text ? write_text(*text) : tl::unexpected(text.error());
 }
 
+// A store that is not there yet is an empty one: the edit would make it.
+tqm::Expected<void> try_edit(Desk &desk, tqm::Document document, const Options &options)
+{
+    std::error_code ignored;
+    tqm::Expected<router::Datastore> store = router::Datastore::in_memory(desk.environment().models());
+    if (std::filesystem::exists(options.store, ignored)) {
+        store = open_store(options, desk.environment().models(), router::Access::read);
+    }
+    if (!store) {
+        return tl::unexpected(store.error());
+    }
+    Preview preview(*store);
+    if (auto edited = desk.framework().edit(std::move(document), preview); !edited) {
+        return edited;
+    }
+    return write_text(dry_run_text(preview.changes(), desk.checker()->notes(), options.format));
+}
+
 } // namespace
 
 tqm::Expected<void> forward(const Options &options)
 {
-    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT)), options);
+    return with_document(options, options.check, [&](Desk &desk, std::optional<tqm::Document> document) {
+        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT), options.check),
+                     options);
     });
 }
 
 tqm::Expected<void> reverse(const Options &options)
 {
-    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) {
+    return with_document(options, false, [&](Desk &desk, std::optional<tqm::Document> document) {
         return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)), options);
     });
 }
 
 tqm::Expected<void> edit(const Options &options)
 {
-    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, true, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+        if (options.dry_run) {
+            return try_edit(desk, std::move(*document), options);
+        }
         auto store = open_store(options, desk.environment().models(), router::Access::write);
         if (!store) {
             return tl::unexpected(store.error());
@@ -285,10 +320,20 @@ tqm::Expected<void> get_config(const Options &options)
 
 tqm::Expected<void> explain(const Options &options)
 {
-    return with_document(options, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, true, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
         const auto direction = options.reverse ? tqm::Direction::reverse : tqm::Direction::forward;
         const uint32_t kind = options.kind.value_or(options.reverse ? TQM_REQ_GET : TQM_REQ_EDIT);
-        const auto explanation = explain(desk.environment(), std::move(*document), direction, kind, desk.watch());
+        std::optional<router::Datastore> store;
+        if (!options.store.empty()) {
+            auto opened = open_store(options, desk.environment().models(), router::Access::read);
+            if (!opened) {
+                return tl::unexpected(opened.error());
+            }
+            store = std::move(*opened);
+        }
+        const Judges judges{desk.checker(), store ? &*store : nullptr};
+        const auto explanation =
+            explain(desk.environment(), std::move(*document), direction, kind, judges, desk.watch());
         if (!explanation) {
             return tl::unexpected(explanation.error());
         }

@@ -22,6 +22,8 @@ struct Options {
     std::optional<std::string> page;       // explain: file for the HTML page, "-" for standard output; none for a table
     tqm::Format format = tqm::Format::xml; // of what is printed
     tqm::Envelope envelope = tqm::Envelope::netconf; // of what is printed
+    bool check = false;                              // forward: also judge an edit as a store's would be
+    bool dry_run = false;                            // edit: say what it would do, and do nothing
     bool markdown = false;                           // tree: the page docs/mapping.md
     bool trace = false;                              // the plug-in's log lines to standard error
     bool journal = false;                            // the plug-in's calls of framework operations to standard error

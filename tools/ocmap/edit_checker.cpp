@@ -110,9 +110,10 @@ private:
                refuse(tqm::ErrorTag::missing_element, "the entry lacks its key '" + *lacking + "'", *lacking);
     }
 
+    // What a deletion names beside keys is not looked at: it is refused as a whole.
     bool check_children(const rdl_tqm_datatree &node, Node schema)
     {
-        return edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
+        return tqm_map_is_request_delete(&node) != 0 || edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
             // Elements of other modules are refused by whoever knows those.
             return std::strcmp(child.ns, node.ns) != 0 || check_child(child, schema);
         });

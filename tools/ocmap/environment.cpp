@@ -52,7 +52,7 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     }
     for (router::ModuleInfo &module : models_.modules()) {
         for (router::NodeInfo &node : models_.nodes(module.ns.c_str())) {
-            add_node(std::move(node), module.ns);
+            add_node(std::move(node));
         }
         schema_.add_module(std::move(module.name), std::move(module.ns), std::move(module.prefix));
     }
@@ -73,12 +73,9 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     }
 }
 
-void Environment::add_node(router::NodeInfo node, const std::string &module_ns)
+void Environment::add_node(router::NodeInfo node)
 {
-    const bool is_top = node.path.find('/', 1) == std::string::npos;
-    if (is_top || node.ns != module_ns) {
-        schema_.add_ns(node.path, std::move(node.ns));
-    }
+    schema_.add_ns(node.path, std::move(node.ns));
     if (node.unspaced) {
         schema_.add_unspaced(node.path);
     }

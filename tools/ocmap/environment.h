@@ -34,7 +34,7 @@ public:
 
 private:
     Environment(router::Models models, tqm::Plugin plugin);
-    void add_node(router::NodeInfo node, const std::string &module_ns);
+    void add_node(router::NodeInfo node);
 
     router::Models models_;
     tqm::Plugin plugin_;

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "dry_run.h"
 #include "tqm/framework.h"
 
 namespace ocmap
@@ -432,16 +433,36 @@ void note_refusal(Explanation &explanation, const RequestOutline &outline, const
     if (!position && !error.tag.empty()) {
         position = outline.position_of_path(error.path + "/" + error.tag, last);
     }
-    if (!position && !error.path.empty()) {
-        position = outline.position_of_path(error.path, last);
+    if (!position && !error.path.empty()) { // of a leaf-list without the value
+        position = outline.position_of_path(error.path.substr(0, error.path.find("[.=")), last);
     }
     if (!position) {
         position = last;
     }
     if (position) {
         explanation.request[*position].fate = Fate::refused;
-        explanation.request[*position].reason = error.text;
+        explanation.request[*position].reason = text_at_place(error);
     }
+}
+
+// What `ocmap edit` would refuse first; the walk is made all the same.
+std::optional<tqm::Error> judge_and_walk(const Environment &environment, tqm::Request &request, const Judges &judges)
+{
+    const tqm::Framework framework(environment.plugin(), environment.schema(), {}, judges.checker);
+    const bool is_edit = judges.checker != nullptr && request.header().kind == TQM_REQ_EDIT;
+    auto empty = router::Datastore::in_memory(environment.models());
+    Preview native(judges.store != nullptr ? *judges.store : empty,
+                   judges.store != nullptr ? NativeStore::Leads::must_be_there : NativeStore::Leads::are_made);
+    tqm::Expected<void> good = framework.check(request);
+    if (good && is_edit && judges.store != nullptr) {
+        good = framework.check_existence(request, native);
+    }
+    const auto walked = framework.walk(request);
+    good = good ? walked : good;
+    if (good && is_edit) {
+        good = framework.write(request, native);
+    }
+    return good ? std::nullopt : std::optional(good.error());
 }
 
 const char *kind_name(uint32_t kind)
@@ -452,7 +473,7 @@ const char *kind_name(uint32_t kind)
 } // namespace
 
 tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document document, tqm::Direction direction,
-                                   uint32_t kind, tqm::Watch watch)
+                                   uint32_t kind, const Judges &judges, tqm::Watch watch)
 {
     Explanation explanation;
     kind = tqm::Framework::kind_of(document, direction, kind);
@@ -475,9 +496,8 @@ tqm::Expected<Explanation> explain(const Environment &environment, tqm::Document
     const RequestOutline outline(environment.schema(), request, explanation);
     recorder.know(outline);
 
-    const tqm::Framework framework(environment.plugin(), environment.schema());
-    if (auto walked = framework.walk(request); !walked) {
-        explanation.refusal = walked.error();
+    explanation.refusal = judge_and_walk(environment, request, judges);
+    if (explanation.refusal) {
         note_refusal(explanation, outline, request.foreign_tag(), recorder.last());
     }
     ResultOutline results(environment.schema(), explanation);

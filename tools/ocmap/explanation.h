@@ -67,6 +67,13 @@ struct ResultNode {
     std::vector<std::size_t> adds; ///< positions in Explanation::adds; none for nodes made on the way to others
 };
 
+/// The text of an error that is shown at its place, or beside it: without the path that it begins with.
+inline std::string text_at_place(const tqm::Error &error)
+{
+    const std::string place = error.path + ": ";
+    return error.text.starts_with(place) ? error.text.substr(place.size()) : error.text;
+}
+
 struct Explanation {
     bool reverse = false;             ///< native to OpenConfig
     std::string kind;                 ///< "edit", "get" or "get-config"

@@ -69,7 +69,7 @@ Json to_json(const ResultNode &node)
 
 Json to_json(const tqm::Error &error)
 {
-    Json object = {{"text", error.text}};
+    Json object = {{"text", text_at_place(error)}};
     if (error.code) {
         char code[sizeof "0x00000000"];
         std::snprintf(code, sizeof code, "0x%08x", *error.code);

@@ -34,6 +34,7 @@ const std::map<std::string, std::vector<const char *>> examples = {
          "ocmap edit examples/policies/merge.xml --store /tmp/router",
          "ocmap edit - --store /tmp/router < examples/interfaces/attach.xml",
          "ocmap edit examples/key-chains/create.xml --store /tmp/router --wait 5",
+         "ocmap edit examples/policies/replace.xml --store /tmp/router --dry-run",
      }},
     {"get",
      {

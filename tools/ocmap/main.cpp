@@ -147,6 +147,7 @@ int main(int argc, char **argv)
     add_file(command, options, true);
     add_kind(command, options);
     add_form(command, options);
+    command->add_flag("--check", options.check, "Judge an edit by the OpenConfig model first, as 'ocmap edit' does");
     command = add_command(app, "reverse", "Print the OpenConfig tree of native trees", chosen, ocmap::reverse);
     add_file(command, options, true);
     add_kind(command, options);
@@ -155,6 +156,9 @@ int main(int argc, char **argv)
     add_file(command, options, true);
     add_store(command, options);
     add_wait(command, options);
+    command->add_flag("--dry-run", options.dry_run, "Say what the edit would do, or why it is refused; change nothing");
+    command->add_flag_callback(
+        "--json", [&options] { options.format = tqm::Format::json; }, "Print a refusal, or a dry run, as JSON");
     command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
     add_file(command, options, false);
     add_store(command, options);
@@ -171,6 +175,8 @@ int main(int argc, char **argv)
     add_file(command, options, true);
     add_kind(command, options);
     command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
+    command->add_option("--store", options.store, "Native datastore that an edit is judged by; else its values alone")
+        ->type_name("DIR");
     command->add_option("--html", options.page, "Write a page for a browser instead; - for standard output")
         ->type_name("FILE");
     command = add_plain_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);

@@ -11,7 +11,7 @@ namespace
 {
 
 // Whether a create or a delete may be done has been decided in the client's terms: here they set, and take away.
-router::Operation operation_of(const tqm::OutputNode &node)
+router::Operation operation_of(const tqm::OutputNode &node, router::Operation lead)
 {
     switch (node.operation().value_or(tqm::kOperationNone)) {
     case TQM_OP_MERGE:
@@ -23,7 +23,7 @@ router::Operation operation_of(const tqm::OutputNode &node)
     case TQM_OP_REMOVE:
         return router::Operation::remove;
     default:
-        return router::Operation::none;
+        return lead;
     }
 }
 
@@ -64,13 +64,15 @@ tqm::NativeError native_error(router::Error error)
 class Overlay
 {
 public:
+    explicit Overlay(router::Operation lead = router::Operation::none) : lead_(lead) {}
+
     router::EditNode *add(const tqm::OutputNode &node)
     {
         router::EditNode &record = records_.emplace_back();
         record.ns = node.ns();
         record.name = node.tag();
         record.value = node.value();
-        record.operation = operation_of(node);
+        record.operation = operation_of(node, lead_);
         record.origin = &node;
         const router::EditNode **link = &record.first_child;
         for (const tqm::OutputNode &child : node.children()) {
@@ -82,6 +84,7 @@ public:
     }
 
 private:
+    router::Operation lead_; // of nodes that only lead to others
     std::deque<router::EditNode> records_;
 };
 
@@ -108,7 +111,7 @@ tqm::Error from_router(router::Error error)
 
 tl::expected<void, tqm::NativeError> NativeStore::edit(std::span<const tqm::OutputNode *const> trees)
 {
-    Overlay overlay;
+    Overlay overlay(leads_ == Leads::are_made ? router::Operation::merge : router::Operation::none);
     const router::EditNode *first = nullptr;
     const router::EditNode **link = &first;
     for (const tqm::OutputNode *tree : trees) {

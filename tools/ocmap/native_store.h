@@ -14,8 +14,16 @@ tqm::Error from_router(router::Error error);
 class NativeStore : public tqm::NativeSide
 {
 public:
+    /// What an edit that only leads through an entry asks of it.
+    enum class Leads {
+        must_be_there,
+        are_made ///< for a look at the values of an edit, whatever the store holds
+    };
     /// `datastore` must outlive this object.
-    explicit NativeStore(router::Datastore &datastore) : datastore_(datastore) {}
+    explicit NativeStore(router::Datastore &datastore, Leads leads = Leads::must_be_there)
+        : datastore_(datastore), leads_(leads)
+    {
+    }
 
     tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override;
     tqm::Expected<void> read(const tqm::OutputNode &filter, tqm::TreeBuilder &answer) override;
@@ -27,6 +35,7 @@ protected:
 
 private:
     router::Datastore &datastore_;
+    Leads leads_;
 };
 
 } // namespace ocmap

@@ -46,11 +46,12 @@ _ocmap() {
     local watched="$plain --trace --journal --journal-all"
     case $command in
         '') options='--version --help' ;;
-        forward | reverse) options="$watched --kind --json --bare" ;;
-        edit) options="$watched --store --wait" ;;
+        forward) options="$watched --kind --json --bare --check" ;;
+        reverse) options="$watched --kind --json --bare" ;;
+        edit) options="$watched --store --wait --dry-run --json" ;;
         get) options="$watched --store --oper --json --bare" ;;
         get-config) options="$watched --store --json --bare" ;;
-        explain) options="$watched --reverse --kind --html" ;;
+        explain) options="$watched --reverse --kind --html --store" ;;
         tree) options="$plain --markdown" ;;
         deviations) options=$plain ;;
         *) return ;;

@@ -49,7 +49,8 @@ public:
     /// Declares a module, by whose name JSON documents call its namespace, with the prefix that instance-identifiers
     /// have for it.
     void add_module(std::string name, std::string ns, std::string prefix = {});
-    /// Declares the namespace of the node at `path`; needed where it is not that of the node above.
+    /// Declares the namespace of the node at `path`. Top nodes of several models may share their path: what is below
+    /// tells them apart.
     void add_ns(std::string path, std::string ns);
     /// Declares that the values of the leaf at `path` are secrets: no journal, page or error shows one.
     void add_secret(std::string path);
