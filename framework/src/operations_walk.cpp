@@ -111,8 +111,10 @@ rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf,
             Frame *frame = request.hierarchy.find(request.paths.find(path));
             const rdl_tqm_datatree *child = frame == nullptr ? nullptr : frame->child(leaf);
             value = child == nullptr ? nullptr : child->value;
-            if (value != nullptr)
+            if (value != nullptr) {
                 *value_out = value;
+                request.asked_for = {frame->node, child};
+            }
             if (value != nullptr && request.watch.observer != nullptr)
                 request.watch.observer->read(*child);
             return 0;

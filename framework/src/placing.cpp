@@ -134,6 +134,8 @@ rcode Request::Impl::place(const AddArguments &arguments)
         set_operation(*node, arguments.source);
     settle_entry_operation(*node, arguments);
     tell(arguments, node, 0);
+    if (addressed && direction == Direction::reverse && !is_read() && value == nullptr)
+        give_key_of_deleted(*node, arguments);
     if (info->is_list && value != nullptr && info->keys->size() == 1) {
         AddArguments key = arguments;
         const std::string path = std::string(info->text) + '/' + info->keys->front();
@@ -288,6 +290,30 @@ void Request::Impl::give_key_from_walk(OutputNode &entry, Frame *owner)
         return;
     PathInfo *key = paths.intern(std::string(list.text) + '/' + list.keys->front());
     set_value(*output.add_named(entry, *key, entry.record.ns), arena.keep(value));
+}
+
+/// Mappers add a deleted entry without its key: it is that of the native entry. Of several native keys it is the one
+/// that the mapper has asked for.
+void Request::Impl::give_key_of_deleted(OutputNode &entry, const AddArguments &arguments)
+{
+    const rdl_tqm_datatree *const source = arguments.source;
+    Frame *const frame = hierarchy.empty() ? nullptr : &hierarchy.top();
+    if (source == nullptr || frame == nullptr || frame->node != source || tqm_map_is_request_delete(source) == 0 ||
+        frame->path == nullptr || frame->path->keys == nullptr || entry.info->keys->size() != 1)
+        return;
+    const std::vector<std::string> &native_keys = *frame->path->keys;
+    const rdl_tqm_datatree *const native =
+        native_keys.size() == 1 ? frame->child(native_keys.front()) : asked_for.child_of(*source);
+    const char *const key = given_value(native);
+    if (key == nullptr)
+        return;
+    const std::string path = std::string(entry.info->text) + '/' + entry.info->keys->front();
+    AddArguments leaf;
+    leaf.tree = &entry.record;
+    leaf.path = path.c_str();
+    leaf.ns = arguments.ns;
+    leaf.value = key;
+    add(leaf);
 }
 
 // ---- Reverse: bare paths go to the entries that list mappers made, found or stitched ----

@@ -136,6 +136,15 @@ struct Request::Impl {
     std::string refused_path;
     const char *matched_tag = nullptr; ///< the tag of the request that was found to be another last
     std::string refused_tag;
+    /// The child of a walked node whose value a mapper has looked up last.
+    struct {
+        const rdl_tqm_datatree *parent = nullptr;
+        const rdl_tqm_datatree *child = nullptr;
+        const rdl_tqm_datatree *child_of(const rdl_tqm_datatree &node) const
+        {
+            return parent == &node ? child : nullptr;
+        }
+    } asked_for;
     std::unordered_set<const char *> fill_texts;
     std::unordered_set<std::string_view> namespaces;
     const char *last_ns = nullptr;
@@ -157,6 +166,7 @@ private:
     OutputNode *below(OutputNode &entry, PathInfo &info, const Naming &naming);
     OutputNode *existing(PathInfo *info) const;
     void give_key_from_walk(OutputNode &entry, Frame *owner);
+    void give_key_of_deleted(OutputNode &entry, const AddArguments &arguments);
     void set_value(OutputNode &node, const char *value);
     void set_operation(OutputNode &node, const rdl_tqm_datatree *source);
     void settle_entry_operation(OutputNode &node, const AddArguments &arguments);

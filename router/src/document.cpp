@@ -2,6 +2,7 @@
 // reads siblings without an envelope.
 #include "document.h"
 
+#include "earlier_forms.h"
 #include "entries.h"
 #include "envelope.h"
 #include "report.h"
@@ -86,9 +87,15 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
     }
     lyd_node *parsed = nullptr;
     ly_err_clean(const_cast<ly_ctx *>(context), nullptr);
-    const LY_ERR code = lyd_parse_data_mem(context, text.c_str(), json ? LYD_JSON : LYD_XML, LYD_PARSE_STRICT | options,
-                                           LYD_VALIDATE_PRESENT, &parsed);
+    LY_ERR code = lyd_parse_data_mem(context, text.c_str(), json ? LYD_JSON : LYD_XML,
+                                     LYD_PARSE_STRICT | LYD_PARSE_ONLY | options, 0, &parsed);
     Tree tree(parsed);
+    if (!code && tree) {
+        admit_earlier_forms(tree);
+        parsed = tree.release();
+        code = lyd_validate_all(&parsed, context, LYD_VALIDATE_PRESENT, nullptr);
+        tree.reset(parsed);
+    }
     if (code) {
         return fault(document_fault(context));
     }

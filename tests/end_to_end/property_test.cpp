@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "as_json.h"
+#include "edit_checker.h"
 #include "environment.h"
 #include "native_store.h"
 #include "random_edits.h"
@@ -174,7 +175,10 @@ protected:
         auto loaded = ocmap::Environment::load({PLUGIN, YANG});
         ASSERT_TRUE(loaded) << loaded.error().text;
         environment_.emplace(std::move(*loaded));
-        framework_.emplace(environment_->plugin(), environment_->schema());
+        auto model = router::ClientModel::load(environment_->models(), YANG);
+        ASSERT_TRUE(model) << model.error().text;
+        checker_.emplace(std::move(*model));
+        framework_.emplace(environment_->plugin(), environment_->schema(), tqm::Watch{}, &*checker_);
         // In memory where there is such a place: most of the time would go into making files durable.
         const bool has_memory = access("/dev/shm", W_OK) == 0;
         std::string pattern = (has_memory ? "/dev/shm" : testing::TempDir()) + "/property.XXXXXX";
@@ -287,6 +291,7 @@ private:
     }
 
     std::optional<ocmap::Environment> environment_;
+    std::optional<ocmap::ModelChecker> checker_;
     std::optional<tqm::Framework> framework_;
     std::string directory_;
 };

@@ -197,6 +197,24 @@ TEST_F(Read, BareTreesStandAlone)
     EXPECT_EQ(ocmap({"reverse", "-", "--kind", "edit"}, edit).status, 0);
 }
 
+TEST_F(Read, InAnEditsWayBackADeletedEntryCarriesItsKey)
+{
+    const std::string native =
+        "<data xmlns:nc='urn:ietf:params:xml:ns:netconf:base:1.0'>"
+        "<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'>"
+        "<keychain nc:operation='delete'><chain-name>C</chain-name><macsec-keychain><macsec-keys>"
+        "<macsec-key nc:operation='remove'><key-id>01</key-id></macsec-key></macsec-keys>"
+        "</macsec-keychain></keychain></keychains><interface-configurations "
+        "xmlns='http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg'><interface-configuration "
+        "nc:operation='delete'><active>act</active><interface-name>I</interface-name>"
+        "</interface-configuration></interface-configurations></data>";
+    const Outcome back = ocmap({"reverse", "-", "--kind", "edit"}, native);
+    EXPECT_EQ(inside(back, "key-chains"), "<key-chain nc:operation=\"delete\"><name>C</name><mka-keys>"
+                                          "<mka-key nc:operation=\"remove\"><id>01</id><config><id>01</id></config>"
+                                          "</mka-key></mka-keys></key-chain>");
+    EXPECT_EQ(inside(back, "interfaces"), "<interface nc:operation=\"delete\"><name>I</name></interface>");
+}
+
 TEST_F(Read, AnEmptyFilterSelectsNothingAndAnEmptyStoreHasNothing)
 {
     const std::string nothing = "<data xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"/>\n";

@@ -259,4 +259,23 @@ TEST_F(Store, LosesNoEditToARefusedOneThatTakesTheDirectoryAway)
     }
 }
 
+TEST_F(Store, IsReadWhereAnEarlierVersionOfTheModelsAllowedMore)
+{
+    const auto key = [](const std::string &id, const std::string &lifetime) {
+        return "<macsec-key><key-id>" + id + "</key-id><macsec-key-string><encryption-type>type7</encryption-type>" +
+               "</macsec-key-string><macsec-lifetime>" + lifetime + "</macsec-lifetime></macsec-key>";
+    };
+    const std::string date = "<end-year>2030</end-year>";
+    prepare("<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain><chain-name>K"
+            "</chain-name><macsec-keychain><macsec-keys>" +
+            key("01", date + "<infinite-flag>true</infinite-flag>") +
+            key("02", date + "<infinite-flag>false</infinite-flag><life-time>0</life-time>") +
+            key("03", date + "<life-time>60</life-time>") + "</macsec-keys></macsec-keychain></keychain></keychains>");
+    EXPECT_EQ(read(in(ns::keychains, at("keychains", {}))),
+              "keychains{keychain{chain-name=K macsec-keychain{macsec-keys{"
+              "macsec-key{key-id=01 macsec-lifetime{infinite-flag=true } } "
+              "macsec-key{key-id=02 macsec-lifetime{end-year=2030 } } "
+              "macsec-key{key-id=03 macsec-lifetime{life-time=60 } } } } } } ");
+}
+
 } // namespace router::test
