@@ -13,16 +13,6 @@ namespace
 
 constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
-uint32_t operation_of(const rdl_tqm_datatree &node)
-{
-    return (node.present & TQM_PRESENT_OPERATION) != 0 ? node.operation : uint32_t{TQM_OP_MERGE};
-}
-
-bool takes_away(const rdl_tqm_datatree &node)
-{
-    return operation_of(node) == TQM_OP_DELETE || operation_of(node) == TQM_OP_REMOVE;
-}
-
 bool names_all_keys(const rdl_tqm_datatree &entry, const PathInfo &list)
 {
     return std::ranges::all_of(*list.keys, [&](const std::string &key) { return given_value(find_child(entry, key)); });

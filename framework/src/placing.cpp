@@ -36,14 +36,9 @@ OutputNode *nearest_entry(OutputNode &node)
     return at;
 }
 
-bool takes_away(uint32_t operation)
-{
-    return operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
-}
-
 bool takes_away(std::optional<uint32_t> operation)
 {
-    return operation && takes_away(*operation);
+    return operation && tqm::takes_away(*operation);
 }
 
 OutputNode *survivor(OutputNode *node)
@@ -298,7 +293,7 @@ void Request::Impl::give_key_of_deleted(OutputNode &entry, const AddArguments &a
 {
     const rdl_tqm_datatree *const source = arguments.source;
     Frame *const frame = hierarchy.empty() ? nullptr : &hierarchy.top();
-    if (source == nullptr || frame == nullptr || frame->node != source || tqm_map_is_request_delete(source) == 0 ||
+    if (source == nullptr || frame == nullptr || frame->node != source || !takes_away(*source) ||
         frame->path == nullptr || frame->path->keys == nullptr || entry.info->keys->size() != 1)
         return;
     const std::vector<std::string> &native_keys = *frame->path->keys;
@@ -457,7 +452,7 @@ bool Request::Impl::takes_value(OutputNode &node, const AddArguments &arguments)
     const rdl_tqm_datatree *const before = node.origin_node;
     const bool set_before = before != nullptr && before != source && std::strcmp(before->tag, source->tag) == 0 &&
                             !takes_away(node.operation());
-    if (tqm_map_is_request_delete(source) != 0)
+    if (takes_away(*source))
         return !set_before;
     if (one_too_many == nullptr && (set_before || beside_stored.contains(source)))
         one_too_many = source;
@@ -468,8 +463,7 @@ bool Request::Impl::takes_value(OutputNode &node, const AddArguments &arguments)
 uint32_t Request::Impl::operation_without_source(const OutputNode &node, const rdl_tqm_datatree *walked) const
 {
     const bool removal = direction == Direction::forward && node.info->is_leaf && node.record.value == nullptr &&
-                         walked != nullptr && (walked->present & TQM_PRESENT_OPERATION) != 0 &&
-                         takes_away(walked->operation);
+                         walked != nullptr && takes_away(*walked);
     return removal ? walked->operation : uint32_t{TQM_OP_MERGE};
 }
 

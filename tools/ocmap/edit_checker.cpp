@@ -113,7 +113,7 @@ private:
     // What a deletion names beside keys is not looked at: it is refused as a whole.
     bool check_children(const rdl_tqm_datatree &node, Node schema)
     {
-        return tqm_map_is_request_delete(&node) != 0 || edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
+        return tqm::takes_away(node) || edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
             // Elements of other modules are refused by whoever knows those.
             return std::strcmp(child.ns, node.ns) != 0 || check_child(child, schema);
         });
@@ -141,7 +141,7 @@ private:
     // What is taken away needs no value, but for one of several.
     bool check_value(const rdl_tqm_datatree &node, Node schema)
     {
-        const bool goes = tqm_map_is_request_delete(&node) != 0;
+        const bool goes = tqm::takes_away(node);
         const char *const value = edit_.text(node);
         if (goes && !router::ClientModel::is_leaf_list(schema)) {
             return true;

@@ -33,6 +33,22 @@ inline const char *operation_name(uint32_t operation)
     return operation < kOperationNames.size() ? kOperationNames[operation] : operation == kOperationNone ? "none" : "?";
 }
 
+/// The operation of a request node; merge where it has none of its own.
+inline uint32_t operation_of(const rdl_tqm_datatree &node)
+{
+    return (node.present & TQM_PRESENT_OPERATION) != 0 ? node.operation : uint32_t{TQM_OP_MERGE};
+}
+
+/// True for delete and remove. What plug-ins ask (tqm_map_is_request_delete) is the same question, and is journalled.
+inline bool takes_away(uint32_t operation)
+{
+    return operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
+}
+inline bool takes_away(const rdl_tqm_datatree &node)
+{
+    return takes_away(operation_of(node));
+}
+
 /// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). Texts with both kinds of
 /// quotes stay as they are.
 void append_key(std::string &path, std::string_view key, std::string_view value);
