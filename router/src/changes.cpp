@@ -31,7 +31,7 @@ public:
             add(Change::Kind::set, node);
         } else if (is_leaf && operation == "replace") {
             add(Change::Kind::changed, node);
-        } else if (operation == "create" && !lyd_child_no_keys(node)) {
+        } else if (!is_leaf && operation == "create" && !lyd_child_no_keys(node)) {
             add(Change::Kind::set, node);
         }
         for (const lyd_node *child = is_leaf ? nullptr : lyd_child(node); child; child = child->next) {
