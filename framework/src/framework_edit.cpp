@@ -13,54 +13,41 @@ namespace tqm
 namespace
 {
 
-/// Puts the path with keys of `wanted` behind `path`, which leads to `node`; false if it is not there.
-bool append_path_to(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, const PathInfo *info,
-                    std::string &path)
+/// Where a node of the request stands.
+struct Place {
+    std::string path; ///< with keys; empty if it is not in the tree
+    const PathInfo *info = nullptr;
+};
+
+/// Makes `place`, which leads to the node around `node`, that of `wanted`. False if that is not at or below `node`.
+bool find_place(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, const PathInfo *info, Place &place)
 {
-    const std::size_t before = path.size();
-    path.append("/").append(node.tag == nullptr ? "" : node.tag);
+    const std::size_t before = place.path.size();
+    place.path.append("/").append(node.tag == nullptr ? "" : node.tag);
     if (info != nullptr && info->is_list)
-        append_keys(path, node, *info->keys);
+        append_keys(place.path, node, *info->keys);
+    place.info = info;
     if (&wanted == &node)
         return true;
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
     for (uint32_t i = 0; has_children && i < node.subtree_count; ++i) {
         const rdl_tqm_datatree &child = node.subtree[i];
         const PathInfo *const child_info = info == nullptr || child.tag == nullptr ? nullptr : info->child(child.tag);
-        if (append_path_to(wanted, child, child_info, path))
+        if (find_place(wanted, child, child_info, place))
             return true;
     }
-    path.resize(before);
+    place.path.resize(before);
     return false;
 }
 
-std::string path_of(const rdl_tqm_datatree *node, Request::Impl &request)
+Place place_of(const rdl_tqm_datatree *node, const Request::Impl &request)
 {
-    std::string path;
+    Place place;
     const rdl_tqm_datatree *const top = request.trees.nodes;
-    if (node != nullptr && top != nullptr && top->tag != nullptr)
-        append_path_to(*node, *top, request.paths.find(top->tag), path);
-    return path;
-}
-
-/// Schema path of a path with keys.
-std::string without_keys(std::string_view path)
-{
-    std::string text;
-    char quote = 0;
-    for (bool in_key = false; const char c : path) {
-        if (!in_key && c == '[')
-            in_key = true;
-        else if (in_key && quote == 0 && (c == '\'' || c == '"'))
-            quote = c;
-        else if (in_key && quote == c)
-            quote = 0;
-        else if (in_key && quote == 0 && c == ']')
-            in_key = false;
-        else if (!in_key)
-            text += c;
-    }
-    return text;
+    if (node == nullptr || top == nullptr || top->tag == nullptr ||
+        !find_place(*node, *top, request.paths.find(top->tag), place))
+        return {};
+    return place;
 }
 
 const rdl_tqm_datatree *origin_of(const OutputNode *node)
@@ -76,15 +63,15 @@ const rdl_tqm_datatree *origin_of(const OutputNode *node)
 Error Framework::in_clients_terms(NativeError native, Request &request) const
 {
     const rdl_tqm_datatree *const origin = origin_of(native.node);
-    Error error{"the router refuses the edit", path_of(origin, request.impl())};
+    const Place place = place_of(origin, request.impl());
+    Error error{"the router refuses the edit", place.path};
     error.error_tag = native.error_tag;
     error.app_tag = std::move(native.app_tag);
     error.native_path = std::move(native.path);
     error.native_text = std::move(native.text);
-    if (!error.path.empty()) {
-        const PathInfo *const info = request.impl().paths.find(without_keys(error.path));
+    if (!place.path.empty()) {
         const char *const value = given_value(origin);
-        const bool shown = value != nullptr && info != nullptr && info->is_leaf && !info->secret;
+        const bool shown = value != nullptr && place.info != nullptr && place.info->is_leaf && !place.info->secret;
         error.text =
             error.path + ": " + (shown ? std::string("'") + value + "'" : "this") + " is refused by the router";
     }
@@ -153,7 +140,7 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
 Expected<void> Framework::write(Request &request, NativeSide &native) const
 {
     if (const rdl_tqm_datatree *const value = request.impl().one_too_many) {
-        std::string path = path_of(value, request.impl());
+        const std::string path = place_of(value, request.impl()).path;
         Error error{path + ": the router keeps one value, and '" + value->value + "' is one more", path};
         error.app_tag = kTooManyElements;
         return with_instance(std::move(error), schema_);

@@ -31,6 +31,15 @@ inline OutputNode *as_output_node(rdl_tqm_datatree *record)
     return reinterpret_cast<OutputNode *>(record);
 }
 
+/// The list entry that `node` is, or is in; null outside all.
+inline OutputNode *nearest_entry(OutputNode &node)
+{
+    OutputNode *at = &node;
+    while (at != nullptr && !at->list_entry)
+        at = at->parent;
+    return at;
+}
+
 class Output
 {
 public:

@@ -152,7 +152,14 @@ struct Request::Impl {
     uint32_t trace_index = 0;      ///< number of the last trace line
 
 private:
-    struct Naming; ///< which namespace goes to which part of a path
+    /// Namespaces of the nodes that an add makes on its way.
+    struct Naming {
+        const char *below;           ///< of nodes deeper than `split`
+        const char *above = nullptr; ///< of nodes down to `split`
+        uint32_t split = 0;          ///< depth of the innermost list, where the two differ
+
+        const char *ns_of(const PathInfo &info) const { return info.depth <= split ? above : below; }
+    };
 
     rcode place(const AddArguments &arguments);
     void tell(const AddArguments &arguments, const OutputNode *node, rcode code) const;
