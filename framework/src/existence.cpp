@@ -164,12 +164,15 @@ TreeBuilder::Roots Existence::filter(TreeBuilder &builder) const
 
 void Existence::build(TreeBuilder &builder, const std::vector<std::size_t> &siblings) const
 {
-    const PathInfo *leaf_list = nullptr;
+    const Asked *last = nullptr;
     for (const std::size_t position : siblings) {
         const Asked &asked = asked_[position];
-        if (asked.is_read && asked.info != leaf_list)
+        if (!asked.is_read)
+            continue;
+        const bool is_next_value = last != nullptr && asked.info->is_leaf_list && asked.info == last->info;
+        if (!is_next_value) // one question for all values of a leaf-list
             build_one(builder, asked);
-        leaf_list = asked.is_read && asked.info->is_leaf_list ? asked.info : leaf_list;
+        last = &asked;
     }
 }
 
