@@ -125,7 +125,7 @@ public:
         const std::string_view local = bare ? name->local : "";
         if (local == "config") {
             content_.kind = TQM_REQ_EDIT;
-            return hold(element);
+            return hold_edit(element);
         }
         if (local == "filter")
             return filter(element);
@@ -179,6 +179,30 @@ private:
         return name ? hold(data) : tl::make_unexpected(name.error());
     }
 
+    /// What would stand at <config> as a whole is said by default-operation, and by nothing else: an operation that
+    /// was passed over would be taken for a merge.
+    Expected<void> hold_edit(pugi::xml_node element)
+    {
+        if (const Expected<void> plain = without_attributes(element); !plain)
+            return plain;
+        return hold(element);
+    }
+
+    static Expected<void> without_attributes(pugi::xml_node element)
+    {
+        for (pugi::xml_attribute attribute : element.attributes()) {
+            if (XmlScope::is_declaration(attribute.name()) || std::strncmp(attribute.name(), "xml:", 4) == 0)
+                continue;
+            Error error{std::string("<") + element.name() + "> has no attribute '" + attribute.name() + "'"};
+            error.error_tag = ErrorTag::unknown_attribute;
+            error.type = ErrorType::protocol;
+            error.bad_attribute = attribute.name();
+            error.bad_element = element.name();
+            return tl::make_unexpected(std::move(error));
+        }
+        return {};
+    }
+
     Expected<void> rpc(pugi::xml_node element)
     {
         pugi::xml_node operation;
@@ -203,6 +227,8 @@ private:
     {
         if (is_netconf(name, "edit-config")) {
             content_.kind = TQM_REQ_EDIT;
+            if (const Expected<void> plain = without_attributes(operation); !plain)
+                return plain;
             return parameters(operation, &WrapperReader::edit_parameter, "config", "target");
         }
         content_.selects_all = true;
@@ -271,13 +297,21 @@ private:
         return local == "config" || local == "filter";
     }
 
+    static std::string_view without_blanks(std::string_view text)
+    {
+        text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+        text.remove_suffix(text.size() - std::min(text.find_last_not_of(" \t\r\n") + 1, text.size()));
+        return text;
+    }
+
     Expected<bool> edit_parameter(pugi::xml_node element, std::string_view local)
     {
-        const std::string_view value = element.child_value();
+        const std::string_view value = without_blanks(element.child_value());
         if (local == "target")
             return datastore(element);
         if (local == "config") {
-            content_.holder = element;
+            if (const Expected<void> held = hold_edit(element); !held)
+                return tl::make_unexpected(held.error());
             return true;
         }
         if (local == "default-operation") {
@@ -474,8 +508,8 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
         return malformed("the request is no XML document: '&' begins no reference to a character at " +
                          lines.place_of(bad));
     constexpr unsigned int options = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                     pugi::parse_eol | pugi::parse_embed_pcdata | pugi::parse_doctype |
-                                     pugi::parse_fragment;
+                                     pugi::parse_eol | pugi::parse_embed_pcdata | pugi::parse_ws_pcdata_single |
+                                     pugi::parse_doctype | pugi::parse_fragment;
     const pugi::xml_parse_result result =
         content->dom.load_buffer_inplace(content->buffer.get(), content->size, options, pugi::encoding_utf8);
     if (!result)

@@ -1,6 +1,8 @@
 // See edit_tree.h.
 #include "edit_tree.h"
 
+#include <functional>
+
 namespace tqm
 {
 
@@ -26,6 +28,13 @@ bool LoadedEdit::for_each_child(const rdl_tqm_datatree &node, const Visit &visit
             return false;
     }
     return true;
+}
+
+bool LoadedEdit::takes_part(const rdl_tqm_datatree &node) const
+{
+    const std::less<const void *> before;
+    const LeftOut *const first = edit_.left_out.data();
+    return first == nullptr || before(&node, first) || !before(&node, first + edit_.left_out.size());
 }
 
 const char *LoadedEdit::text(const rdl_tqm_datatree &node) const

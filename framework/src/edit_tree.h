@@ -18,6 +18,7 @@ public:
 
     const rdl_tqm_datatree &top() const override { return *edit_.trees.nodes; }
     bool for_each_child(const rdl_tqm_datatree &node, const Visit &visit) const override;
+    bool takes_part(const rdl_tqm_datatree &node) const override;
     const char *text(const rdl_tqm_datatree &node) const override;
 
 private:

@@ -16,18 +16,43 @@ bool take_key(std::string_view &text, PathStep &step)
     if (!text.starts_with('[') || equals == std::string_view::npos || equals + 1 >= text.size())
         return false;
     const char quote = text[equals + 1];
-    const std::size_t end = text.find(std::string{quote, ']'}, equals + 2);
-    if (end == std::string_view::npos)
+    std::string value;
+    std::size_t at = equals + 2;
+    for (; at < text.size() && text[at] != quote; ++at) {
+        if (quote == '"' && text[at] == '\\' && at + 1 < text.size())
+            ++at;
+        value += text[at];
+    }
+    if (text.substr(std::min(at, text.size()), 2) != std::string{quote, ']'})
         return false;
-    step.keys.emplace_back(text.substr(1, equals - 1), text.substr(equals + 2, end - equals - 2));
-    text.remove_prefix(end + 2);
+    step.keys.emplace_back(text.substr(1, equals - 1), std::move(value));
+    text.remove_prefix(at + 2);
     return true;
+}
+
+/// Tags with which RFC 6241, appendix A, names the element at fault.
+bool names_element(ErrorTag tag)
+{
+    switch (tag) {
+    case ErrorTag::missing_attribute:
+    case ErrorTag::bad_attribute:
+    case ErrorTag::unknown_attribute:
+    case ErrorTag::missing_element:
+    case ErrorTag::bad_element:
+    case ErrorTag::unknown_element:
+    case ErrorTag::unknown_namespace:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace
 
 void fill_instance(Error &error, const Schema &schema)
 {
+    if (!names_element(error.error_tag))
+        error.bad_element.clear();
     std::string_view rest = error.path;
     if (!error.instance.empty() || !rest.starts_with('/'))
         return;
@@ -49,6 +74,10 @@ void fill_instance(Error &error, const Schema &schema)
         if (error.instance.size() == 2 && schema.ns_of(schema_path) != nullptr)
             error.instance.front().ns = ns;
     }
+    if (ns.empty()) // a place that no model has
+        error.instance.clear();
+    else if (error.error_tag == ErrorTag::unknown_namespace)
+        error.instance.pop_back(); // the element itself is in none
     for (PathStep &step : error.instance) {
         step.prefix = schema.prefix_of(step.ns);
         step.module = step.prefix.empty() ? "" : schema.module_of(step.ns);

@@ -7,8 +7,8 @@
 namespace tqm
 {
 
-/// Fills `error.instance` from `error.path`, unless it is filled. Names that no model has get the namespace of the
-/// node around them.
+/// Makes the record complete: keeps `bad_element` where the tag asks for it, and fills `error.instance` from
+/// `error.path`, unless it is filled. Names that no model has get the namespace of the node around them.
 void fill_instance(Error &error, const Schema &schema);
 
 /// `error` with its instance filled, for returning it.

@@ -100,9 +100,7 @@ void Existence::visit(const rdl_tqm_datatree &node, const PathInfo &info, bool i
         return; // the walkers judge these
     const uint32_t operation = operation_of(node);
     Question question = Question::none;
-    if (info.repeats_key() && takes_away(node))
-        question = Question::repeated_key;
-    else if (info.is_leaf_list)
+    if (info.is_leaf_list)
         question = Question::value;
     else if (info.secret && takes_away(node))
         question = Question::secret;
@@ -113,7 +111,7 @@ void Existence::visit(const rdl_tqm_datatree &node, const PathInfo &info, bool i
 
     way_.push_back({&node, &info, npos});
     if (question != Question::none) {
-        const std::size_t asked = ask(way_.size() - 1, !is_emptied && question != Question::repeated_key);
+        const std::size_t asked = ask(way_.size() - 1, !is_emptied);
         asked_[asked].question = question;
     }
     visit_children(node, info, is_emptied || operation == TQM_OP_CREATE || operation == TQM_OP_REPLACE);
@@ -147,10 +145,12 @@ void Existence::visit_children(const rdl_tqm_datatree &node, const PathInfo &inf
         const std::size_t first = asked_.size();
         for (const rdl_tqm_datatree *value : values)
             visit(*value, *leaf_list, is_emptied);
-        value_sets_.push_back({});
+        std::vector<std::size_t> set;
         for (std::size_t i = first; i < asked_.size(); ++i)
             if (asked_[i].info == leaf_list)
-                value_sets_.back().push_back(i);
+                set.push_back(i);
+        if (!set.empty())
+            value_sets_.push_back(std::move(set));
     }
 }
 
@@ -226,24 +226,27 @@ void Existence::build_probe(TreeBuilder &builder, const char *ns, const PathInfo
 }
 
 /// Finds the nodes of the filter again, which were built in the order of what is asked.
-void Existence::pair(const rdl_tqm_datatree *nodes, const std::vector<std::size_t> &siblings)
+void Existence::pair(const rdl_tqm_datatree *nodes, uint32_t count, const std::vector<std::size_t> &siblings)
 {
+    const rdl_tqm_datatree *const end = nodes + count;
     for (const std::size_t position : siblings) {
         const Asked &asked = asked_[position];
         if (!asked.is_read || asked.info->is_leaf_list)
             continue;
-        while (std::strcmp(nodes->tag, asked.info->tag) != 0)
+        while (nodes != end && std::strcmp(nodes->tag, asked.info->tag) != 0)
             ++nodes;
+        if (nodes == end)
+            return;
         if (asked.info->secret)
             by_filter_.emplace(nodes, position);
-        pair(nodes->subtree, asked.children);
+        pair(nodes->subtree, nodes->subtree_count, asked.children);
         ++nodes;
     }
 }
 
 void Existence::note_filter(const TreeBuilder::Roots &filter)
 {
-    pair(filter.nodes, tops_);
+    pair(filter.nodes, filter.count, tops_);
 }
 
 void Existence::note_native(const OutputNode &filter, const TreeBuilder::Roots &answer)
@@ -320,9 +323,6 @@ Expected<void> Existence::judge_one(std::size_t position)
 {
     const Asked &asked = asked_[position];
     switch (asked.question) {
-    case Question::repeated_key:
-        return refuse(ErrorTag::operation_not_supported, position,
-                      "it repeats the key of its entry and goes with it: delete the entry");
     case Question::absent:
         if (asked.exists)
             return refuse(ErrorTag::data_exists, position, "it is there already");
@@ -376,8 +376,6 @@ tl::unexpected<Error> Existence::refuse(ErrorTag tag, std::size_t position, cons
     const std::string path = path_of(position);
     Error error{path + ": " + reason, path};
     error.error_tag = tag;
-    if (tag == ErrorTag::operation_not_supported)
-        error.bad_element = asked_[position].info->tag;
     return tl::make_unexpected(std::move(error));
 }
 

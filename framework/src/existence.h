@@ -40,12 +40,11 @@ public:
 
 private:
     enum class Question {
-        none,         ///< only on the way to others
-        present,      ///< it must be there
-        absent,       ///< it must not
-        value,        ///< of a leaf-list: judged with the others in it
-        secret,       ///< a removal of a secret, which the mapping cannot carry out
-        repeated_key, ///< a removal of the leaf that repeats its entry's key
+        none,    ///< only on the way to others
+        present, ///< it must be there
+        absent,  ///< it must not
+        value,   ///< of a leaf-list: judged with the others in it
+        secret,  ///< a removal of a secret, which the mapping cannot carry out
     };
     struct Asked {
         const rdl_tqm_datatree *node;
@@ -70,7 +69,7 @@ private:
     void build(TreeBuilder &builder, const std::vector<std::size_t> &siblings) const;
     void build_one(TreeBuilder &builder, const Asked &asked) const;
     static void build_probe(TreeBuilder &builder, const char *ns, const PathInfo &container);
-    void pair(const rdl_tqm_datatree *nodes, const std::vector<std::size_t> &siblings);
+    void pair(const rdl_tqm_datatree *nodes, uint32_t count, const std::vector<std::size_t> &siblings);
     void find(Request::Impl &answer, const OutputNode &parent, std::size_t position);
     Expected<void> judge_one(std::size_t position);
     Expected<void> judge_values(const std::vector<std::size_t> &values);

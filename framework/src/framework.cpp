@@ -180,6 +180,8 @@ Expected<Trees> Framework::forward(Document document, uint32_t kind, bool checke
         return tl::make_unexpected(std::move(good.error()));
     if (Expected<void> walked = walk(**request); !walked)
         return tl::make_unexpected(std::move(walked.error()));
+    if (Expected<void> good = checked ? check_values(**request) : Expected<void>(); !good)
+        return tl::make_unexpected(std::move(good.error()));
     Trees trees;
     trees.request_ = *request;
     trees.roots_ = trees.request_->roots();

@@ -109,6 +109,7 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
         head("---- before the edit: what it creates, deletes or counts on, as it is now ----");
         Request asked(schema_, plugin_.registrations(), TQM_REQ_GET_CONFIG, Direction::forward, watch_);
         asked.impl().trace_index = edit.trace_index;
+        asked.impl().widened = true;
         TreeBuilder filter = asked.builder();
         asked.adopt(existence.filter(filter));
         existence.note_filter(asked.impl().trees);
@@ -137,14 +138,23 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
     return good;
 }
 
+/// Values of a leaf-list that the walk has brought to one native leaf.
+Expected<void> Framework::check_values(Request &request) const
+{
+    const rdl_tqm_datatree *const value = request.impl().one_too_many;
+    if (value == nullptr)
+        return {};
+    std::string path = place_of(value, request.impl()).path;
+    append_key(path, ".", value->value);
+    Error error{path + ": the router keeps one value, and this is one more", path};
+    error.app_tag = kTooManyElements;
+    return with_instance(std::move(error), schema_);
+}
+
 Expected<void> Framework::write(Request &request, NativeSide &native) const
 {
-    if (const rdl_tqm_datatree *const value = request.impl().one_too_many) {
-        const std::string path = place_of(value, request.impl()).path;
-        Error error{path + ": the router keeps one value, and '" + value->value + "' is one more", path};
-        error.app_tag = kTooManyElements;
-        return with_instance(std::move(error), schema_);
-    }
+    if (Expected<void> good = check_values(request); !good)
+        return good;
     const std::vector<const OutputNode *> trees = request.roots();
     if (trees.empty())
         return {};

@@ -404,6 +404,8 @@ Expected<void> read_json(std::string_view text, Document::Content &content)
     if (!Json::sax_parse(Cursor(read, read), Cursor(end, read), &handler)) {
         Error error = handler.error();
         const std::size_t read_to = static_cast<std::size_t>(read - text.data());
+        error.error_tag = ErrorTag::malformed_message;
+        error.type = ErrorType::rpc;
         error.text += " at " + place_of(text, handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1));
         return tl::make_unexpected(error);
     }

@@ -41,7 +41,13 @@ std::size_t hash_of(std::string_view text)
 void append_key(std::string &path, std::string_view key, std::string_view value)
 {
     const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
-    path.append("[").append(key).append("=").append(1, quote).append(value).append(1, quote).append("]");
+    path.append("[").append(key).append("=").append(1, quote);
+    for (const char c : value) {
+        if (quote == '"' && (c == '"' || c == '\\'))
+            path += '\\';
+        path += c;
+    }
+    path.append(1, quote).append("]");
 }
 
 PathInfo *PathTable::find(std::string_view path) const
@@ -88,6 +94,7 @@ PathInfo *PathTable::insert(std::string_view path)
     info->secret = info->is_leaf && schema_.hides(info->text);
     info->is_state = schema_.is_state(info->text);
     info->is_unspaced = schema_.is_unspaced(info->text);
+    info->companions = schema_.companions(info->text);
     info->marker = info->is_list ? schema_.marker(info->text) : nullptr;
     info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
     info->is_key = parent != nullptr && parent->is_list &&

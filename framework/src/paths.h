@@ -33,8 +33,9 @@ struct PathInfo {
     bool is_state = false;
     bool is_unspaced = false;     ///< white space around its values is no part of them
     const char *marker = nullptr; ///< of a native list: path of what makes an entry the client's
-    bool secret = false;          ///< its values are key texts
-    bool below_value = false;     ///< below a leaf or leaf-list, where no node can be
+    const std::vector<std::string> *companions = nullptr; ///< leaves that are read with this one, for an answer
+    bool secret = false;                                  ///< its values are key texts
+    bool below_value = false;                             ///< below a leaf or leaf-list, where no node can be
 
     struct Place {
         const void *parent = nullptr;

@@ -109,6 +109,9 @@ rcode Request::Impl::place(const AddArguments &arguments)
     tell(arguments, node, 0);
     if (addressed && direction == Direction::reverse && !is_read() && value == nullptr)
         give_key_of_deleted(*node, arguments);
+    if (info->companions != nullptr && widened && node->parent != nullptr)
+        for (const std::string &companion : *info->companions)
+            read_beside(*node->parent, companion, naming);
     if (info->is_list && value != nullptr && info->keys->size() == 1) {
         AddArguments key = arguments;
         const std::string path = std::string(info->text) + '/' + info->keys->front();
@@ -124,6 +127,13 @@ rcode Request::Impl::place(const AddArguments &arguments)
     if (arguments.out_node != nullptr)
         *arguments.out_node = &node->record;
     return 0;
+}
+
+void Request::Impl::read_beside(OutputNode &parent, const std::string &path, const Naming &naming)
+{
+    PathInfo *const info = paths.intern(path);
+    if (info != nullptr && info->parent == parent.info && Output::find_named(parent, *info) == nullptr)
+        output.add_named(parent, *info, naming.ns_of(*info));
 }
 
 rcode Request::Impl::add_to_request_node(const AddArguments &arguments)

@@ -38,6 +38,15 @@ bool keep_answered(OutputNode &node)
     return answered;
 }
 
+/// Walkers have one code for what is no node, for state in an edit, and for what the router does not support.
+const char *why_unsupported(const PathInfo &parent, std::string_view tag)
+{
+    const PathInfo *const info = parent.child(tag);
+    if (info == nullptr)
+        return "there is no such node";
+    return info->is_state ? "it is state, and cannot be edited" : "this router does not support it";
+}
+
 } // namespace
 
 constinit thread_local Request::Impl *serving_request [[gnu::tls_model("initial-exec")]] = nullptr;
@@ -94,8 +103,10 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
 void Request::Impl::note_error_path()
 {
     error_path = hierarchy.text();
-    if (!in_fill())
-        refused_path = error_path;
+    if (in_fill())
+        return;
+    refused_path = error_path;
+    refused_at = hierarchy.empty() ? nullptr : hierarchy.top().path;
 }
 
 /// A mapper may say why it refuses, and not where: at the node on top, or at the leaf in it that was matched last.
@@ -228,6 +239,12 @@ const char *Request::foreign_tag() const
     return impl_->foreign_tag;
 }
 
+const char *Request::deleted_text(const rdl_tqm_datatree &node) const
+{
+    const auto found = impl_->deleted_texts.find(&node);
+    return found == impl_->deleted_texts.end() ? nullptr : found->second;
+}
+
 std::span<const LeftOut> Request::left_out() const
 {
     return impl_->left_out;
@@ -280,6 +297,8 @@ Error Request::error(rcode code) const
     else
         error.tag = impl_->refused_tag;
     error.path = impl_->refused_path;
+    if (!has_message && code == TQM_ERR_UNSUPPORTED && impl_->refused_at != nullptr && !error.tag.empty())
+        error.text = error.tag + ": " + why_unsupported(*impl_->refused_at, error.tag);
     error.error_tag = tag_of(code);
     error.bad_element = error.tag;
     return error;

@@ -134,6 +134,7 @@ struct Request::Impl {
     // What was noted outside fills. A walk that has failed may fill yet, and the fill then notes paths and replaces the
     // tag.
     std::string refused_path;
+    const PathInfo *refused_at = nullptr; ///< the schema node of refused_path
     const char *matched_tag = nullptr; ///< the tag of the request that was found to be another last
     std::string refused_tag;
     /// The child of a walked node whose value a mapper has looked up last.
@@ -164,6 +165,7 @@ private:
     rcode place(const AddArguments &arguments);
     void tell(const AddArguments &arguments, const OutputNode *node, rcode code) const;
     Naming naming_for(const AddArguments &arguments, const PathInfo &info);
+    void read_beside(OutputNode &parent, const std::string &path, const Naming &naming);
     rcode add_to_request_node(const AddArguments &arguments);
     OutputNode *node_for(PathInfo &info, const Naming &naming, bool addressed);
     OutputNode *forward_entry(PathInfo &list, const Naming &naming, bool addressed);

@@ -44,6 +44,8 @@ uint32_t count_elements(pugi::xml_node element, bool &split)
     return count;
 }
 
+void replace_all(Request::Impl &request);
+
 class Converter
 {
 public:
@@ -180,6 +182,10 @@ Expected<void> Converter::run()
     }
     if (!error_.text.empty())
         return tl::make_unexpected(error_);
+    if (count == 0 && is_edit_ && !reverse_ && content_.default_operation == DefaultOperation::replace) {
+        replace_all(request_); // an empty <config> takes everything's place
+        return {};
+    }
     request_.trees = {trees, count};
     return {};
 }
@@ -433,7 +439,10 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
 {
     const bool is_container = info != nullptr && info->is_container;
     const char *value = whole_text(element, split);
-    if (is_blank(value)) {
+    // White space is the value of a text (RFC 7950, section 9.4), where an edit gives it to one.
+    const bool holds_text = info != nullptr && (info->is_leaf || info->is_leaf_list) && !info->is_unspaced;
+    const bool is_text = is_edit_ && !reverse_ && holds_text && *value != '\0' && child_elements == 0;
+    if (is_blank(value) && !is_text) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
         if (!reverse_ || child_elements != 0 || is_container)
             return true;
@@ -509,6 +518,16 @@ void select_all(Request::Impl &request)
     tree->tag = request.arena.copy(top->oc_top);
     tree->ns = request.intern_ns(top->oc_ns);
     request.trees = {tree, 1};
+}
+
+/// The tree of an edit that leaves nothing.
+void replace_all(Request::Impl &request)
+{
+    select_all(request);
+    for (uint32_t i = 0; i < request.trees.count; ++i) {
+        request.trees.nodes[i].operation = TQM_OP_REPLACE;
+        request.trees.nodes[i].present |= TQM_PRESENT_OPERATION;
+    }
 }
 
 } // namespace

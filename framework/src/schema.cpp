@@ -97,6 +97,17 @@ void Schema::add_marker(std::string path, std::string marker)
     markers_.insert_or_assign(std::move(path), std::move(marker));
 }
 
+void Schema::add_companion(std::string path, std::string companion)
+{
+    companions_[std::move(path)].push_back(std::move(companion));
+}
+
+const std::vector<std::string> *Schema::companions(std::string_view path) const
+{
+    const auto found = companions_.find(path);
+    return found == companions_.end() ? nullptr : &found->second;
+}
+
 const char *Schema::marker(std::string_view path) const
 {
     const auto found = markers_.find(path);
@@ -110,9 +121,9 @@ void Schema::add_module(std::string name, std::string ns, std::string prefix)
     module_ns_.emplace(std::move(name), std::move(ns));
 }
 
-void Schema::add_ns(std::string path, std::string ns)
+void Schema::add_ns(std::string path, const std::string &ns)
 {
-    node_ns_.try_emplace(std::move(path), std::move(ns));
+    node_ns_.try_emplace(std::move(path), ns);
 }
 
 std::string_view Schema::prefix_of(std::string_view ns) const

@@ -30,6 +30,9 @@ const lysc_node *find_by_name(const lysc_node *parent, const lysc_module *module
     return nullptr;
 }
 
+// The first key of an interface that is there; those of hardware that is still to come have another.
+constexpr const char *interface_in_use = "act";
+
 const lysc_node *schema_at(const ly_ctx *context, const char *path)
 {
     return lys_find_path(context, nullptr, path, 0);
@@ -176,7 +179,8 @@ bool Visibility::shown(const lyd_node *entry) const
     }
     if (entry->schema == interface_) {
         const lyd_node *macsec = find_single(entry, nullptr, interface_macsec_);
-        return macsec && find_single(macsec, nullptr, psk_key_chain_);
+        return std::strcmp(lyd_get_value(lyd_child(entry)), interface_in_use) == 0 && macsec &&
+               find_single(macsec, nullptr, psk_key_chain_);
     }
     return true;
 }

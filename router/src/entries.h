@@ -45,7 +45,8 @@ std::string text_of_keys(const lyd_node *entry);
 // Adds an entry, with all keys, below `parent`; null if libyang refuses.
 lyd_node *new_entry(lyd_node *parent, const lysc_node *list, const Keys &keys);
 
-// Which entries OpenConfig shows. All, but for key chains that are not MACsec's and interfaces without a key chain.
+// Which entries OpenConfig shows. All, but for key chains that are not MACsec's, and interfaces that are not in use or
+// have no key chain.
 class Visibility
 {
 public:

@@ -3,9 +3,11 @@
 #include "read.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace router
@@ -35,16 +37,31 @@ struct Reader::Choice {
     // The child of this schema node and with these keys, made if it is not there.
     Choice &child(const lysc_node *schema, const Keys &keys)
     {
-        std::string text(reinterpret_cast<const char *>(&schema), sizeof schema);
-        for (const char *value : keys.values) {
-            text += value ? '=' : '-';
-            text.append(value ? value : "").push_back('\0');
-        }
-        const auto [place, is_new] = place_of.try_emplace(std::move(text), children.size());
+        const auto [place, is_new] = place_of.try_emplace(text_of(schema, keys), children.size());
         if (is_new) {
             children.push_back({schema, keys, std::make_unique<Choice>()});
         }
         return *children[place->second].choice;
+    }
+
+    static std::string text_of(const lysc_node *schema, const Keys &keys)
+    {
+        std::string text = std::to_string(reinterpret_cast<std::uintptr_t>(schema));
+        for (const char *value : keys.values) {
+            text += value ? '=' : '-';
+            text.append(value ? value : "").push_back('\0');
+        }
+        return text;
+    }
+    // The child with all keys that chooses `entry`; null if none does.
+    const ChosenChild *choosing(const lyd_node *entry) const
+    {
+        Keys keys;
+        for (const lyd_node *key = lyd_child(entry); key && lysc_is_key(key->schema); key = key->next) {
+            keys.values[keys.wanted++] = lyd_get_value(key);
+        }
+        const auto found = place_of.find(text_of(entry->schema, keys));
+        return found == place_of.end() ? nullptr : &children[found->second];
     }
 
     bool whole = false;                // all that is below the node
@@ -163,9 +180,45 @@ void Reader::walk_chosen(const lyd_node *node, const Choices &choices)
 
 void Reader::select(const Choice &choice, const lyd_node *parent, Selection &selection)
 {
+    std::unordered_set<const lysc_node *> done;
     for (const ChosenChild &child : choice.children) {
-        select(child, parent, selection);
+        if (done.contains(child.schema)) {
+            continue;
+        }
+        if (!child.keys.all() || child.schema->nodetype != LYS_LIST ||
+            !select_by_entry(choice, child.schema, parent, selection)) {
+            select(child, parent, selection);
+        } else {
+            done.insert(child.schema);
+        }
     }
+}
+
+// Where a list has fewer entries than keys were named of it, the entries are looked up among the keys. False where it
+// is the other way round, and nothing is done.
+bool Reader::select_by_entry(const Choice &choice, const lysc_node *list, const lyd_node *parent, Selection &selection)
+{
+    std::vector<const lyd_node *> entries;
+    lyd_node *first = nullptr;
+    lyd_find_sibling_val(lyd_child(parent), list, nullptr, 0, &first);
+    for (const lyd_node *node = first; node && node->schema == list; node = node->next) {
+        entries.push_back(node);
+        if (entries.size() >= choice.children.size()) {
+            return false;
+        }
+    }
+    for (const lyd_node *entry : entries) {
+        const ChosenChild *chosen = visibility_.shown(entry) ? choice.choosing(entry) : nullptr;
+        if (chosen) {
+            selection.add(entry, chosen->choice.get());
+        }
+    }
+    for (const ChosenChild &child : choice.children) {
+        if (child.schema == list && !child.keys.all()) {
+            select(child, parent, selection);
+        }
+    }
+    return true;
 }
 
 void Reader::select(const ChosenChild &chosen, const lyd_node *parent, Selection &selection)

@@ -33,6 +33,7 @@ private:
     void add(const EditNode &filter, const lysc_node *schema, Choice &choice) const;
     const Choice *marker(const lysc_node *list);
     void select(const Choice &choice, const lyd_node *parent, Selection &selection);
+    bool select_by_entry(const Choice &choice, const lysc_node *list, const lyd_node *parent, Selection &selection);
     void select(const ChosenChild &child, const lyd_node *parent, Selection &selection);
     void walk(const lyd_node *node, const Choices &choices);
     void walk_all(const lyd_node *node);

@@ -110,6 +110,8 @@ std::string rule_of(const lysc_type *type)
         }
         return text;
     }
+    case LY_TYPE_LEAFREF:
+        return rule_of(reinterpret_cast<const lysc_type_leafref *>(type)->realtype);
     case LY_TYPE_UINT8:
     case LY_TYPE_UINT16:
     case LY_TYPE_UINT32:

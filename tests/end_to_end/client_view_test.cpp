@@ -139,8 +139,8 @@ TEST_F(ClientView, ADryRunTellsWhatAnEditWouldDoAndDoesNothing)
     EXPECT_EQ(dry_run(in_policies(policy("P", "<key-server-priority>2</key-server-priority>"
                                               "<delay-protection>true</delay-protection>")))
                   .out,
-              "would set " + place + "/delay-protection\nwould change " + place + "/key-server-priority: 1 -> 2\n");
-    EXPECT_EQ(dry_run("<mka><policies nc:operation='delete'/></mka>").out, "would remove /macsec\n");
+              "would change " + place + "/key-server-priority: 1 -> 2\nwould set " + place + "/delay-protection\n");
+    EXPECT_EQ(dry_run("<mka><policies nc:operation='delete'/></mka>").out, "would remove " + place + "\n");
     EXPECT_EQ(dry_run(in_policies(policy("P", ""))).out, "would change nothing\n");
     EXPECT_NE(dry_run(in_policies(policy("P", "<key-server-priority>2</key-server-priority>")), {"--json"})
                   .out.find("\"before\": \"1\",\n      \"value\": \"2\""),

@@ -233,7 +233,7 @@ TEST_F(Read, UnsupportedLeavesFailAReadThatNamesThem)
         const Outcome named =
             get_config(in_policies(std::string("<policy><name>P1</name><config>") + leaf + "</config></policy>"));
         EXPECT_EQ(named.status, 1);
-        EXPECT_EQ(named.err, "error: the node is not supported\n"
+        EXPECT_EQ(named.err, "error: use-updated-eth-header: this router does not support it\n"
                              "  error-tag: unknown-element\n"
                              "  path: /macsec/mka/policies/policy[name='P1']/config\n"
                              "  tag: use-updated-eth-header\n"

@@ -267,11 +267,11 @@ TEST_F(Editing, FindsEntriesByOneKeyThatTheSameEditMadeAndUnmade)
     EXPECT_EQ(error_of(interfaces({
                   interface("", "Eth0", {psk(none, {leaf("policy-name", "P1")})}),
                   at("interface-configuration", delete_, {leaf("active", "act"), leaf("interface-name", "Eth0")}),
-                  interface("pre", "Eth0", {psk(merge)}),
+                  interface("act", "Eth0", {psk(merge)}),
                   interface("", "Eth0", {psk(none, {leaf("policy-name", "P2")})}),
               })),
               "");
-    EXPECT_EQ(read(all_interfaces()), "interface-configurations{interface-configuration{active=pre interface-name=Eth0 "
+    EXPECT_EQ(read(all_interfaces()), "interface-configurations{interface-configuration{active=act interface-name=Eth0 "
                                       "macsec{psk-key-chain{policy-name=P2 } } } } ");
 }
 

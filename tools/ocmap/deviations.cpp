@@ -35,8 +35,8 @@ constexpr const char *header = R"(module tarvex-openconfig-macsec-deviations {
 
   typedef date-and-time {
     type string {
-      pattern '\d{4}-\d{2}-\d{2}T\d{2}:\d{2}:\d{2}(\.\d+)?'
-            + 'Z?([\+\-]\d{2}:\d{2})?';
+      pattern '[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}(\.[0-9]+)?'
+            + 'Z?([\+\-][0-9]{2}:[0-9]{2})?';
     }
     description
       "A date and a time of day in the router's local time: a zone may be

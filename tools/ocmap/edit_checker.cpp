@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "tqm/tree.h"
 
@@ -50,6 +52,12 @@ std::optional<std::string> nearest(std::string_view name, const std::vector<std:
     return found;
 }
 
+// What stands around a node: the keys of its list entry, if that is its container's parent.
+struct Around {
+    std::vector<std::pair<std::string, std::string>> keys = {}; // of the entry around the container
+    bool is_entry = false;                                      // the node around is that entry itself
+};
+
 class Walk
 {
 public:
@@ -62,7 +70,7 @@ public:
     {
         const rdl_tqm_datatree &top = edit_.top();
         const Node schema = model_.top(top.ns, top.tag);
-        if (schema != nullptr && !check(top, schema)) {
+        if (schema != nullptr && !check(top, schema, {})) {
             return tl::unexpected(*error_);
         }
         return {};
@@ -77,22 +85,22 @@ private:
         return false;
     }
 
-    bool check(const rdl_tqm_datatree &node, Node schema)
+    bool check(const rdl_tqm_datatree &node, Node schema, const Around &around)
     {
         const std::size_t outer = path_.size();
         path_.append("/").append(node.tag);
-        const bool good = router::ClientModel::has_values(schema)
-                              ? check_value(node, schema)
-                              : check_keys(node, schema) && check_children(node, schema);
+        const bool good = router::ClientModel::has_values(schema) ? check_value(node, schema, around)
+                                                                  : check_inner(node, schema, around);
         path_.resize(good ? outer : path_.size());
         return good;
     }
 
-    bool check_keys(const rdl_tqm_datatree &node, Node schema)
+    bool check_inner(const rdl_tqm_datatree &node, Node schema, const Around &around)
     {
         if (!router::ClientModel::is_list(schema)) {
-            return true;
+            return check_children(node, schema, {around.is_entry ? around.keys : decltype(around.keys)(), false});
         }
+        Around entry{{}, true};
         std::optional<std::string> lacking;
         for (const std::string &key : router::ClientModel::keys(schema)) {
             const char *value = nullptr;
@@ -102,29 +110,37 @@ private:
             });
             if (value != nullptr) {
                 tqm::append_key(path_, key, value);
+                entry.keys.emplace_back(key, value);
             } else if (!lacking) {
                 lacking = key;
             }
         }
-        return !lacking ||
-               refuse(tqm::ErrorTag::missing_element, "the entry lacks its key '" + *lacking + "'", *lacking);
+        if (lacking) {
+            return refuse(tqm::ErrorTag::missing_element, "the entry lacks its key '" + *lacking + "'", *lacking);
+        }
+        return check_children(node, schema, entry);
     }
 
-    // What a deletion names beside keys is not looked at: it is refused as a whole.
-    bool check_children(const rdl_tqm_datatree &node, Node schema)
+    // What a deletion names beside keys is not looked at: it is refused as a whole. Elements of other modules are
+    // refused by whoever knows those.
+    bool check_children(const rdl_tqm_datatree &node, Node schema, const Around &around)
     {
-        return tqm::takes_away(node) || edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
-            // Elements of other modules are refused by whoever knows those.
-            return std::strcmp(child.ns, node.ns) != 0 || check_child(child, schema);
+        if (tqm::takes_away(node) && !router::ClientModel::is_list(schema)) {
+            return true;
+        }
+        std::set<std::pair<Node, std::string>> seen;
+        return edit_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
+            return std::strcmp(child.ns, node.ns) != 0 || check_child(child, schema, around, seen);
         });
     }
 
-    bool check_child(const rdl_tqm_datatree &child, Node parent)
+    bool check_child(const rdl_tqm_datatree &child, Node parent, const Around &around,
+                     std::set<std::pair<Node, std::string>> &seen)
     {
         const Node schema = model_.child(parent, child.tag);
         const bool good = schema != nullptr && !router::ClientModel::is_state(schema) && model_.is_supported(schema);
         if (good) {
-            return check(child, schema);
+            return check(child, schema, around) && check_once(child, schema, seen);
         }
         path_.append("/").append(child.tag);
         if (schema == nullptr) {
@@ -138,18 +154,47 @@ private:
                       is_state ? "it is state, and cannot be edited" : "this router does not support it", child.tag);
     }
 
-    // What is taken away needs no value, but for one of several.
-    bool check_value(const rdl_tqm_datatree &node, Node schema)
+    // Entries of a list differ in their keys, values of a leaf-list in themselves (RFC 7950, sections 7.7 and 7.8.2).
+    bool check_once(const rdl_tqm_datatree &child, Node schema, std::set<std::pair<Node, std::string>> &seen)
+    {
+        std::string name;
+        if (router::ClientModel::is_leaf_list(schema)) {
+            const char *const text = edit_.text(child);
+            tqm::append_key(name, ".", text == nullptr ? "" : text);
+        } else if (router::ClientModel::is_list(schema)) {
+            tqm::append_keys(name, child, router::ClientModel::keys(schema));
+        } else {
+            return true;
+        }
+        if (seen.emplace(schema, name).second) {
+            return true;
+        }
+        path_.append("/").append(child.tag).append(name);
+        return refuse(tqm::ErrorTag::bad_element, "it stands twice", child.tag);
+    }
+
+    bool check_value(const rdl_tqm_datatree &node, Node schema, const Around &around)
     {
         const bool goes = tqm::takes_away(node);
         const char *const value = edit_.text(node);
+        const auto key = std::ranges::find(around.keys, node.tag, [](const auto &known) { return known.first; });
+        const bool repeats_key = !around.is_entry && key != around.keys.end();
+        if (repeats_key && goes) {
+            return refuse(tqm::ErrorTag::operation_not_supported,
+                          "it repeats the key of its entry and goes with it: delete the entry");
+        }
+        // What is taken away needs no value, but for one of several.
         if (goes && !router::ClientModel::is_leaf_list(schema)) {
             return true;
         }
         if (const auto fault = model_.value_fault(schema, value)) {
-            return refuse(tqm::ErrorTag::invalid_value, *fault, node.tag);
+            return refuse(tqm::ErrorTag::invalid_value, *fault);
         }
-        if (value != nullptr && !goes && model_.drops_zone(schema, value)) {
+        if (repeats_key && (value == nullptr || key->second != value)) {
+            return refuse(tqm::ErrorTag::invalid_value, std::string("'") + (value == nullptr ? "" : value) +
+                                                            "' must be '" + key->second + "', the key of its entry");
+        }
+        if (value != nullptr && !goes && edit_.takes_part(node) && model_.drops_zone(schema, value)) {
             notes_.push_back(path_ + ": of '" + value +
                              "' the fraction of a second, the zone and the offset are dropped");
         }

@@ -59,6 +59,11 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
     schema_.add_marker("/keychains/keychain", "/keychains/keychain/macsec-keychain");
     schema_.add_marker("/interface-configurations/interface-configuration",
                        "/interface-configurations/interface-configuration/macsec/psk-key-chain");
+    // An end that is kept as a duration is told from the start.
+    const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
+    for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
+        schema_.add_companion(lifetime + "life-time", lifetime + "start-" + part);
+    }
     for (router::LeafForm &leaf : models_.leaf_forms()) {
         schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
@@ -75,7 +80,7 @@ Environment::Environment(router::Models models, tqm::Plugin plugin)
 
 void Environment::add_node(router::NodeInfo node)
 {
-    schema_.add_ns(node.path, std::move(node.ns));
+    schema_.add_ns(node.path, node.ns);
     if (node.unspaced) {
         schema_.add_unspaced(node.path);
     }

@@ -50,7 +50,7 @@ class RequestOutline
 {
 public:
     RequestOutline(const tqm::Schema &schema, tqm::Request &request, Explanation &explanation)
-        : schema_(schema), explanation_(explanation)
+        : schema_(schema), request_(request), explanation_(explanation)
     {
         for (const tqm::LeftOut &left : request.left_out()) {
             left_out_.emplace(left.parent, &left);
@@ -76,7 +76,7 @@ public:
     {
         std::optional<std::size_t> found;
         for (std::size_t i = 0; i < explanation_.request.size() && (!found || i <= last.value_or(0)); ++i) {
-            if (explanation_.request[i].path == path) {
+            if (is_at(explanation_.request[i], path)) {
                 found = i;
             }
         }
@@ -84,6 +84,17 @@ public:
     }
 
 private:
+    // `path` may end in a leaf-list's value, "[.='x']".
+    static bool is_at(const RequestNode &node, const std::string &path)
+    {
+        if (node.path == path || !node.value || !path.starts_with(node.path)) {
+            return node.path == path;
+        }
+        std::string with_value = node.path;
+        tqm::append_key(with_value, ".", *node.value);
+        return with_value == path;
+    }
+
     void add(const rdl_tqm_datatree &node, std::size_t depth, const std::string &outer_schema_path,
              const std::string &outer_path)
     {
@@ -98,6 +109,8 @@ private:
         }
         if ((node.present & TQM_PRESENT_VALUE) != 0) {
             shown.value = shown_value(schema_, schema_path, node.value);
+        } else if (schema_.is_leaf_list(schema_path)) { // a value that goes is told by itself
+            shown.value = shown_value(schema_, schema_path, request_.deleted_text(node));
         }
         if ((node.present & TQM_PRESENT_OPERATION) != 0) {
             shown.operation = tqm::operation_name(node.operation);
@@ -132,6 +145,7 @@ private:
     }
 
     const tqm::Schema &schema_;
+    const tqm::Request &request_;
     Explanation &explanation_;
     std::unordered_map<const char *, std::size_t> by_tag_;
     std::multimap<const rdl_tqm_datatree *, const tqm::LeftOut *> left_out_; // equal keys stay in document order
@@ -433,15 +447,17 @@ void note_refusal(Explanation &explanation, const RequestOutline &outline, const
     if (!position && !error.tag.empty()) {
         position = outline.position_of_path(error.path + "/" + error.tag, last);
     }
-    if (!position && !error.path.empty()) { // of a leaf-list without the value
-        position = outline.position_of_path(error.path.substr(0, error.path.find("[.=")), last);
+    if (!position && !error.path.empty()) {
+        position = outline.position_of_path(error.path, last);
     }
     if (!position) {
         position = last;
     }
     if (position) {
         explanation.request[*position].fate = Fate::refused;
-        explanation.request[*position].reason = text_at_place(error);
+        std::string &reason = explanation.request[*position].reason;
+        reason = text_at_place(error);
+        reason += error.native_text.empty() ? "" : " (" + error.native_path + ": " + error.native_text + ")";
     }
 }
 

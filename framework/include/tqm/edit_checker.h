@@ -22,6 +22,8 @@ public:
     /// Calls `visit` with the children of `node` in document order, those among them that the walk will not see, as
     /// they say nothing under the default-operation none. Stops where `visit` says false, and says so.
     virtual bool for_each_child(const rdl_tqm_datatree &node, const Visit &visit) const = 0;
+    /// False for a node that the walk will not see.
+    virtual bool takes_part(const rdl_tqm_datatree &node) const = 0;
     /// The text of a node as it was given, null if there was none. A walker does not get the text of a deleted node;
     /// here it is.
     virtual const char *text(const rdl_tqm_datatree &node) const = 0;

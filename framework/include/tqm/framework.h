@@ -92,6 +92,7 @@ private:
     Expected<std::shared_ptr<Request>> load(Document document, uint32_t kind, bool widened = false) const;
     Expected<std::shared_ptr<Request>> walk_forward(Document document, uint32_t kind, bool widened = false) const;
     void head(const char *heading) const;
+    Expected<void> check_values(Request &request) const;
     Error in_clients_terms(NativeError error, Request &request) const;
     Expected<Trees> read(std::optional<Document> document, NativeSide &native, uint32_t kind);
     Expected<void> walk_request(Request &request) const;

@@ -77,6 +77,8 @@ public:
     /// Tag of an edit's first element of another namespace, known by its address as entered() nodes are. Null if there
     /// is none.
     const char *foreign_tag() const;
+    /// The text that the document has at a deleted node, which the walkers do not get; null if it has none.
+    const char *deleted_text(const rdl_tqm_datatree &node) const;
     /// In document order; empty without an observer.
     std::span<const LeftOut> left_out() const;
 

@@ -46,12 +46,16 @@ public:
     /// own delete takes it away.
     void add_marker(std::string path, std::string marker);
 
+    /// Declares that the client's form of the native leaf at `path` depends on that at `companion` beside it: who reads
+    /// the one for an answer reads the other, too.
+    void add_companion(std::string path, std::string companion);
+
     /// Declares a module, by whose name JSON documents call its namespace, with the prefix that instance-identifiers
     /// have for it.
     void add_module(std::string name, std::string ns, std::string prefix = {});
     /// Declares the namespace of the node at `path`. Top nodes of several models may share their path: what is below
     /// tells them apart.
-    void add_ns(std::string path, std::string ns);
+    void add_ns(std::string path, const std::string &ns);
     /// Declares that the values of the leaf at `path` are secrets: no journal, page or error shows one.
     void add_secret(std::string path);
 
@@ -75,6 +79,8 @@ public:
     bool is_leaf(std::string_view path) const;
     bool is_container(std::string_view path) const;
     bool is_unspaced(std::string_view path) const;
+    /// Paths of the companions of the leaf at `path`; null if it has none.
+    const std::vector<std::string> *companions(std::string_view path) const;
     /// The marker of the native list at `path`; null if its entries need none.
     const char *marker(std::string_view path) const;
     /// True if no value of the node at `path` may be shown: that is a secret, or no leaf or leaf-list, as a secret
@@ -100,6 +106,7 @@ private:
     Map<std::string> ns_prefix_;
     Map<std::string> node_ns_;
     Map<std::string> markers_;
+    Map<std::vector<std::string>> companions_;
     Map<JsonType> json_types_;
     Paths state_;
     Paths leaf_lists_;

@@ -49,8 +49,8 @@ inline bool takes_away(const rdl_tqm_datatree &node)
     return takes_away(operation_of(node));
 }
 
-/// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). Texts with both kinds of
-/// quotes stay as they are.
+/// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). A text with a single quote
+/// stands in double ones, where double quotes and backslashes have a backslash before them, as in strings of YANG.
 void append_key(std::string &path, std::string_view key, std::string_view value);
 /// Appends those of the keys that `entry` has as children with a value.
 void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys);
