@@ -126,6 +126,8 @@ struct Request::Impl {
     const char *last_ns = nullptr;
     std::string list_context_path; ///< as tqm_map_copy_trim_path_list_ctx left it
     uint32_t trace_index = 0;      ///< number of the last trace line
+    /// An operation could not get memory. It has not told its caller, which may be a mapper that knows no exceptions.
+    bool out_of_memory = false;
 
 private:
     struct Naming; ///< which namespace goes to which part of a path

@@ -5,6 +5,7 @@
 #include "document.h"
 #include "edit.h"
 #include "entries.h"
+#include "memory.h"
 #include "operational.h"
 #include "read.h"
 #include "report.h"
@@ -50,11 +51,15 @@ Expected<Tree> load(const Models &models, const StoreFile &file)
 
 Expected<Tree> copy_of(const Tree &tree)
 {
+    const MemoryWatch watch;
     lyd_node *copy = nullptr;
     if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
+        watch.check();
         return tl::unexpected(Error{"operation-failed: libyang cannot copy the configuration", ""});
     }
-    return Tree(copy);
+    Tree whole(copy);
+    watch.check();
+    return whole;
 }
 
 Expected<void> validate(const ly_ctx *context, Tree &tree)
@@ -62,9 +67,11 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     if (!tree) {
         return {};
     }
+    const MemoryWatch watch;
     lyd_node *validated = tree.release();
     const LY_ERR code = lyd_validate_all(&validated, context, LYD_VALIDATE_PRESENT | LYD_VALIDATE_NO_STATE, nullptr);
     tree.reset(validated);
+    watch.check();
     if (code) {
         return tl::unexpected(Error{"operation-failed: " + document_fault(context), ""});
     }
@@ -106,7 +113,10 @@ Expected<void> Datastore::edit(const EditNode *trees)
     }
     const ly_ctx *context = state_->models.context();
     Editor editor(context, state_->visibility, *copy);
-    if (auto applied = editor.apply(trees); !applied) {
+    const MemoryWatch watch;
+    auto applied = editor.apply(trees);
+    watch.check();
+    if (!applied) {
         return applied;
     }
     if (!editor.changed()) {
@@ -135,14 +145,18 @@ Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
     const lyd_node *top = state_->configuration.get();
     if (filter.ns && std::strcmp(filter.ns, ns::operational) == 0) {
         if (!state_->state_is_given && !state_->derived_state) {
+            const MemoryWatch watch;
             state_->derived_state = derive_state(context, state_->visibility, top);
+            watch.check();
         }
         top = state_->state_is_given ? state_->given_state.get() : state_->derived_state.get();
         if (!top && !state_->state_is_given) {
             return tl::unexpected(Error{"operation-failed: libyang cannot make the operational data", ""});
         }
     }
+    const MemoryWatch watch;
     Reader(context, state_->visibility, sink).read(filter, top);
+    watch.check();
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include "document.h"
 
 #include "entries.h"
+#include "memory.h"
 #include "report.h"
 #include "router/models.h"
 
@@ -160,11 +161,13 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
     } else if (!unwrap(text)) {
         return fault("it is not well-formed XML");
     }
+    const MemoryWatch watch;
     lyd_node *parsed = nullptr;
     ly_err_clean(const_cast<ly_ctx *>(context), nullptr);
     const LY_ERR code = lyd_parse_data_mem(context, text.c_str(), json ? LYD_JSON : LYD_XML, LYD_PARSE_STRICT | options,
                                            LYD_VALIDATE_PRESENT, &parsed);
     Tree tree(parsed);
+    watch.check();
     if (code) {
         return fault(document_fault(context));
     }
@@ -245,11 +248,14 @@ Expected<std::string> print_configuration(const lyd_node *tree)
 {
     std::string document = envelope_open;
     if (tree) {
+        const MemoryWatch watch;
         char *printed = nullptr;
-        if (lyd_print_mem(&printed, tree, LYD_XML, LYD_PRINT_WITHSIBLINGS)) {
+        const LY_ERR code = lyd_print_mem(&printed, tree, LYD_XML, LYD_PRINT_WITHSIBLINGS);
+        const Text text(printed);
+        watch.check();
+        if (code) {
             return fault("libyang cannot print the configuration");
         }
-        const Text text(printed);
         document += text.get() ? text.get() : "";
     }
     document += envelope_close;

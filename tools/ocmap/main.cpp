@@ -1,5 +1,6 @@
 // ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
 // commands do stands in commands.cpp.
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -24,18 +25,26 @@ namespace
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
-void report(const tqm::Error &error)
+std::string text_of(const tqm::Error &error)
 {
-    std::fprintf(stderr, "error: %s\n", ocmap::printable(error.text).c_str());
+    std::string text = "error: " + ocmap::printable(error.text) + "\n";
     if (!error.path.empty()) {
-        std::fprintf(stderr, "  path: %s\n", ocmap::printable(error.path).c_str());
+        text += "  path: " + ocmap::printable(error.path) + "\n";
     }
     if (!error.tag.empty()) {
-        std::fprintf(stderr, "  tag: %s\n", ocmap::printable(error.tag).c_str());
+        text += "  tag: " + ocmap::printable(error.tag) + "\n";
     }
     if (error.code) {
-        std::fprintf(stderr, "  code: 0x%08x\n", *error.code);
+        std::array<char, sizeof "  code: 0x00000000\n"> code = {};
+        std::snprintf(code.data(), code.size(), "  code: 0x%08x\n", *error.code);
+        text += code.data();
     }
+    return text;
+}
+
+void report(const tqm::Error &error)
+{
+    std::fputs(text_of(error).c_str(), stderr);
 }
 
 const std::map<std::string, uint32_t> kinds = {
@@ -132,9 +141,7 @@ bool close_memory_to_others()
     return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && setrlimit(RLIMIT_CORE, &none) == 0;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     if (!close_memory_to_others()) {
         report({std::string("cannot keep keys out of a core file: ") + std::strerror(errno)});
@@ -199,18 +206,25 @@ int main(int argc, char **argv)
         report({ocmap::usage_error(app, error)});
         return exit_usage;
     }
-    // The commands' own errors are values; what is thrown is the standard library's, for want of memory above all.
-    tqm::Expected<void> done;
-    try {
-        done = chosen.run(options);
-    } catch (const std::bad_alloc &) {
-        done = tl::unexpected(tqm::Error{"out of memory"});
-    } catch (const std::exception &error) {
-        done = tl::unexpected(tqm::Error{error.what()});
-    }
-    if (!done) {
+    if (const tqm::Expected<void> done = chosen.run(options); !done) {
         report(done.error());
         return exit_failure;
     }
     return 0;
+}
+
+} // namespace
+
+// The commands' own errors are values; what is thrown is the standard library's, for want of memory above all. There is
+// then none for a text either.
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc &) {
+        std::fputs("error: out of memory\n", stderr);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "error: %s\n", error.what());
+    }
+    return exit_failure;
 }
