@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 #include <sys/mman.h>
 
@@ -35,11 +36,11 @@ Arena::~Arena()
 
 char *Arena::new_chunk(std::size_t size)
 {
-    char *memory = allocate_large(size);
-    if (memory == nullptr)
-        std::abort(); // a request that does not fit into memory cannot be answered
-    chunks_.push_back(memory);
-    return memory;
+    chunks_.push_back(nullptr);
+    chunks_.back() = allocate_large(size);
+    if (chunks_.back() == nullptr)
+        throw std::bad_alloc();
+    return chunks_.back();
 }
 
 void Arena::grow(std::size_t at_least)

@@ -2,8 +2,11 @@
 #include "tqm/document.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include <sys/stat.h>
@@ -466,9 +469,10 @@ Expected<Document> Document::read(std::FILE *file)
         memory = larger;
     }
     if (memory == nullptr)
-        return failure(ErrorTag::resource_denied, "out of memory");
+        throw std::bad_alloc();
+    std::shared_ptr<char[]> buffer(memory, [](char *done) { std::free(done); });
     auto content = std::make_unique<Content>();
-    content->buffer = {memory, [](char *done) { std::free(done); }};
+    content->buffer = std::move(buffer);
     content->size = size;
     if (std::ferror(file) != 0)
         return failure(ErrorTag::operation_failed, std::string("the request cannot be read: ") + std::strerror(errno));
@@ -477,11 +481,12 @@ Expected<Document> Document::read(std::FILE *file)
 
 Expected<Document> Document::read_file(const std::filesystem::path &path)
 {
-    std::FILE *file = std::fopen(path.c_str(), "rbe");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
+    if (file == nullptr && errno == ENOMEM)
+        throw std::bad_alloc();
     if (file == nullptr)
         return failure(ErrorTag::operation_failed, "cannot open '" + path.string() + "': " + std::strerror(errno));
-    Expected<Document> document = read(file);
-    std::fclose(file);
+    Expected<Document> document = read(file.get());
     if (!document)
         document.error().text = path.string() + ": " + document.error().text;
     return document;
@@ -512,6 +517,8 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<Content> content)
                                      pugi::parse_doctype | pugi::parse_fragment;
     const pugi::xml_parse_result result =
         content->dom.load_buffer_inplace(content->buffer.get(), content->size, options, pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory)
+        throw std::bad_alloc();
     if (!result)
         return malformed(std::string("the request is no XML document: ") + result.description() + " at " +
                          lines.place_of(static_cast<std::size_t>(result.offset)));

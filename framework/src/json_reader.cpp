@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -98,6 +99,19 @@ private:
     const char *at_;
     const char **shown_;
 };
+
+/// What pugixml could not make for want of memory is false, null or without its name.
+void require_memory(bool made)
+{
+    if (!made)
+        throw std::bad_alloc();
+}
+
+void add_attribute(pugi::xml_node node, const char *name, const char *value)
+{
+    pugi::xml_attribute attribute = node.append_attribute(name);
+    require_memory(*attribute.name() != '\0' && attribute.set_value(value));
+}
 
 /// Each function takes one token in. False ends the parsing; the error is there then.
 class Handler final : public nlohmann::json_sax<Json>
@@ -229,7 +243,7 @@ private:
         if (find_bad_character(text) != text.npos)
             return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
         if (!text.empty())
-            leaf.append_child(pugi::node_pcdata).set_value(text.c_str());
+            require_memory(leaf.append_child(pugi::node_pcdata).set_value(text.c_str()));
         return true;
     }
 
@@ -252,10 +266,11 @@ private:
         pugi::xml_node node = !after   ? parent.append_child(name.c_str())
                               : *after ? parent.insert_child_after(name.c_str(), *after)
                                        : parent.prepend_child(name.c_str());
+        require_memory(*node.name() != '\0');
         if (!module.empty())
-            node.append_attribute("xmlns").set_value(module == "ietf-netconf" ? kNetconfNs : module.c_str());
+            add_attribute(node, "xmlns", module == "ietf-netconf" ? kNetconfNs : module.c_str());
         if (parent == root_)
-            node.append_attribute("xmlns:nc").set_value(kNetconfNs);
+            add_attribute(node, "xmlns:nc", kNetconfNs);
         return node;
     }
 
@@ -367,7 +382,7 @@ private:
         for (std::size_t i = 0; i < annotation.operations.size(); ++i) {
             pugi::xml_node node = nodes[i];
             if (!annotation.operations[i].empty())
-                node.append_attribute("nc:operation").set_value(annotation.operations[i].c_str());
+                add_attribute(node, "nc:operation", annotation.operations[i].c_str());
         }
         return true;
     }
@@ -398,6 +413,7 @@ bool is_json(std::string_view text)
 Expected<void> read_json(std::string_view text, Document::Content &content)
 {
     pugi::xml_node root = content.dom.append_child("data");
+    require_memory(*root.name() != '\0');
     Handler handler(root);
     const char *const end = text.data() + text.size();
     const char *read = text.data();
@@ -410,7 +426,7 @@ Expected<void> read_json(std::string_view text, Document::Content &content)
         return tl::make_unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {
-        content.dom.append_move(root.first_child());
+        require_memory(!content.dom.append_move(root.first_child()).empty());
         content.dom.remove_child(root);
     }
     content.json = true;

@@ -2,6 +2,7 @@
 // journal and faults that is one branch each.
 #pragma once
 
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -66,11 +67,36 @@ bool hides_value(const Request::Impl *request, std::string_view path);
 /// The same for a path that begins at some node.
 bool hides_value_below(const Request::Impl *request, std::string_view path);
 
+/// Runs what an operation does. The plug-in that has called it knows no exceptions: want of memory is noted in the
+/// request, which throws it again once no plug-in stands in between, and the plug-in is given `otherwise`.
+template <class Answer, class Body>
+Answer without_exceptions(Request::Impl *request, Answer otherwise, const Body &body) noexcept
+{
+    try {
+        return body();
+    } catch (const std::bad_alloc &) {
+        if (request != nullptr)
+            request->out_of_memory = true;
+        return otherwise;
+    }
+}
+
+/// The same for what gives no answer.
+template <class Body>
+void without_exceptions(Request::Impl *request, const Body &body) noexcept
+{
+    without_exceptions(request, 0, [&] {
+        body();
+        return 0;
+    });
+}
+
 /// What an operation without a result beside its code tells the journal about that.
 inline constexpr auto nothing_found = [](JournalLine &) {};
 
 /// Runs `body(request)` as operation `name`; `describe(line)` gives the journal its arguments and `found(line)` what it
-/// came back with. Without a request the answer is TQM_ERR_BAD_ARGS.
+/// came back with. Without a request the answer is TQM_ERR_BAD_ARGS, and once memory has run out in it
+/// TQM_ERR_INVALID_REQUEST: what was then being built is no longer whole.
 template <class Body, class Describe, class Found = decltype(nothing_found)>
 rcode run_operation(Request::Impl *request, const char *name, const Body &body, const Describe &describe,
                     const Found &found = nothing_found)
@@ -78,18 +104,22 @@ rcode run_operation(Request::Impl *request, const char *name, const Body &body, 
     if (request == nullptr)
         return TQM_ERR_BAD_ARGS;
     serving() = request;
-    rcode rc = request->watch.faults == nullptr ? 0 : request->watch.faults->on_call(name);
-    if (rc == 0)
-        rc = body(*request);
-    if (request->watch.journal != nullptr) {
-        JournalLine line(name);
-        describe(line);
-        line.result(rc);
+    if (request->out_of_memory)
+        return TQM_ERR_INVALID_REQUEST;
+    return without_exceptions(request, rcode{TQM_ERR_INVALID_REQUEST}, [&] {
+        rcode rc = request->watch.faults == nullptr ? 0 : request->watch.faults->on_call(name);
         if (rc == 0)
-            found(line);
-        request->watch.journal->write(line.view());
-    }
-    return rc;
+            rc = body(*request);
+        if (request->watch.journal != nullptr) {
+            JournalLine line(name);
+            describe(line);
+            line.result(rc);
+            if (rc == 0)
+                found(line);
+            request->watch.journal->write(line.view());
+        }
+        return rc;
+    });
 }
 
 /// Writes the line of an operation that has no result code.
@@ -98,9 +128,11 @@ void journal_call(Request::Impl *request, const char *name, const Describe &desc
 {
     if (request == nullptr || request->watch.journal == nullptr)
         return;
-    JournalLine line(name);
-    describe(line);
-    request->watch.journal->write(line.view());
+    without_exceptions(request, [&] {
+        JournalLine line(name);
+        describe(line);
+        request->watch.journal->write(line.view());
+    });
 }
 
 /// The same for the operations that are called so often that their lines must be asked for.

@@ -190,10 +190,11 @@ rcode tqm_map_datatree_add_path(tqm_map_ctx ctx, rdl_tqm_datatree *tree, const c
 rcode tqm_map_add_leaf_from_xpath(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out,
                                   const char *root, const char *ns, const char *const *components, uint32_t count)
 {
-    const std::string path = joined(components, count);
+    std::string path;
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_add_leaf_from_xpath",
         [&](Request::Impl &request) -> rcode {
+            path = joined(components, count);
             if (node == nullptr || out == nullptr || root == nullptr || path.empty() ||
                 !begins_with_component(path, root))
                 return TQM_ERR_BAD_ARGS;
@@ -234,20 +235,25 @@ rcode tqm_map_stitch_list_to_list(tqm_map_ctx ctx, tqm_map_xpath_ops *ops)
 rcode tqm_map_auto_stitch_list_to_list(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out,
                                        const char *ns, const char *const *components, uint32_t count)
 {
-    const std::string path = joined(components, count);
+    std::string path;
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_auto_stitch_list_to_list",
-        [&](Request::Impl &request) { return auto_stitch(request, node, out, ns, path); },
+        [&](Request::Impl &request) {
+            path = joined(components, count);
+            return auto_stitch(request, node, out, ns, path);
+        },
         [&](JournalLine &line) { line.text("", path.c_str()).ns(ns).node("node", node); });
 }
 
 rcode tqm_map_tree_xpath_operations(tqm_map_ctx ctx, tqm_map_xpath_ops *ops)
 {
-    const std::string path = ops == nullptr ? std::string() : std::string(bounded(ops->path));
+    const std::string_view path = ops == nullptr ? std::string_view() : bounded(ops->path);
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_tree_xpath_operations",
         [&](Request::Impl &request) { return look_up(request, ops); },
-        [&](JournalLine &line) { line.text("path", path.c_str()).node("tree", ops == nullptr ? nullptr : ops->tree); },
+        [&](JournalLine &line) {
+            line.text("path", std::string(path).c_str()).node("tree", ops == nullptr ? nullptr : ops->tree);
+        },
         [&](JournalLine &line) { line.found("data", ops->data, hides_value_below(Request::Impl::of(ctx), path)); });
 }
 

@@ -73,7 +73,8 @@ char *tqm_strdup(const char *text, const char *owner)
     if (request == nullptr)
         return text == nullptr ? nullptr : strdup(text);
     const bool fault = request->watch.faults != nullptr && request->watch.faults->on_call("tqm_strdup") != 0;
-    char *copy = fault ? nullptr : request->duplicate(text);
+    char *none = nullptr;
+    char *copy = fault ? nullptr : without_exceptions(request, none, [&] { return request->duplicate(text); });
     journal_call(request, "tqm_strdup",
                  [&](JournalLine &line) { line.text("", text).text("owner", owner).result_text(copy); });
     return copy;
@@ -98,7 +99,7 @@ void plat_named_free(void *pointer)
     }
     journal_call(request, "plat_named_free",
                  [&](JournalLine &line) { line.text("", static_cast<const char *>(pointer)).done(); });
-    request->free_text(pointer);
+    without_exceptions(request, [&] { request->free_text(pointer); });
 }
 
 const char *rcode_strerror(rcode rc)
@@ -134,7 +135,9 @@ void _plat_dt_log_filter_adv(tqm_log_handle handle, uint32_t, uint32_t, uint32_t
     va_end(arguments);
     journal_question(request, "_plat_dt_log_filter_adv", [&](JournalLine &line) { line.result_text(text); });
     if (request->watch.log)
-        request->watch.log(handle == request->context.record.err_log ? TQM_LOG_ERROR : TQM_LOG_TRACE, text);
+        without_exceptions(request, [&] {
+            request->watch.log(handle == request->context.record.err_log ? TQM_LOG_ERROR : TQM_LOG_TRACE, text);
+        });
 }
 
 uint32_t ret_nc_tqm_trace_index_incr(void)
@@ -153,7 +156,7 @@ void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line)
         return;
     journal_question(request, "_rbtrace", [&](JournalLine &entry) { entry.number("flags", flags).result_text(line); });
     if (request->watch.trace)
-        request->watch.trace(line);
+        without_exceptions(request, [&] { request->watch.trace(line); });
 }
 
 } // extern "C"

@@ -231,7 +231,7 @@ int tqm_map_do_these_match(const char *a, const char *b)
     if (match && serving() != nullptr) {
         serving()->matched_tag = a;
         if (serving()->watch.observer != nullptr)
-            serving()->watch.observer->matched(a);
+            without_exceptions(serving(), [&] { serving()->watch.observer->matched(a); });
     }
     journal_question(serving(), "tqm_map_do_these_match",
                      [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
@@ -243,7 +243,7 @@ void tqm_oc_error_path(tqm_map_ctx ctx)
     Request::Impl *request = Request::Impl::of(ctx);
     if (request == nullptr)
         return;
-    request->note_error_path();
+    without_exceptions(request, [&] { request->note_error_path(); });
     journal_call(request, "tqm_oc_error_path",
                  [&](JournalLine &line) { line.result_text(request->error_path.c_str()); });
 }

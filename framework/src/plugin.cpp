@@ -1,7 +1,9 @@
 // See tqm/plugin.h.
 #include "tqm/plugin.h"
 
+#include <cerrno>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include <dlfcn.h>
@@ -35,7 +37,10 @@ bool is_whole(const tqm_map_reg_info &registration)
 
 Expected<Plugin> Plugin::load(const std::filesystem::path &library, std::span<const char *const> entry_points)
 {
+    errno = 0;
     void *handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr && errno == ENOMEM)
+        throw std::bad_alloc();
     if (handle == nullptr)
         return tl::make_unexpected(Error{"cannot load the plug-in: " + std::string(dlerror())});
     Plugin plugin;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "document_content.h"
 #include "request_impl.h"
@@ -151,19 +153,23 @@ void Request::Impl::start_walk()
 
 char *Request::Impl::duplicate(const char *text)
 {
-    char *copy = text == nullptr ? nullptr : strdup(text);
-    if (copy != nullptr && in_fill())
-        fill_texts.insert(copy);
-    return copy;
+    if (text == nullptr)
+        return nullptr;
+    std::unique_ptr<char, decltype(&std::free)> copy(strdup(text), &std::free);
+    if (copy == nullptr)
+        throw std::bad_alloc();
+    if (in_fill())
+        fill_texts.insert(copy.get());
+    return copy.release();
 }
 
 void Request::Impl::free_text(void *text)
 {
-    const char *const given = static_cast<const char *>(text);
+    const std::unique_ptr<char, decltype(&std::free)> owned(static_cast<char *>(text), &std::free);
+    const char *const given = owned.get();
     if (in_fill() && given != nullptr && given == record.error_tag && !made_in_fill(given))
         refused_tag = given;
     fill_texts.erase(given);
-    std::free(text);
 }
 
 const char *Request::Impl::intern_ns(const char *ns)
@@ -252,6 +258,8 @@ std::span<const LeftOut> Request::left_out() const
 
 OutputForest Request::output()
 {
+    if (impl_->out_of_memory)
+        throw std::bad_alloc();
     impl_->settle();
     return OutputForest(&impl_->output.base());
 }
@@ -276,6 +284,8 @@ std::vector<const OutputNode *> Request::roots()
 
 void Request::drop_unanswered()
 {
+    if (impl_->out_of_memory)
+        throw std::bad_alloc();
     for (OutputNode *root = impl_->output.base().first_child; root != nullptr; root = root->next)
         keep_answered(*root);
 }
@@ -287,6 +297,8 @@ const std::string &Request::error_path() const
 
 Error Request::error(rcode code) const
 {
+    if (impl_->out_of_memory)
+        throw std::bad_alloc();
     const tqm_map_request &record = impl_->record;
     Error error;
     error.code = code;

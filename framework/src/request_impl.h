@@ -135,7 +135,7 @@ struct Request::Impl {
     // tag.
     std::string refused_path;
     const PathInfo *refused_at = nullptr; ///< the schema node of refused_path
-    const char *matched_tag = nullptr; ///< the tag of the request that was found to be another last
+    const char *matched_tag = nullptr;    ///< the tag of the request that was found to be another last
     std::string refused_tag;
     /// The child of a walked node whose value a mapper has looked up last.
     struct {
@@ -151,6 +151,8 @@ struct Request::Impl {
     const char *last_ns = nullptr;
     std::string list_context_path; ///< as tqm_map_copy_trim_path_list_ctx left it
     uint32_t trace_index = 0;      ///< number of the last trace line
+    /// An operation could not get memory. It has not told its caller, which may be a mapper that knows no exceptions.
+    bool out_of_memory = false;
 
 private:
     /// Namespaces of the nodes that an add makes on its way.

@@ -1,6 +1,7 @@
 // Two contexts: the published model, and the one in which the deviations have changed it. Nodes are those of the first.
 #include "router/client_model.h"
 
+#include "memory.h"
 #include "report.h"
 
 #include <libyang/libyang.h>
@@ -103,8 +104,10 @@ bool is_in_calendar(std::string_view value)
 
 Expected<ClientModel> ClientModel::load(const Models &models, const std::string &yang_directory)
 {
+    const MemoryWatch watch;
     ly_ctx *created = nullptr;
     if (ly_ctx_new(yang_directory.c_str(), LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &created)) {
+        watch.check();
         return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
     }
     auto loaded = std::make_shared<Loaded>(Loaded{models, {created, ly_ctx_destroy}, {}});
@@ -113,6 +116,7 @@ Expected<ClientModel> ClientModel::load(const Models &models, const std::string 
     if (ly_ctx_load_module(created, deviations_name, nullptr, nullptr)) {
         deviated = ly_ctx_get_module_implemented(created, model_name);
     }
+    watch.check();
     if (!published || !deviated) {
         const char *reason = ly_errmsg(created);
         return tl::unexpected(Error{std::string("cannot load the YANG module ") + deviations_name + " from " +
@@ -193,8 +197,10 @@ std::optional<std::string> ClientModel::value_fault(Node node, const char *value
     }
     const lysc_node *const leaf = found->second;
     const std::string_view given = value ? value : "";
+    const MemoryWatch watch;
     const LY_ERR code =
         lyd_value_validate(leaf->module->ctx, leaf, given.data(), given.size(), nullptr, nullptr, nullptr);
+    watch.check();
     if (code && code != LY_EINCOMPLETE) { // a reference, whose target may come later
         return value_refused(leaf, value);
     }

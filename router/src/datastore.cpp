@@ -6,6 +6,7 @@
 #include "document.h"
 #include "edit.h"
 #include "entries.h"
+#include "memory.h"
 #include "operational.h"
 #include "read.h"
 #include "report.h"
@@ -52,11 +53,15 @@ Expected<Tree> load(const Models &models, const StoreFile &file)
 
 Expected<Tree> copy_of(const Tree &tree)
 {
+    const MemoryWatch watch;
     lyd_node *copy = nullptr;
     if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
+        watch.check();
         return tl::unexpected(Error{"libyang cannot copy the configuration", ""});
     }
-    return Tree(copy);
+    Tree whole(copy);
+    watch.check();
+    return whole;
 }
 
 Expected<void> validate(const ly_ctx *context, Tree &tree)
@@ -64,9 +69,11 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     if (!tree) {
         return {};
     }
+    const MemoryWatch watch;
     lyd_node *validated = tree.release();
     const LY_ERR code = lyd_validate_all(&validated, context, LYD_VALIDATE_PRESENT | LYD_VALIDATE_NO_STATE, nullptr);
     tree.reset(validated);
+    watch.check();
     if (code) {
         return tl::unexpected(Error{document_fault(context), ""});
     }
@@ -83,7 +90,10 @@ Expected<std::optional<Tree>> applied(const Models &models, const Visibility &vi
     }
     const ly_ctx *context = models.context();
     Editor editor(context, visibility, *copy);
-    if (auto done = editor.apply(trees); !done) {
+    const MemoryWatch watch;
+    auto done = editor.apply(trees);
+    watch.check();
+    if (!done) {
         return tl::unexpected(done.error());
     }
     if (!editor.changed()) {
@@ -156,7 +166,11 @@ Expected<std::vector<Change>> Datastore::preview(const EditNode *trees) const
     if (!after) {
         return tl::unexpected(after.error());
     }
-    return *after ? changes_between(state_->configuration.get(), (*after)->get()) : std::vector<Change>();
+    const MemoryWatch watch;
+    auto changes =
+        *after ? changes_between(state_->configuration.get(), (*after)->get()) : Expected<std::vector<Change>>();
+    watch.check();
+    return changes;
 }
 
 Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
@@ -165,14 +179,18 @@ Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
     const lyd_node *top = state_->configuration.get();
     if (filter.ns && std::strcmp(filter.ns, ns::operational) == 0) {
         if (!state_->state_is_given && !state_->derived_state) {
+            const MemoryWatch watch;
             state_->derived_state = derive_state(context, state_->visibility, top);
+            watch.check();
         }
         top = state_->state_is_given ? state_->given_state.get() : state_->derived_state.get();
         if (!top && !state_->state_is_given) {
             return tl::unexpected(Error{"libyang cannot make the operational data", ""});
         }
     }
+    const MemoryWatch watch;
     Reader(context, state_->visibility, sink).read(filter, top);
+    watch.check();
     return {};
 }
 

@@ -5,6 +5,7 @@
 #include "earlier_forms.h"
 #include "entries.h"
 #include "envelope.h"
+#include "memory.h"
 #include "report.h"
 #include "router/models.h"
 
@@ -85,6 +86,7 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
             return tl::unexpected(complete.error());
         }
     }
+    const MemoryWatch watch;
     lyd_node *parsed = nullptr;
     ly_err_clean(const_cast<ly_ctx *>(context), nullptr);
     LY_ERR code = lyd_parse_data_mem(context, text.c_str(), json ? LYD_JSON : LYD_XML,
@@ -96,6 +98,7 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
         code = lyd_validate_all(&parsed, context, LYD_VALIDATE_PRESENT, nullptr);
         tree.reset(parsed);
     }
+    watch.check();
     if (code) {
         return fault(document_fault(context));
     }
@@ -176,11 +179,14 @@ Expected<std::string> print_configuration(const lyd_node *tree)
 {
     std::string document = envelope_open;
     if (tree) {
+        const MemoryWatch watch;
         char *printed = nullptr;
-        if (lyd_print_mem(&printed, tree, LYD_XML, LYD_PRINT_WITHSIBLINGS)) {
+        const LY_ERR code = lyd_print_mem(&printed, tree, LYD_XML, LYD_PRINT_WITHSIBLINGS);
+        const Text text(printed);
+        watch.check();
+        if (code) {
             return fault("libyang cannot print the configuration");
         }
-        const Text text(printed);
         document += text.get() ? text.get() : "";
     }
     document += envelope_close;

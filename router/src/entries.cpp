@@ -2,6 +2,7 @@
 // search by some keys goes through an index that the first one builds.
 #include "entries.h"
 
+#include "memory.h"
 #include "router/models.h"
 
 #include <algorithm>
@@ -97,9 +98,11 @@ std::string index_text(const lyd_node *entry, unsigned mask)
 template <typename Visit>
 void for_each_entry(const lyd_node *parent, const lysc_node *list, Visit visit)
 {
-    lyd_node *first = nullptr;
-    lyd_find_sibling_val(lyd_child(parent), list, nullptr, 0, &first);
-    for (lyd_node *node = first; node && node->schema == list; node = node->next) {
+    lyd_node *node = nullptr;
+    if (!lyd_child(parent) || !found(lyd_find_sibling_val(lyd_child(parent), list, nullptr, 0, &node))) {
+        return;
+    }
+    for (; node && node->schema == list; node = node->next) {
         visit(node);
     }
 }
@@ -126,7 +129,7 @@ lyd_node *find_single(const lyd_node *parent, const lyd_node *top, const lysc_no
 {
     lyd_node *match = nullptr;
     const lyd_node *siblings = parent ? lyd_child(parent) : top;
-    if (!siblings || lyd_find_sibling_val(siblings, schema, nullptr, 0, &match)) {
+    if (!siblings || !found(lyd_find_sibling_val(siblings, schema, nullptr, 0, &match))) {
         return nullptr;
     }
     return match->flags & LYD_DEFAULT ? nullptr : match;
@@ -209,13 +212,18 @@ lyd_node *EntryFinder::find(const lyd_node *parent, const lysc_node *list, const
     Detached &scratch = scratch_[list];
     if (!scratch) {
         lyd_node *copy = nullptr;
-        lyd_dup_single(parent, nullptr, 0, &copy);
+        if (lyd_dup_single(parent, nullptr, 0, &copy)) {
+            throw std::bad_alloc();
+        }
         scratch.reset(copy);
     }
-    const Detached target(scratch ? new_entry(scratch.get(), list, keys) : nullptr);
+    const MemoryWatch watch;
+    const Detached target(new_entry(scratch.get(), list, keys));
+    watch.check();
     lyd_node *match = nullptr;
-    if (target) {
-        lyd_find_sibling_first(lyd_child(parent), target.get(), &match);
+    // Keys that the list cannot have are no entry's.
+    if (!target || !lyd_child(parent) || !found(lyd_find_sibling_first(lyd_child(parent), target.get(), &match))) {
+        return nullptr;
     }
     return match;
 }

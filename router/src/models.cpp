@@ -2,6 +2,7 @@
 #include "router/models.h"
 
 #include "entries.h"
+#include "memory.h"
 #include "report.h"
 #include "tree.h"
 
@@ -158,20 +159,24 @@ Expected<Models> Models::load(const std::string &yang_directory)
     // Errors are taken from the context by whoever made the call; libyang itself is to print nothing.
     ly_log_options(LY_LOSTORE_LAST);
 
+    const MemoryWatch watch;
     ly_ctx *created = nullptr;
     // With its parsed nodes at hand libyang's tree printer shows the data nodes, and groupings where they are used.
     constexpr uint16_t options = LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD | LY_CTX_SET_PRIV_PARSED;
     if (ly_ctx_new(yang_directory.c_str(), options, &created)) {
+        watch.check();
         return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
     }
     std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
     for (const char *name : module_names) {
         if (!ly_ctx_load_module(created, name, nullptr, nullptr)) {
+            watch.check();
             return tl::unexpected(Error{"cannot load the YANG module " + std::string(name) + " from " + yang_directory +
                                             ": " + libyang_reason(created),
                                         ""});
         }
     }
+    watch.check();
     if (auto good = check_keys(created); !good) {
         return tl::unexpected(good.error());
     }
@@ -266,12 +271,15 @@ std::string without_prefix(std::string line, const std::string &prefix)
 Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) const
 {
     const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns);
-    char *printed = nullptr;
-    if (module == nullptr || lys_print_mem(&printed, module, LYS_OUT_TREE, 0)) {
+    const MemoryWatch watch;
+    char *allocated = nullptr;
+    const bool failed = module == nullptr || lys_print_mem(&allocated, module, LYS_OUT_TREE, 0);
+    const Text printed(allocated);
+    watch.check();
+    if (failed) {
         return tl::unexpected(Error{"libyang cannot print the tree of " + std::string(module_ns), ""});
     }
-    const std::string text(printed);
-    std::free(printed);
+    const std::string text(printed.get());
     std::vector<std::string> lines;
     for (size_t begin = text.find('\n') + 1; begin < text.size();) {
         const size_t end = std::min(text.find('\n', begin), text.size());
@@ -369,10 +377,12 @@ std::vector<std::string> Models::sample_values(const std::string &path) const
         return samples;
     }
     collect_samples(type_of(*node), texts, samples);
+    const MemoryWatch watch;
     std::erase_if(samples, [&](const std::string &sample) {
         return lyd_value_validate(context_.get(), node, sample.c_str(), sample.size(), nullptr, nullptr, nullptr) ==
                LY_EVALID;
     });
+    watch.check();
     // A text that takes anything needs one sample only.
     if (samples == texts) {
         samples.resize(1);

@@ -73,6 +73,9 @@ TEST_F(BadInput, DocumentsAreRefusedWithAReason)
          "</edit-config></rpc>",
          "startup"},
         {"a read", "<rpc xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><get/></rpc>", "edit"},
+        {"an operation at the whole",
+         "<config xmlns:nc='urn:ietf:params:xml:ns:netconf:base:1.0' nc:operation='delete'/>",
+         "<config> has no attribute 'nc:operation'\n  error-tag: unknown-attribute"},
         {"an unknown default operation",
          "<rpc xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><edit-config><target><running/></target>"
          "<default-operation>keep</default-operation><config/></edit-config></rpc>",

@@ -1,4 +1,6 @@
 // What a client is told of its edits: refusals in its own terms and as records, and what an edit would do.
+#include <algorithm>
+
 #include "support.h"
 
 using namespace test;
@@ -65,6 +67,14 @@ TEST_F(ClientView, RefusalsAreToldInTheClientsTerms)
         {in_policies(policy("P", "<confidentiality-offset>conf-off-set-30</confidentiality-offset>")), "",
          "'conf-off-set-30' must be one of 0_BYTES, 30_BYTES, 50_BYTES\n  error-tag: invalid-value\n"},
         {in_policies(policy("P", "<delay-protection/>")), "", "it has no value, and must be true or false"},
+        {in_policies(policy("P", "").replace(policy("P", "").find("<config><name>P"), 15, "<config><name>Q")),
+         "<default-operation>none</default-operation>", "config/name: 'Q' must be 'P', the key of its entry\n"},
+        // What stands twice has no one meaning.
+        {in_policies(policy("Q", "") + "<policy nc:operation='delete'><name>Q</name></policy>"), "",
+         "policy[name='Q']: it stands twice\n  error-tag: bad-element\n"},
+        {in_policies(policy("Q", "<macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite>"
+                                 "<macsec-cipher-suite nc:operation='remove'>GCM_AES_128</macsec-cipher-suite>")),
+         "", "macsec-cipher-suite[.='GCM_AES_128']: it stands twice\n"},
         // What the router refuses, too.
         {in_interface("<mka><config><mka-policy></mka-policy></config></mka>"), "",
          "/macsec/interfaces/interface[name='I']/mka/config/mka-policy: "},
@@ -149,6 +159,46 @@ TEST_F(ClientView, ADryRunTellsWhatAnEditWouldDoAndDoesNothing)
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.err.find("error-tag: data-exists"), std::string::npos);
     EXPECT_EQ(store_file(), before);
+}
+
+// What the router keeps in forms that OpenConfig's edits never make.
+TEST_F(ClientView, SettingsOfTheRouterAreReadAndEditedByWhatAClientSees)
+{
+    std::filesystem::create_directory(store());
+    const std::string start =
+        "<start-hour>0</start-hour><start-minutes>0</start-minutes><start-seconds>0</start-seconds>"
+        "<start-date>1</start-date><start-month>jan</start-month><start-year>2024</start-year>";
+    const auto interface = [](const std::string &active, const std::string &name) {
+        return "<interface-configuration><active>" + active + "</active><interface-name>" + name +
+               "</interface-name><macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-if-cfg'>"
+               "<psk-key-chain><key-chain-name>K</key-chain-name></psk-key-chain></macsec></interface-configuration>";
+    };
+    write_file(
+        path("store") / "native.xml",
+        "<config><keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain><chain-name>K"
+        "</chain-name><macsec-keychain><macsec-keys><macsec-key><key-id>01</key-id><macsec-lifetime>" +
+            start +
+            "<life-time>3600</life-time></macsec-lifetime></macsec-key></macsec-keys></macsec-keychain>"
+            "</keychain></keychains><interface-configurations "
+            "xmlns='http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg'>" +
+            interface("act", "I") + interface("pre", "I") + interface("pre", "J") +
+            "</interface-configurations></config>");
+    // An end that is kept as a duration is told from the start, also where it alone is asked for.
+    const std::string in_leaf = "<mka><key-chains><key-chain><name>K</name><mka-keys><mka-key><id>01</id><config>";
+    const std::string out_of_leaf = "</config></mka-key></mka-keys></key-chain></key-chains></mka>";
+    EXPECT_EQ(inside(get_config(in_leaf + "<expiration-date-time/>" + out_of_leaf), "config"),
+              "<expiration-date-time>2024-01-01T01:00:00</expiration-date-time>");
+    EXPECT_EQ(edit(in_key("<expiration-date-time nc:operation='create'>NO_EXPIRATION</expiration-date-time>")).status,
+              1);
+    EXPECT_EQ(edit(in_key("<expiration-date-time nc:operation='delete'/>")).err, "");
+    EXPECT_EQ(store_file().find("life-time>"), std::string::npos);
+    // Interfaces that are not in use are not shown, and not touched.
+    EXPECT_EQ(inside(get_config("<interfaces><interface><mka/></interface></interfaces>"), "interfaces"),
+              "<interface><name>I</name><mka><config><key-chain>K</key-chain></config></mka></interface>");
+    EXPECT_EQ(edit("<interfaces nc:operation='delete'/>").err, "");
+    EXPECT_EQ(edit("<interfaces><interface nc:operation='remove'><name>J</name></interface></interfaces>").err, "");
+    const std::string kept = store_file();
+    EXPECT_EQ(std::count(kept.begin(), kept.end(), 'K'), 3) << kept;
 }
 
 // Forward maps as the walkers do, without a judgement; with one on request.

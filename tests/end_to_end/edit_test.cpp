@@ -137,6 +137,15 @@ TEST_F(Edit, TheDefaultOperationIsHonoured)
     EXPECT_EQ(policies(), policy("P3", other));
 }
 
+TEST_F(Edit, AnEmptyReplacementLeavesNothing)
+{
+    edit(in_policies(policy("P1", seven_leaves)));
+    const std::string empty = "<edit-config xmlns='urn:ietf:params:xml:ns:netconf:base:1.0'><target><running/></target>"
+                              "<default-operation> replace </default-operation><config/></edit-config>";
+    EXPECT_EQ(ocmap({"edit", "-", "--store", store()}, empty).status, 0);
+    EXPECT_EQ(policies(), "");
+}
+
 TEST_F(Edit, RefusalsNameWhatIsWrongAndChangeNothing)
 {
     edit(in_policies(policy("P1", seven_leaves)));

@@ -17,12 +17,25 @@
 #include "commands.h"
 #include "help.h"
 #include "report.h"
+#include "want_of_memory.h"
 
 namespace
 {
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
+
+// There is then no memory for an error and its text either.
+constexpr const char *out_of_memory = "error: out of memory\n  error-tag: resource-denied\n";
+constexpr const char *out_of_memory_json =
+    "{\"ietf-restconf:errors\": {\"error\": [{\"error-type\": \"application\", \"error-tag\": \"resource-denied\", "
+    "\"error-message\": \"out of memory\"}]}}\n";
+tqm::Format format_of_errors = tqm::Format::xml;
+
+const char *text_of_no_memory()
+{
+    return format_of_errors == tqm::Format::json ? out_of_memory_json : out_of_memory;
+}
 
 const std::map<std::string, uint32_t> kinds = {
     {"edit", TQM_REQ_EDIT}, {"get", TQM_REQ_GET}, {"get-config", TQM_REQ_GET_CONFIG}};
@@ -122,9 +135,7 @@ bool close_memory_to_others()
     return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && setrlimit(RLIMIT_CORE, &none) == 0;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     if (!close_memory_to_others()) {
         std::fputs(
@@ -197,20 +208,28 @@ int main(int argc, char **argv)
         std::fputs(ocmap::report_line(ocmap::usage_error(app, error)).c_str(), stderr);
         return exit_usage;
     }
-    // The commands' own errors are values; what is thrown is the standard library's, for want of memory above all.
-    tqm::Expected<void> done;
-    try {
-        done = chosen.run(options);
-    } catch (const std::bad_alloc &) {
-        tqm::Error error{"out of memory"};
-        error.error_tag = tqm::ErrorTag::resource_denied;
-        done = tl::unexpected(std::move(error));
-    } catch (const std::exception &error) {
-        done = tl::unexpected(tqm::Error{error.what()});
-    }
-    if (!done) {
+    format_of_errors = options.format;
+    ocmap::tell_want_of_memory(text_of_no_memory());
+    if (const tqm::Expected<void> done = chosen.run(options); !done) {
         std::fputs(ocmap::report(done.error(), options.format).c_str(), stderr);
         return exit_failure;
     }
     return 0;
+}
+
+} // namespace
+
+// The commands' own errors are values; what is thrown is the standard library's, for want of memory above all. There is
+// then none for a text either.
+int main(int argc, char **argv)
+{
+    ocmap::tell_want_of_memory(out_of_memory);
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc &) {
+        std::fputs(text_of_no_memory(), stderr);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "error: %s\n", error.what());
+    }
+    return exit_failure;
 }

@@ -90,6 +90,14 @@ struct Error {
     std::string native_text = {};        ///< and its own words
 };
 
+/// What is told where memory could not be had.
+inline Error out_of_memory()
+{
+    Error error{"out of memory"};
+    error.error_tag = ErrorTag::resource_denied;
+    return error;
+}
+
 /// The error's place in the form of an XML message; an empty text where it has none.
 InstanceIdentifier xml_path(const Error &error);
 /// The same in JSON's form (RFC 7951, section 6.11): names of modules, only where they change.

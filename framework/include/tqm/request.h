@@ -46,7 +46,8 @@ struct LeftOut {
 };
 
 /// The operations find their request through the context; those without a context argument serve the request that was
-/// made last on the thread, or that a Framework is walking.
+/// made last on the thread, or that a Framework is walking. An operation that gets no memory answers its plug-in
+/// TQM_ERR_INVALID_REQUEST; whoever then asks the request for its output or its error is thrown std::bad_alloc.
 class Request
 {
 public:
