@@ -186,7 +186,7 @@ private:
     /// was passed over would be taken for a merge.
     Expected<void> hold_edit(pugi::xml_node element)
     {
-        if (const Expected<void> plain = without_attributes(element); !plain)
+        if (Expected<void> plain = without_attributes(element); !plain)
             return plain;
         return hold(element);
     }
@@ -230,7 +230,7 @@ private:
     {
         if (is_netconf(name, "edit-config")) {
             content_.kind = TQM_REQ_EDIT;
-            if (const Expected<void> plain = without_attributes(operation); !plain)
+            if (Expected<void> plain = without_attributes(operation); !plain)
                 return plain;
             return parameters(operation, &WrapperReader::edit_parameter, "config", "target");
         }

@@ -109,7 +109,7 @@ rcode Request::Impl::place(const AddArguments &arguments)
     tell(arguments, node, 0);
     if (addressed && direction == Direction::reverse && !is_read() && value == nullptr)
         give_key_of_deleted(*node, arguments);
-    if (info->companions != nullptr && widened && node->parent != nullptr)
+    if (info->companions != nullptr && widened)
         for (const std::string &companion : *info->companions)
             read_beside(*node->parent, companion, naming);
     if (info->is_list && value != nullptr && info->keys->size() == 1) {
