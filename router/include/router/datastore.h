@@ -39,8 +39,8 @@ public:
     virtual void close() = 0;
 };
 
-// What an edit makes of one node of the configuration. An entry that goes is one change, with all in it; one that comes is
-// told by its leaves.
+// What an edit makes of one node of the configuration. An entry that goes is one change, with all in it; one that comes
+// is told by its leaves.
 struct Change {
     enum class Kind { set, changed, removed };
     Kind kind;
