@@ -27,9 +27,10 @@ public:
     /// `size` bytes, aligned for records.
     void *allocate(std::size_t size)
     {
-        size = (size + kAlignment - 1) & ~(kAlignment - 1);
-        if (static_cast<std::size_t>(end_ - next_) < size)
+        size = (size + alignment - 1) & ~(alignment - 1);
+        if (static_cast<std::size_t>(end_ - next_) < size) {
             grow(size);
+        }
         char *memory = next_;
         next_ += size;
         return memory;
@@ -38,23 +39,25 @@ public:
     template <class T>
     T *make()
     {
-        static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= kAlignment);
+        static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= alignment);
         return new (allocate(sizeof(T))) T{};
     }
     template <class T>
     T *make_array(std::size_t count)
     {
-        static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= kAlignment);
+        static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= alignment);
         T *array = static_cast<T *>(allocate(count * sizeof(T)));
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             new (array + i) T{};
+        }
         return array;
     }
     /// A null-terminated copy.
     const char *copy(std::string_view text)
     {
-        if (static_cast<std::size_t>(text_end_ - text_next_) <= text.size())
+        if (static_cast<std::size_t>(text_end_ - text_next_) <= text.size()) {
             grow_text(text.size() + 1);
+        }
         char *memory = text_next_;
         text_next_ += text.size() + 1;
         std::memcpy(memory, text.data(), text.size());
@@ -64,8 +67,9 @@ public:
     /// `text`, copied unless it already lies in this arena's memory or in memory that keep_alive was told of.
     const char *keep(const char *text)
     {
-        if (text == nullptr || holds(text))
+        if (text == nullptr || holds(text)) {
             return text;
+        }
         return copy(text);
     }
     /// Says that [begin, begin + size) lives as long as this arena.
@@ -76,13 +80,15 @@ private:
         const char *begin;
         const char *end;
     };
-    static constexpr std::size_t kAlignment = alignof(void *);
+    static constexpr std::size_t alignment = alignof(void *);
 
     bool holds(const char *text) const
     {
-        for (const Range &range : ranges_)
-            if (text >= range.begin && text < range.end)
+        for (const Range &range : ranges_) {
+            if (text >= range.begin && text < range.end) {
                 return true;
+            }
+        }
         return false;
     }
     void grow(std::size_t at_least);

@@ -8,8 +8,9 @@ namespace tqm
 
 LoadedEdit::LoadedEdit(const Request::Impl &edit) : edit_(edit)
 {
-    for (const LeftOut &left : edit.left_out)
+    for (const LeftOut &left : edit.left_out) {
         left_out_[left.parent].push_back(&left);
+    }
 }
 
 bool LoadedEdit::for_each_child(const rdl_tqm_datatree &node, const Visit &visit) const
@@ -21,11 +22,14 @@ bool LoadedEdit::for_each_child(const rdl_tqm_datatree &node, const Visit &visit
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
     const uint32_t count = has_children ? node.subtree_count : 0;
     for (uint32_t i = 0; i <= count; ++i) {
-        for (; next != left.end() && (*next)->position == i; ++next)
-            if (!visit((*next)->node))
+        for (; next != left.end() && (*next)->position == i; ++next) {
+            if (!visit((*next)->node)) {
                 return false;
-        if (i < count && !visit(node.subtree[i]))
+            }
+        }
+        if (i < count && !visit(node.subtree[i])) {
             return false;
+        }
     }
     return true;
 }

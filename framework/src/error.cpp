@@ -13,7 +13,7 @@ namespace tqm
 namespace
 {
 
-constexpr std::array<std::string_view, 19> kTagNames = {
+constexpr std::array<std::string_view, 19> tag_names = {
     "in-use",
     "invalid-value",
     "too-big",
@@ -35,18 +35,18 @@ constexpr std::array<std::string_view, 19> kTagNames = {
     "malformed-message",
 };
 
-constexpr std::array<std::string_view, 4> kTypeNames = {"transport", "rpc", "protocol", "application"};
+constexpr std::array<std::string_view, 4> type_names = {"transport", "rpc", "protocol", "application"};
 
 } // namespace
 
 std::string_view name_of(ErrorTag tag)
 {
-    return kTagNames[static_cast<std::size_t>(tag)];
+    return tag_names[static_cast<std::size_t>(tag)];
 }
 
 std::string_view name_of(ErrorType type)
 {
-    return kTypeNames[static_cast<std::size_t>(type)];
+    return type_names[static_cast<std::size_t>(type)];
 }
 
 std::string_view name_of(ErrorSeverity severity)
@@ -81,11 +81,13 @@ InstanceIdentifier xml_path(const Error &error)
     for (const PathStep &step : error.instance) {
         const std::string prefix = step.prefix.empty() ? "" : step.prefix + ":";
         path.text.append("/").append(prefix).append(step.name);
-        for (const auto &[key, value] : step.keys) // "." is the value of a leaf-list
+        for (const auto &[key, value] : step.keys) { // "." is the value of a leaf-list
             append_key(path.text, key == "." ? key : prefix + key, value);
+        }
         const std::pair<std::string, std::string> binding{step.prefix, step.ns};
-        if (!step.prefix.empty() && std::ranges::find(path.namespaces, binding) == path.namespaces.end())
+        if (!step.prefix.empty() && std::ranges::find(path.namespaces, binding) == path.namespaces.end()) {
             path.namespaces.push_back(binding);
+        }
     }
     return path;
 }
@@ -96,12 +98,14 @@ std::string json_path(const Error &error)
     std::string_view outer;
     for (const PathStep &step : error.instance) {
         path += '/';
-        if (!step.module.empty() && step.module != outer)
+        if (!step.module.empty() && step.module != outer) {
             path.append(step.module).append(":");
+        }
         outer = step.module;
         path += step.name;
-        for (const auto &[key, value] : step.keys)
+        for (const auto &[key, value] : step.keys) {
             append_key(path, key, value);
+        }
     }
     return path;
 }

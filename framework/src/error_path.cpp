@@ -13,18 +13,21 @@ namespace
 bool take_key(std::string_view &text, PathStep &step)
 {
     const std::size_t equals = text.find('=');
-    if (!text.starts_with('[') || equals == std::string_view::npos || equals + 1 >= text.size())
+    if (!text.starts_with('[') || equals == std::string_view::npos || equals + 1 >= text.size()) {
         return false;
+    }
     const char quote = text[equals + 1];
     std::string value;
     std::size_t at = equals + 2;
     for (; at < text.size() && text[at] != quote; ++at) {
-        if (quote == '"' && text[at] == '\\' && at + 1 < text.size())
+        if (quote == '"' && text[at] == '\\' && at + 1 < text.size()) {
             ++at;
+        }
         value += text[at];
     }
-    if (text.substr(std::min(at, text.size()), 2) != std::string{quote, ']'})
+    if (text.substr(std::min(at, text.size()), 2) != std::string{quote, ']'}) {
         return false;
+    }
     step.keys.emplace_back(text.substr(1, equals - 1), std::move(value));
     text.remove_prefix(at + 2);
     return true;
@@ -51,11 +54,13 @@ bool names_element(ErrorTag tag)
 
 void fill_instance(Error &error, const Schema &schema)
 {
-    if (!names_element(error.error_tag))
+    if (!names_element(error.error_tag)) {
         error.bad_element.clear();
+    }
     std::string_view rest = error.path;
-    if (!error.instance.empty() || !rest.starts_with('/'))
+    if (!error.instance.empty() || !rest.starts_with('/')) {
         return;
+    }
     std::string schema_path;
     std::string ns;
     while (rest.starts_with('/')) {
@@ -66,18 +71,21 @@ void fill_instance(Error &error, const Schema &schema)
         while (take_key(rest, step)) {
         }
         schema_path.append("/").append(step.name);
-        if (const char *const declared = schema.ns_of(schema_path))
+        if (const char *const declared = schema.ns_of(schema_path)) {
             ns = declared;
+        }
         step.ns = ns;
         error.instance.push_back(std::move(step));
         // Top nodes of several models share a name.
-        if (error.instance.size() == 2 && schema.ns_of(schema_path) != nullptr)
+        if (error.instance.size() == 2 && schema.ns_of(schema_path) != nullptr) {
             error.instance.front().ns = ns;
+        }
     }
-    if (ns.empty()) // a place that no model has
+    if (ns.empty()) { // a place that no model has
         error.instance.clear();
-    else if (error.error_tag == ErrorTag::unknown_namespace)
+    } else if (error.error_tag == ErrorTag::unknown_namespace) {
         error.instance.pop_back(); // the element itself is in none
+    }
     for (PathStep &step : error.instance) {
         step.prefix = schema.prefix_of(step.ns);
         step.module = step.prefix.empty() ? "" : schema.module_of(step.ns);

@@ -15,7 +15,7 @@ void fill_instance(Error &error, const Schema &schema);
 inline tl::unexpected<Error> with_instance(Error error, const Schema &schema)
 {
     fill_instance(error, schema);
-    return tl::make_unexpected(std::move(error));
+    return tl::unexpected(std::move(error));
 }
 
 } // namespace tqm

@@ -20,9 +20,11 @@ bool names_all_keys(const rdl_tqm_datatree &entry, const PathInfo &list)
 
 bool holds_lists(const PathInfo &info)
 {
-    for (const PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling)
-        if (!child->is_state && (child->is_list || holds_lists(*child)))
+    for (const PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
+        if (!child->is_state && (child->is_list || holds_lists(*child))) {
             return true;
+        }
+    }
     return false;
 }
 
@@ -31,8 +33,9 @@ const PathInfo *leaf_that_repeats(const PathInfo &list, const std::string &key)
 {
     for (const PathInfo *child = list.first_child; child != nullptr; child = child->next_sibling) {
         const PathInfo *const leaf = child->is_container ? child->child(key) : nullptr;
-        if (leaf != nullptr && leaf->repeats_key())
+        if (leaf != nullptr && leaf->repeats_key()) {
             return leaf;
+        }
     }
     return nullptr;
 }
@@ -44,11 +47,13 @@ void for_each_path(const rdl_tqm_datatree &node, const std::string &outer_schema
 {
     const std::string schema_path = outer_schema_path + "/" + node.tag;
     std::string path = outer + "/" + node.tag;
-    if (const std::vector<std::string> *const keys = schema.list_keys(schema_path))
+    if (const std::vector<std::string> *const keys = schema.list_keys(schema_path)) {
         append_keys(path, node, *keys);
+    }
     visit(path, node);
-    for (uint32_t i = 0; (node.present & TQM_PRESENT_SUBTREE) != 0 && i < node.subtree_count; ++i)
+    for (uint32_t i = 0; (node.present & TQM_PRESENT_SUBTREE) != 0 && i < node.subtree_count; ++i) {
         for_each_path(node.subtree[i], schema_path, path, schema, visit);
+    }
 }
 
 /// The same of a native filter, whose nodes of interest hold secrets: those are given with the node they come from.
@@ -56,13 +61,17 @@ template <class Visit>
 void for_each_secret(const OutputNode &node, const std::string &outer, const Visit &visit)
 {
     std::string path = outer + "/" + node.tag();
-    for (const OutputNode &child : node.children())
-        if (node.is_list_entry() && child.is_key() && child.value() != nullptr)
+    for (const OutputNode &child : node.children()) {
+        if (node.is_list_entry() && child.is_key() && child.value() != nullptr) {
             append_key(path, child.tag(), child.value());
-    if (node.info->secret && node.origin_node != nullptr)
+        }
+    }
+    if (node.info->secret && node.origin_node != nullptr) {
         visit(path, *node.origin_node);
-    for (const OutputNode &child : node.children())
+    }
+    for (const OutputNode &child : node.children()) {
         for_each_secret(child, path, visit);
+    }
 }
 
 } // namespace
@@ -72,8 +81,9 @@ void for_each_secret(const OutputNode &node, const std::string &outer, const Vis
 Existence::Existence(Request::Impl &edit) : edit_(edit), tree_(edit)
 {
     const rdl_tqm_datatree &top = tree_.top();
-    if (const PathInfo *const info = edit_.paths.find(top.tag))
+    if (const PathInfo *const info = edit_.paths.find(top.tag)) {
         visit(top, *info, false);
+    }
 }
 
 /// Makes the node at `depth` of the way, and those above it, part of what is asked.
@@ -96,18 +106,20 @@ std::size_t Existence::ask(std::size_t depth, bool by_reading)
 
 void Existence::visit(const rdl_tqm_datatree &node, const PathInfo &info, bool is_emptied)
 {
-    if (info.is_key || info.is_state || (info.is_list && !names_all_keys(node, info)))
+    if (info.is_key || info.is_state || (info.is_list && !names_all_keys(node, info))) {
         return; // the walkers judge these
+    }
     const uint32_t operation = operation_of(node);
     Question question = Question::none;
-    if (info.is_leaf_list)
+    if (info.is_leaf_list) {
         question = Question::value;
-    else if (info.secret && takes_away(node))
+    } else if (info.secret && takes_away(node)) {
         question = Question::secret;
-    else if (operation == TQM_OP_CREATE)
+    } else if (operation == TQM_OP_CREATE) {
         question = Question::absent;
-    else if (operation == TQM_OP_DELETE || (operation == kOperationNone && !info.is_container))
+    } else if (operation == TQM_OP_DELETE || (operation == operation_none && !info.is_container)) {
         question = Question::present;
+    }
 
     way_.push_back({&node, &info, npos});
     if (question != Question::none) {
@@ -124,15 +136,17 @@ void Existence::visit_children(const rdl_tqm_datatree &node, const PathInfo &inf
     std::vector<std::pair<const PathInfo *, std::vector<const rdl_tqm_datatree *>>> leaf_lists;
     tree_.for_each_child(node, [&](const rdl_tqm_datatree &child) {
         const PathInfo *const child_info = info.child(child.tag);
-        if (child_info == nullptr || child.ns != node.ns)
+        if (child_info == nullptr || child.ns != node.ns) {
             return true;
+        }
         if (!child_info->is_leaf_list) {
             visit(child, *child_info, is_emptied);
             return true;
         }
         auto found = std::ranges::find(leaf_lists, child_info, [](const auto &list) { return list.first; });
-        if (found == leaf_lists.end())
+        if (found == leaf_lists.end()) {
             found = leaf_lists.insert(leaf_lists.end(), {child_info, {}});
+        }
         found->second.push_back(&child);
         return true;
     });
@@ -140,17 +154,22 @@ void Existence::visit_children(const rdl_tqm_datatree &node, const PathInfo &inf
         const bool asks = std::ranges::any_of(values, [](const rdl_tqm_datatree *value) {
             return operation_of(*value) != TQM_OP_MERGE && operation_of(*value) != TQM_OP_REPLACE;
         });
-        if (!asks)
+        if (!asks) {
             continue;
+        }
         const std::size_t first = asked_.size();
-        for (const rdl_tqm_datatree *value : values)
+        for (const rdl_tqm_datatree *value : values) {
             visit(*value, *leaf_list, is_emptied);
+        }
         std::vector<std::size_t> set;
-        for (std::size_t i = first; i < asked_.size(); ++i)
-            if (asked_[i].info == leaf_list)
+        for (std::size_t i = first; i < asked_.size(); ++i) {
+            if (asked_[i].info == leaf_list) {
                 set.push_back(i);
-        if (!set.empty())
+            }
+        }
+        if (!set.empty()) {
             value_sets_.push_back(std::move(set));
+        }
     }
 }
 
@@ -167,11 +186,13 @@ void Existence::build(TreeBuilder &builder, const std::vector<std::size_t> &sibl
     const Asked *last = nullptr;
     for (const std::size_t position : siblings) {
         const Asked &asked = asked_[position];
-        if (!asked.is_read)
+        if (!asked.is_read) {
             continue;
+        }
         const bool is_next_value = last != nullptr && asked.info->is_leaf_list && asked.info == last->info;
-        if (!is_next_value) // one question for all values of a leaf-list
+        if (!is_next_value) { // one question for all values of a leaf-list
             build_one(builder, asked);
+        }
         last = &asked;
     }
 }
@@ -187,8 +208,9 @@ void Existence::build_one(TreeBuilder &builder, const Asked &asked) const
     const bool leads = std::ranges::any_of(asked.children, [&](std::size_t child) { return asked_[child].is_read; });
     builder.open(ns, info.tag);
     if (info.is_list) {
-        for (const std::string &key : *info.keys)
+        for (const std::string &key : *info.keys) {
             builder.leaf(ns, key, given_value(find_child(*asked.node, key)));
+        }
         const PathInfo *const probe = leads ? nullptr : leaf_that_repeats(info, info.keys->front());
         if (probe != nullptr) {
             builder.open(ns, probe->parent->tag);
@@ -205,19 +227,22 @@ void Existence::build_one(TreeBuilder &builder, const Asked &asked) const
 /// Asks whether there is anything in a container: of lists for the keys alone.
 void Existence::build_probe(TreeBuilder &builder, const char *ns, const PathInfo &container)
 {
-    if (!holds_lists(container))
+    if (!holds_lists(container)) {
         return; // selects all of it
+    }
     for (const PathInfo *child = container.first_child; child != nullptr; child = child->next_sibling) {
-        if (child->is_state)
+        if (child->is_state) {
             continue;
+        }
         if (child->is_leaf || child->is_leaf_list) {
             builder.leaf(ns, child->tag, std::nullopt);
             continue;
         }
         builder.open(ns, child->tag);
         if (child->is_list) {
-            for (const std::string &key : *child->keys)
+            for (const std::string &key : *child->keys) {
                 builder.leaf(ns, key, std::nullopt);
+            }
         } else {
             build_probe(builder, ns, *child);
         }
@@ -231,14 +256,18 @@ void Existence::pair(const rdl_tqm_datatree *nodes, uint32_t count, const std::v
     const rdl_tqm_datatree *const end = nodes + count;
     for (const std::size_t position : siblings) {
         const Asked &asked = asked_[position];
-        if (!asked.is_read || asked.info->is_leaf_list)
+        if (!asked.is_read || asked.info->is_leaf_list) {
             continue;
-        while (nodes != end && std::strcmp(nodes->tag, asked.info->tag) != 0)
+        }
+        while (nodes != end && std::strcmp(nodes->tag, asked.info->tag) != 0) {
             ++nodes;
-        if (nodes == end)
+        }
+        if (nodes == end) {
             return;
-        if (asked.info->secret)
+        }
+        if (asked.info->secret) {
             by_filter_.emplace(nodes, position);
+        }
         pair(nodes->subtree, nodes->subtree_count, asked.children);
         ++nodes;
     }
@@ -251,40 +280,47 @@ void Existence::note_filter(const TreeBuilder::Roots &filter)
 
 void Existence::note_native(const OutputNode &filter, const TreeBuilder::Roots &answer)
 {
-    if (by_filter_.empty())
+    if (by_filter_.empty()) {
         return;
+    }
     std::unordered_map<std::string, std::size_t> secrets;
     for_each_secret(filter, "", [&](const std::string &path, const rdl_tqm_datatree &origin) {
-        if (const auto found = by_filter_.find(&origin); found != by_filter_.end())
+        if (const auto found = by_filter_.find(&origin); found != by_filter_.end()) {
             secrets.emplace(path, found->second);
+        }
     });
-    for (uint32_t i = 0; !secrets.empty() && i < answer.count; ++i)
+    for (uint32_t i = 0; !secrets.empty() && i < answer.count; ++i) {
         for_each_path(answer.nodes[i], "", "", edit_.schema, [&](const std::string &path, const rdl_tqm_datatree &) {
-            if (const auto found = secrets.find(path); found != secrets.end())
+            if (const auto found = secrets.find(path); found != secrets.end()) {
                 asked_[found->second].exists = true;
+            }
         });
+    }
 }
 
 void Existence::note_answer(Request::Impl &answer)
 {
-    for (const std::size_t top : tops_)
+    for (const std::size_t top : tops_) {
         find(answer, answer.output.base(), top);
+    }
 }
 
 void Existence::find(Request::Impl &answer, const OutputNode &parent, std::size_t position)
 {
     Asked &asked = asked_[position];
     const PathInfo *const info = answer.paths.find(asked.info->text);
-    if (!asked.is_read || info == nullptr)
+    if (!asked.is_read || info == nullptr) {
         return;
+    }
     if (info->is_leaf_list) {
         const ListSlot *const values = Output::find_slot(parent, *info);
         const char *const text = tree_.text(*asked.node);
         const OutputNode *const value =
             values == nullptr || text == nullptr ? nullptr : answer.output.find_value(values, text);
         asked.exists = value != nullptr && !value->dropped;
-        for (const OutputNode &sibling : parent.children())
+        for (const OutputNode &sibling : parent.children()) {
             asked.stored += sibling.info == info ? 1 : 0;
+        }
         return;
     }
     const OutputNode *node = nullptr;
@@ -295,11 +331,13 @@ void Existence::find(Request::Impl &answer, const OutputNode &parent, std::size_
     } else if (!info->is_list) {
         node = Output::find_named(parent, *info);
     }
-    if (node == nullptr || node->dropped)
+    if (node == nullptr || node->dropped) {
         return;
+    }
     asked.exists = true;
-    for (const std::size_t child : asked_[position].children)
+    for (const std::size_t child : asked_[position].children) {
         find(answer, *node, child);
+    }
 }
 
 // ---- The verdict ----
@@ -309,12 +347,14 @@ Expected<void> Existence::judge()
     auto values = value_sets_.begin();
     for (std::size_t position = 0; position < asked_.size(); ++position) {
         Expected<void> good;
-        if (values != value_sets_.end() && values->front() == position)
+        if (values != value_sets_.end() && values->front() == position) {
             good = judge_values(*values++);
-        else
+        } else {
             good = judge_one(position);
-        if (!good)
+        }
+        if (!good) {
             return good;
+        }
     }
     return {};
 }
@@ -324,20 +364,24 @@ Expected<void> Existence::judge_one(std::size_t position)
     const Asked &asked = asked_[position];
     switch (asked.question) {
     case Question::absent:
-        if (asked.exists)
+        if (asked.exists) {
             return refuse(ErrorTag::data_exists, position, "it is there already");
+        }
         return {};
     case Question::present:
-        if (!asked.exists)
+        if (!asked.exists) {
             return refuse(ErrorTag::data_missing, position,
                           takes_away(*asked.node) ? "there is nothing to delete" : "there is no such node");
+        }
         return {};
     case Question::secret:
-        if (asked.exists)
+        if (asked.exists) {
             return refuse(ErrorTag::operation_not_supported, position,
                           "a secret is not taken away alone: replace its entry, or delete it");
-        if (operation_of(*asked.node) == TQM_OP_DELETE)
+        }
+        if (operation_of(*asked.node) == TQM_OP_DELETE) {
             return refuse(ErrorTag::data_missing, position, "there is nothing to delete");
+        }
         edit_.without_effect.insert(asked.node);
         return {};
     case Question::value:
@@ -353,20 +397,25 @@ Expected<void> Existence::judge_values(const std::vector<std::size_t> &values)
     for (const std::size_t position : values) {
         const Asked &asked = asked_[position];
         const uint32_t operation = operation_of(*asked.node);
-        if (operation == TQM_OP_CREATE && asked.exists)
+        if (operation == TQM_OP_CREATE && asked.exists) {
             return refuse(ErrorTag::data_exists, position, "it is there already");
-        if ((operation == TQM_OP_DELETE || operation == kOperationNone) && !asked.exists)
+        }
+        if ((operation == TQM_OP_DELETE || operation == operation_none) && !asked.exists) {
             return refuse(ErrorTag::data_missing, position,
                           operation == TQM_OP_DELETE ? "there is nothing to delete" : "there is no such value");
-        if (operation == TQM_OP_REMOVE && !asked.exists)
+        }
+        if (operation == TQM_OP_REMOVE && !asked.exists) {
             edit_.without_effect.insert(asked.node);
-        if (takes_away(*asked.node) && asked.exists)
+        }
+        if (takes_away(*asked.node) && asked.exists) {
             taken.insert(tree_.text(*asked.node));
+        }
     }
     for (const std::size_t position : values) {
         const Asked &asked = asked_[position];
-        if (operation_of(*asked.node) == TQM_OP_CREATE && asked.stored > taken.size())
+        if (operation_of(*asked.node) == TQM_OP_CREATE && asked.stored > taken.size()) {
             edit_.beside_stored.insert(asked.node);
+        }
     }
     return {};
 }
@@ -376,7 +425,7 @@ tl::unexpected<Error> Existence::refuse(ErrorTag tag, std::size_t position, cons
     const std::string path = path_of(position);
     Error error{path + ": " + reason, path};
     error.error_tag = tag;
-    return tl::make_unexpected(std::move(error));
+    return tl::unexpected(std::move(error));
 }
 
 std::string Existence::path_of(std::size_t position) const
@@ -384,11 +433,13 @@ std::string Existence::path_of(std::size_t position) const
     const Asked &asked = asked_[position];
     std::string path = asked.parent == npos ? "" : path_of(asked.parent);
     path.append("/").append(asked.info->tag);
-    if (asked.info->is_list)
+    if (asked.info->is_list) {
         append_keys(path, *asked.node, *asked.info->keys);
+    }
     const char *const value = asked.info->is_leaf_list ? tree_.text(*asked.node) : nullptr;
-    if (value != nullptr)
+    if (value != nullptr) {
         append_key(path, ".", value);
+    }
     return path;
 }
 

@@ -18,8 +18,8 @@ namespace tqm
 namespace
 {
 
-constexpr uint8_t kOnTheWay = 1;
-constexpr uint8_t kWhole = 2;
+constexpr uint8_t on_the_way = 1;
+constexpr uint8_t whole = 2;
 
 struct FilterNodes {
     const rdl_tqm_datatree *nodes;
@@ -61,8 +61,9 @@ struct Match {
 
     bool holds(const OutputNode &node) const
     {
-        if (node.dropped || node.info != given.leaf || node.value() == nullptr)
+        if (node.dropped || node.info != given.leaf || node.value() == nullptr) {
             return false;
+        }
         const std::string_view value = node.value();
         return (value == given.value || (trimmed.size() != given.value.size() && value == trimmed)) && is_in(ns, node);
     }
@@ -99,8 +100,9 @@ public:
     Branch of(TreeBuilder::Roots filters) const
     {
         Branch branch;
-        for (uint32_t i = 0; i < filters.count; ++i)
+        for (uint32_t i = 0; i < filters.count; ++i) {
             add(filters.nodes[i], paths_.find(filters.nodes[i].tag), branch);
+        }
         index(branch);
         return branch;
     }
@@ -109,33 +111,43 @@ private:
     /// What has no path is nowhere in the answer.
     static void add(const rdl_tqm_datatree &filter, const PathInfo *info, Branch &branch)
     {
-        if (info == nullptr || branch.whole)
+        if (info == nullptr || branch.whole) {
             return;
+        }
         const FilterNodes siblings = children_of(filter);
         std::vector<Match> matches;
-        for (const rdl_tqm_datatree &sibling : siblings)
-            if (const char *value = given_value(&sibling))
+        for (const rdl_tqm_datatree &sibling : siblings) {
+            if (const char *value = given_value(&sibling)) {
                 matches.push_back({{info->child(sibling.tag), value}, without_blanks(value), sibling.ns});
-        if (std::ranges::any_of(matches, [](const Match &match) { return match.given.leaf == nullptr; }))
+            }
+        }
+        if (std::ranges::any_of(matches, [](const Match &match) { return match.given.leaf == nullptr; })) {
             return;
+        }
         const bool only_matches = matches.size() == siblings.count;
         Named &named = named_in(branch, info, filter.ns);
-        if (matches.empty() && named.plain == nullptr)
+        if (matches.empty() && named.plain == nullptr) {
             named.plain = std::make_unique<Branch>();
+        }
         Branch &selected = matches.empty() ? *named.plain : conditional_in(named, matches).branch;
-        if (only_matches)
+        if (only_matches) {
             selected.whole = true;
-        for (const rdl_tqm_datatree &sibling : siblings)
-            if (given_value(&sibling) == nullptr)
+        }
+        for (const rdl_tqm_datatree &sibling : siblings) {
+            if (given_value(&sibling) == nullptr) {
                 add(sibling, info->child(sibling.tag), selected);
+            }
+        }
     }
 
     static Named &named_in(Branch &branch, const PathInfo *info, const char *ns)
     {
         auto &all = branch.children[info];
-        for (const std::unique_ptr<Named> &named : all)
-            if (std::strcmp(named->ns, ns) == 0)
+        for (const std::unique_ptr<Named> &named : all) {
+            if (std::strcmp(named->ns, ns) == 0) {
                 return *named;
+            }
+        }
         all.push_back(std::make_unique<Named>());
         all.back()->ns = ns;
         return *all.back();
@@ -145,13 +157,16 @@ private:
     {
         std::ranges::sort(matches, {}, &Match::given);
         std::string text;
-        for (const Match &match : matches)
+        for (const Match &match : matches) {
             for (const std::string_view part :
-                 {std::string_view(match.given.leaf->tag), match.given.value, std::string_view(match.ns)})
+                 {std::string_view(match.given.leaf->tag), match.given.value, std::string_view(match.ns)}) {
                 text.append(part).push_back('\0');
+            }
+        }
         const auto [position, is_new] = named.conditional.try_emplace(std::move(text));
-        if (is_new)
+        if (is_new) {
             position->second.matches = std::move(matches);
+        }
         return position->second;
     }
 
@@ -159,10 +174,12 @@ private:
     {
         for (auto &[info, all] : branch.children) {
             for (const std::unique_ptr<Named> &named : all) {
-                if (named->plain != nullptr)
+                if (named->plain != nullptr) {
                     index(*named->plain);
-                for (auto &[text, conditional] : named->conditional)
+                }
+                for (auto &[text, conditional] : named->conditional) {
                     index(conditional.branch);
+                }
                 index(*named);
             }
         }
@@ -171,15 +188,18 @@ private:
     static void index(Named &named)
     {
         std::unordered_map<LeafValue, std::size_t, LeafValueHash> users;
-        for (const auto &[text, conditional] : named.conditional)
-            for (const Match &match : conditional.matches)
+        for (const auto &[text, conditional] : named.conditional) {
+            for (const Match &match : conditional.matches) {
                 ++users[match.given];
+            }
+        }
         for (const auto &[text, conditional] : named.conditional) {
             const Match &rarest = *std::ranges::min_element(conditional.matches, {},
                                                             [&](const Match &match) { return users.at(match.given); });
             named.by_match[rarest.given].push_back(&conditional);
-            if (rarest.trimmed.size() != rarest.given.value.size())
+            if (rarest.trimmed.size() != rarest.given.value.size()) {
                 named.by_match[{rarest.given.leaf, rarest.trimmed}].push_back(&conditional);
+            }
         }
     }
 
@@ -191,12 +211,15 @@ private:
 /// Keys of a selected entry come along.
 void mark_on_the_way(OutputNode &data)
 {
-    if (data.kept == kWhole)
+    if (data.kept == whole) {
         return;
-    data.kept = kOnTheWay;
-    for (OutputNode *child = data.first_child; data.list_entry && child != nullptr; child = child->next)
-        if (child->is_key())
-            child->kept = kWhole;
+    }
+    data.kept = on_the_way;
+    for (OutputNode *child = data.first_child; data.list_entry && child != nullptr; child = child->next) {
+        if (child->is_key()) {
+            child->kept = whole;
+        }
+    }
 }
 
 bool select(const Branch &branch, OutputNode &data);
@@ -204,39 +227,49 @@ bool select(const Branch &branch, OutputNode &data);
 bool holds(const Match &match, const OutputNode &data)
 {
     const OutputNode *child = data.first_child;
-    while (child != nullptr && !match.holds(*child))
+    while (child != nullptr && !match.holds(*child)) {
         child = child->next;
+    }
     return child != nullptr;
 }
 
 bool select(const Conditional &conditional, OutputNode &data)
 {
-    if (!std::ranges::all_of(conditional.matches, [&](const Match &match) { return holds(match, data); }))
+    if (!std::ranges::all_of(conditional.matches, [&](const Match &match) { return holds(match, data); })) {
         return false;
+    }
     mark_on_the_way(data);
-    for (const Match &match : conditional.matches)
-        for (OutputNode *child = data.first_child; child != nullptr; child = child->next)
-            if (match.holds(*child))
-                child->kept = kWhole;
+    for (const Match &match : conditional.matches) {
+        for (OutputNode *child = data.first_child; child != nullptr; child = child->next) {
+            if (match.holds(*child)) {
+                child->kept = whole;
+            }
+        }
+    }
     select(conditional.branch, data);
     return true;
 }
 
 bool select(const Named &named, OutputNode &data)
 {
-    if (!is_in(named.ns, data))
+    if (!is_in(named.ns, data)) {
         return false;
+    }
     bool any = named.plain != nullptr && select(*named.plain, data);
-    if (named.by_match.empty())
+    if (named.by_match.empty()) {
         return any;
+    }
     for (OutputNode *leaf = data.first_child; leaf != nullptr; leaf = leaf->next) {
-        if (leaf->dropped || leaf->value() == nullptr)
+        if (leaf->dropped || leaf->value() == nullptr) {
             continue;
+        }
         const auto found = named.by_match.find({leaf->info, leaf->value()});
-        if (found == named.by_match.end())
+        if (found == named.by_match.end()) {
             continue;
-        for (const Conditional *conditional : found->second)
+        }
+        for (const Conditional *conditional : found->second) {
             any = select(*conditional, data) || any;
+        }
     }
     return any;
 }
@@ -244,30 +277,36 @@ bool select(const Named &named, OutputNode &data)
 /// Marks what the branch selects of `data`. False if that is nothing.
 bool select(const Branch &branch, OutputNode &data)
 {
-    if (branch.whole)
-        data.kept = kWhole;
-    if (data.kept == kWhole)
+    if (branch.whole) {
+        data.kept = whole;
+    }
+    if (data.kept == whole) {
         return true;
+    }
     bool any = false;
     for (OutputNode *child = data.first_child; child != nullptr; child = child->next) {
         const auto found = child->dropped ? branch.children.end() : branch.children.find(child->info);
-        if (found == branch.children.end())
+        if (found == branch.children.end()) {
             continue;
-        for (const std::unique_ptr<Named> &named : found->second)
+        }
+        for (const std::unique_ptr<Named> &named : found->second) {
             any = select(*named, *child) || any;
+        }
     }
-    if (any)
+    if (any) {
         mark_on_the_way(data);
+    }
     return any;
 }
 
 void drop_unmarked(OutputNode &parent)
 {
     for (OutputNode *child = parent.first_child; child != nullptr; child = child->next) {
-        if (child->kept == 0)
+        if (child->kept == 0) {
             child->dropped = true;
-        else if (child->kept == kOnTheWay)
+        } else if (child->kept == on_the_way) {
             drop_unmarked(*child);
+        }
     }
 }
 

@@ -19,7 +19,7 @@ namespace
 
 tl::unexpected<Error> not_registered()
 {
-    return tl::make_unexpected(Error{"the plug-in has registered no mapping"});
+    return tl::unexpected(Error{"the plug-in has registered no mapping"});
 }
 
 /// The first node below `node` that a code without a place of its own is about: a list entry without children, or a
@@ -31,24 +31,30 @@ std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string
     const std::string schema_path = parent_schema_path + step;
     const std::vector<std::string> *const keys = schema.list_keys(schema_path);
     std::string path = parent + step;
-    if (keys != nullptr)
+    if (keys != nullptr) {
         append_keys(path, node, *keys);
+    }
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
-    if (code == TQM_ERR_NO_SUBTREE && !has_children && keys != nullptr)
+    if (code == TQM_ERR_NO_SUBTREE && !has_children && keys != nullptr) {
         return path;
-    if (code == TQM_ERR_BAD_ARGS && has_children && tqm_map_is_request_delete(&node) != 0)
+    }
+    if (code == TQM_ERR_BAD_ARGS && has_children && tqm_map_is_request_delete(&node) != 0) {
         return path;
-    for (uint32_t i = 0; has_children && i < node.subtree_count; ++i)
-        if (std::string found = place_of(code, node.subtree[i], schema_path, path, schema); !found.empty())
+    }
+    for (uint32_t i = 0; has_children && i < node.subtree_count; ++i) {
+        if (std::string found = place_of(code, node.subtree[i], schema_path, path, schema); !found.empty()) {
             return found;
+        }
+    }
     return "";
 }
 
 /// Where the plug-in has noted no path, the request shows it.
 Error placed(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
 {
-    if (error.path.empty() && error.code)
+    if (error.path.empty() && error.code) {
         error.path = place_of(*error.code, tree, "", "", schema);
+    }
     return error;
 }
 
@@ -61,11 +67,12 @@ rcode without_skip(rcode code)
 bool write_xml(Sink sink, std::string_view wrapper, std::string_view attributes,
                const std::vector<const OutputNode *> &roots, bool with_operations)
 {
-    const std::string netconf = std::string("=\"") + kNetconfNs + "\"";
+    const std::string netconf = std::string("=\"") + netconf_ns + "\"";
     const std::string operations = with_operations ? " xmlns:nc" + netconf : "";
     XmlWriter writer(std::move(sink));
-    if (wrapper.empty())
+    if (wrapper.empty()) {
         return writer.write(operations, roots, with_operations);
+    }
     const std::string all = " xmlns" + netconf + operations + std::string(attributes);
     return writer.write(wrapper, all, roots, with_operations);
 }
@@ -96,8 +103,9 @@ bool Trees::print_to(const std::function<bool(std::string_view)> &sink, Format f
     const char *const name = envelope == Envelope::none ? "" : names[static_cast<std::size_t>(wrapper_)];
     const bool is_read = kind_ == TQM_REQ_GET || kind_ == TQM_REQ_GET_CONFIG;
     const bool with_operations = wrapper_ == Wrapper::config || (wrapper_ == Wrapper::data && !is_read);
-    if (format == Format::json)
+    if (format == Format::json) {
         return JsonWriter(request_->impl().schema, sink).write(name, roots_, with_operations);
+    }
     return write_xml(sink, name, wrapper_ == Wrapper::filter ? " type=\"subtree\"" : "", roots_, with_operations);
 }
 
@@ -110,12 +118,14 @@ Framework::Framework(const Plugin &plugin, const Schema &schema, Watch watch, Ed
 
 Expected<std::shared_ptr<Request>> Framework::load(Document document, uint32_t kind, bool widened) const
 {
-    if (plugin_.registrations().empty())
+    if (plugin_.registrations().empty()) {
         return not_registered();
+    }
     auto request = std::make_shared<Request>(schema_, plugin_.registrations(), kind, Direction::forward, watch_);
     request->impl().widened = widened;
-    if (Expected<void> loaded = request->load(std::move(document)); !loaded)
+    if (Expected<void> loaded = request->load(std::move(document)); !loaded) {
         return with_instance(std::move(loaded.error()), schema_);
+    }
     return request;
 }
 
@@ -124,42 +134,52 @@ Expected<std::shared_ptr<Request>> Framework::load(Document document, uint32_t k
 Expected<std::shared_ptr<Request>> Framework::walk_forward(Document document, uint32_t kind, bool widened) const
 {
     Expected<std::shared_ptr<Request>> request = load(std::move(document), kind, widened);
-    if (!request)
+    if (!request) {
         return request;
-    if (Expected<void> walked = walk(**request); !walked)
-        return tl::make_unexpected(std::move(walked.error()));
+    }
+    if (Expected<void> walked = walk(**request); !walked) {
+        return tl::unexpected(std::move(walked.error()));
+    }
     return request;
 }
 
 Expected<void> Framework::walk_request(Request &request) const
 {
     rdl_tqm_datatree *tree = request.tree();
-    if (tree == nullptr)
+    if (tree == nullptr) {
         return {};
+    }
     for (const tqm_map_reg_info &registration : plugin_.registrations()) {
-        if (std::strcmp(registration.oc_top, tree->tag) != 0)
+        if (std::strcmp(registration.oc_top, tree->tag) != 0) {
             continue;
+        }
         const rcode code = without_skip(registration.forward_root(request.ctx(), tree, request.out()));
-        if (code != 0)
+        if (code != 0) {
             return with_instance(placed(request.error(code), *tree, schema_), schema_);
+        }
         break;
     }
-    if (request.impl().foreign)
+    if (request.impl().foreign) {
         return with_instance(*request.impl().foreign, schema_);
-    if (request.impl().is_forward_edit())
+    }
+    if (request.impl().is_forward_edit()) {
         request.impl().settle_markers();
+    }
     return {};
 }
 
 Expected<void> Framework::walk(Request &request) const
 {
-    if (plugin_.registrations().empty())
+    if (plugin_.registrations().empty()) {
         return not_registered();
-    if (request.impl().direction == Direction::forward)
+    }
+    if (request.impl().direction == Direction::forward) {
         return walk_request(request);
+    }
     Expected<void> walked = walk_answers(request, request.impl().trees);
-    if (walked && request.impl().is_read())
+    if (walked && request.impl().is_read()) {
         request.drop_unanswered();
+    }
     return walked;
 }
 
@@ -174,14 +194,18 @@ Expected<Trees> Framework::forward(Document document, uint32_t kind, bool checke
 {
     kind = kind_of(document, Direction::forward, kind);
     Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
-    if (!request)
-        return tl::make_unexpected(std::move(request.error()));
-    if (Expected<void> good = checked ? check(**request) : Expected<void>(); !good)
-        return tl::make_unexpected(std::move(good.error()));
-    if (Expected<void> walked = walk(**request); !walked)
-        return tl::make_unexpected(std::move(walked.error()));
-    if (Expected<void> good = checked ? check_values(**request) : Expected<void>(); !good)
-        return tl::make_unexpected(std::move(good.error()));
+    if (!request) {
+        return tl::unexpected(std::move(request.error()));
+    }
+    if (Expected<void> good = checked ? check(**request) : Expected<void>(); !good) {
+        return tl::unexpected(std::move(good.error()));
+    }
+    if (Expected<void> walked = walk(**request); !walked) {
+        return tl::unexpected(std::move(walked.error()));
+    }
+    if (Expected<void> good = checked ? check_values(**request) : Expected<void>(); !good) {
+        return tl::unexpected(std::move(good.error()));
+    }
     Trees trees;
     trees.request_ = *request;
     trees.roots_ = trees.request_->roots();
@@ -198,12 +222,14 @@ Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answ
         rdl_tqm_datatree &answer = answers.nodes[i];
         for (const tqm_map_reg_info &registration : plugin_.registrations()) {
             if (answer.tag == nullptr || std::strcmp(registration.native_top, answer.tag) != 0 ||
-                answer.ns == nullptr || std::strcmp(registration.native_ns, answer.ns) != 0)
+                answer.ns == nullptr || std::strcmp(registration.native_ns, answer.ns) != 0) {
                 continue;
+            }
             request.impl().start_walk();
             const rcode code = without_skip(registration.reverse_root(request.ctx(), &answer, request.out()));
-            if (code != 0)
+            if (code != 0) {
                 return with_instance(request.error(code), schema_);
+            }
             break;
         }
     }
@@ -217,10 +243,12 @@ Expected<Trees> Framework::reverse(Document document, uint32_t kind)
     trees.request_ =
         std::make_shared<Request>(schema_, plugin_.registrations(), trees.kind_, Direction::reverse, watch_);
     Request &request = *trees.request_;
-    if (Expected<void> loaded = request.load(std::move(document)); !loaded)
+    if (Expected<void> loaded = request.load(std::move(document)); !loaded) {
         return with_instance(std::move(loaded.error()), schema_);
-    if (Expected<void> walked = walk(request); !walked)
-        return tl::make_unexpected(std::move(walked.error()));
+    }
+    if (Expected<void> walked = walk(request); !walked) {
+        return tl::unexpected(std::move(walked.error()));
+    }
     trees.roots_ = request.roots();
     return trees;
 }
@@ -237,13 +265,15 @@ Expected<Trees> Framework::get_config(std::optional<Document> document, NativeSi
 
 Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &native, uint32_t kind)
 {
-    if (document && document->kind().value_or(kind) != kind)
+    if (document && document->kind().value_or(kind) != kind) {
         return wrong_kind(*document->kind(), kind);
+    }
     const bool selects_all = !document || document->selects_all();
     const Expected<std::shared_ptr<Request>> asked =
         walk_forward(document ? std::move(*document) : Document::selecting_all(), kind, true);
-    if (!asked)
-        return tl::make_unexpected(asked.error());
+    if (!asked) {
+        return tl::unexpected(asked.error());
+    }
 
     Trees trees;
     trees.kind_ = kind;
@@ -252,14 +282,17 @@ Expected<Trees> Framework::read(std::optional<Document> document, NativeSide &na
     request.impl().trace_index = (*asked)->impl().trace_index; // one read, one count
     for (const OutputNode *filter : (*asked)->roots()) {
         TreeBuilder answer = request.builder();
-        if (Expected<void> read = native.read(*filter, answer); !read)
+        if (Expected<void> read = native.read(*filter, answer); !read) {
             return with_instance(std::move(read.error()), schema_);
-        if (Expected<void> walked = walk_answers(request, answer.finish()); !walked)
-            return tl::make_unexpected(std::move(walked.error()));
+        }
+        if (Expected<void> walked = walk_answers(request, answer.finish()); !walked) {
+            return tl::unexpected(std::move(walked.error()));
+        }
     }
     request.drop_unanswered();
-    if (!selects_all)
+    if (!selects_all) {
         apply_filter(request.impl().output, request.impl().paths, (*asked)->impl().filter);
+    }
     trees.roots_ = request.roots();
     return trees;
 }

@@ -24,17 +24,20 @@ bool find_place(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, co
 {
     const std::size_t before = place.path.size();
     place.path.append("/").append(node.tag == nullptr ? "" : node.tag);
-    if (info != nullptr && info->is_list)
+    if (info != nullptr && info->is_list) {
         append_keys(place.path, node, *info->keys);
+    }
     place.info = info;
-    if (&wanted == &node)
+    if (&wanted == &node) {
         return true;
+    }
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
     for (uint32_t i = 0; has_children && i < node.subtree_count; ++i) {
         const rdl_tqm_datatree &child = node.subtree[i];
         const PathInfo *const child_info = info == nullptr || child.tag == nullptr ? nullptr : info->child(child.tag);
-        if (find_place(wanted, child, child_info, place))
+        if (find_place(wanted, child, child_info, place)) {
             return true;
+        }
     }
     place.path.resize(before);
     return false;
@@ -45,15 +48,17 @@ Place place_of(const rdl_tqm_datatree *node, const Request::Impl &request)
     Place place;
     const rdl_tqm_datatree *const top = request.trees.nodes;
     if (node == nullptr || top == nullptr || top->tag == nullptr ||
-        !find_place(*node, *top, request.paths.find(top->tag), place))
+        !find_place(*node, *top, request.paths.find(top->tag), place)) {
         return {};
+    }
     return place;
 }
 
 const rdl_tqm_datatree *origin_of(const OutputNode *node)
 {
-    while (node != nullptr && node->origin() == nullptr)
+    while (node != nullptr && node->origin() == nullptr) {
         node = node->parent;
+    }
     return node == nullptr ? nullptr : node->origin();
 }
 
@@ -82,28 +87,33 @@ Error Framework::in_clients_terms(NativeError native, Request &request) const
 /// Starts a part of the journal and of the trace.
 void Framework::head(const char *heading) const
 {
-    if (watch_.journal != nullptr)
+    if (watch_.journal != nullptr) {
         watch_.journal->write(heading);
-    if (watch_.trace_on && watch_.trace)
+    }
+    if (watch_.trace_on && watch_.trace) {
         watch_.trace(heading);
+    }
 }
 
 Expected<void> Framework::check(Request &request) const
 {
-    if (checker_ == nullptr || !request.impl().is_forward_edit() || request.tree() == nullptr)
+    if (checker_ == nullptr || !request.impl().is_forward_edit() || request.tree() == nullptr) {
         return {};
+    }
     const LoadedEdit edit(request.impl());
     Expected<void> checked = checker_->check(edit);
-    if (!checked)
+    if (!checked) {
         fill_instance(checked.error(), schema_);
+    }
     return checked;
 }
 
 Expected<void> Framework::check_existence(Request &request, NativeSide &native) const
 {
     Request::Impl &edit = request.impl();
-    if (request.tree() == nullptr)
+    if (request.tree() == nullptr) {
         return {};
+    }
     Existence existence(edit);
     if (existence.reads()) {
         head("---- before the edit: what it creates, deletes or counts on, as it is now ----");
@@ -113,18 +123,21 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
         TreeBuilder filter = asked.builder();
         asked.adopt(existence.filter(filter));
         existence.note_filter(asked.impl().trees);
-        if (Expected<void> walked = walk(asked); !walked)
+        if (Expected<void> walked = walk(asked); !walked) {
             return walked;
+        }
         Request answered(schema_, plugin_.registrations(), TQM_REQ_GET_CONFIG, Direction::reverse, watch_);
         answered.impl().trace_index = asked.impl().trace_index;
         for (const OutputNode *root : asked.roots()) {
             TreeBuilder builder = answered.builder();
-            if (Expected<void> read = native.read(*root, builder); !read)
+            if (Expected<void> read = native.read(*root, builder); !read) {
                 return with_instance(std::move(read.error()), schema_);
+            }
             const TreeBuilder::Roots answer = builder.finish();
             existence.note_native(*root, answer);
-            if (Expected<void> walked = walk_answers(answered, answer); !walked)
+            if (Expected<void> walked = walk_answers(answered, answer); !walked) {
                 return walked;
+            }
         }
         answered.drop_unanswered();
         existence.note_answer(answered.impl());
@@ -133,8 +146,9 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
     }
     serving() = &edit;
     Expected<void> good = existence.judge();
-    if (!good)
+    if (!good) {
         fill_instance(good.error(), schema_);
+    }
     return good;
 }
 
@@ -142,41 +156,50 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
 Expected<void> Framework::check_values(Request &request) const
 {
     const rdl_tqm_datatree *const value = request.impl().one_too_many;
-    if (value == nullptr)
+    if (value == nullptr) {
         return {};
+    }
     std::string path = place_of(value, request.impl()).path;
     append_key(path, ".", value->value);
     Error error{path + ": the router keeps one value, and this is one more", path};
-    error.app_tag = kTooManyElements;
+    error.app_tag = too_many_elements;
     return with_instance(std::move(error), schema_);
 }
 
 Expected<void> Framework::write(Request &request, NativeSide &native) const
 {
-    if (Expected<void> good = check_values(request); !good)
+    if (Expected<void> good = check_values(request); !good) {
         return good;
+    }
     const std::vector<const OutputNode *> trees = request.roots();
-    if (trees.empty())
+    if (trees.empty()) {
         return {};
-    if (tl::expected<void, NativeError> edited = native.edit(trees); !edited)
-        return tl::make_unexpected(in_clients_terms(std::move(edited.error()), request));
+    }
+    if (tl::expected<void, NativeError> edited = native.edit(trees); !edited) {
+        return tl::unexpected(in_clients_terms(std::move(edited.error()), request));
+    }
     return {};
 }
 
 Expected<void> Framework::edit(Document document, NativeSide &native)
 {
     const uint32_t kind = document.is_filter() ? uint32_t{TQM_REQ_GET} : document.kind().value_or(TQM_REQ_EDIT);
-    if (kind != TQM_REQ_EDIT)
+    if (kind != TQM_REQ_EDIT) {
         return wrong_kind(kind, TQM_REQ_EDIT);
+    }
     const Expected<std::shared_ptr<Request>> request = load(std::move(document), kind);
-    if (!request)
-        return tl::make_unexpected(request.error());
-    if (Expected<void> good = check(**request); !good)
+    if (!request) {
+        return tl::unexpected(request.error());
+    }
+    if (Expected<void> good = check(**request); !good) {
         return good;
-    if (Expected<void> good = check_existence(**request, native); !good)
+    }
+    if (Expected<void> good = check_existence(**request, native); !good) {
         return good;
-    if (Expected<void> walked = walk(**request); !walked)
+    }
+    if (Expected<void> walked = walk(**request); !walked) {
         return walked;
+    }
     return write(**request, native);
 }
 

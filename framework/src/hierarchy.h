@@ -35,9 +35,11 @@ class Instances
 public:
     OutputNode *find(const PathInfo &list) const
     {
-        for (const Instance &instance : instances_)
-            if (instance.list == &list)
+        for (const Instance &instance : instances_) {
+            if (instance.list == &list) {
                 return instance.entry;
+            }
+        }
         return nullptr;
     }
     void add(const PathInfo &list, OutputNode &entry) { instances_.push_back({&list, &entry}); }

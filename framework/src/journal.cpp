@@ -17,29 +17,34 @@ void Faults::fail(std::string operation, unsigned int nth, rcode code)
 rcode Faults::on_call(std::string_view operation)
 {
     rcode code = 0;
-    for (Fault &fault : faults_)
-        if (fault.operation == operation && fault.countdown > 0 && --fault.countdown == 0)
+    for (Fault &fault : faults_) {
+        if (fault.operation == operation && fault.countdown > 0 && --fault.countdown == 0) {
             code = fault.code;
+        }
+    }
     return code;
 }
 
 void JournalLine::start(std::string_view name)
 {
-    if (has_argument_)
+    if (has_argument_) {
         text_ += ", ";
+    }
     has_argument_ = true;
-    if (!name.empty())
+    if (!name.empty()) {
         text_.append(name).append("=");
+    }
 }
 
 void JournalLine::append_text(const char *value, bool secret)
 {
-    if (value == nullptr)
+    if (value == nullptr) {
         text_ += "null";
-    else if (secret)
+    } else if (secret) {
         text_ += "***";
-    else
+    } else {
         text_.append("\"").append(value).append("\"");
+    }
 }
 
 bool hides_value(const Request::Impl *request, std::string_view path)
@@ -69,25 +74,28 @@ JournalLine &JournalLine::ns(const char *ns)
 JournalLine &JournalLine::node(std::string_view name, const rdl_tqm_datatree *node)
 {
     start(name);
-    if (node == nullptr)
+    if (node == nullptr) {
         text_ += "null";
-    else
+    } else {
         text_ += node->tag == nullptr ? "?" : *node->tag == '\0' ? "out" : node->tag;
+    }
     return *this;
 }
 
 JournalLine &JournalLine::source(const rdl_tqm_datatree *node)
 {
     this->node("source", node);
-    if (node != nullptr && (node->present & TQM_PRESENT_OPERATION) != 0)
+    if (node != nullptr && (node->present & TQM_PRESENT_OPERATION) != 0) {
         text_.append(":").append(operation_name(node->operation));
+    }
     return *this;
 }
 
 void JournalLine::end()
 {
-    if (!ended_)
+    if (!ended_) {
         text_ += ") = ";
+    }
     ended_ = true;
 }
 

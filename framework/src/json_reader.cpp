@@ -21,8 +21,8 @@ namespace
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kDepthMax = 260; ///< of a request and what stands around it
-constexpr const char *kOperation = "ietf-netconf:operation";
+constexpr std::size_t depth_max = 260; ///< of a request and what stands around it
+constexpr const char *operation = "ietf-netconf:operation";
 
 /// Names of the members of one object.
 class NameSet
@@ -31,8 +31,9 @@ public:
     bool insert(const std::string &name)
     {
         if (few_.size() < 16) {
-            if (std::ranges::find(few_, name) != few_.end())
+            if (std::ranges::find(few_, name) != few_.end()) {
                 return false;
+            }
             few_.push_back(name);
             return true;
         }
@@ -103,8 +104,9 @@ private:
 /// What pugixml could not make for want of memory is false, null or without its name.
 void require_memory(bool made)
 {
-    if (!made)
+    if (!made) {
         throw std::bad_alloc();
+    }
 }
 
 void add_attribute(pugi::xml_node node, const char *name, const char *value)
@@ -133,12 +135,15 @@ public:
 
     bool start_object(std::size_t) override
     {
-        if (levels_.empty())
+        if (levels_.empty()) {
             return push(Level::object, root_);
-        if (in_annotation())
+        }
+        if (in_annotation()) {
             return start_annotation();
-        if (!enters(Level::objects))
+        }
+        if (!enters(Level::objects)) {
             return false;
+        }
         const pugi::xml_node node = element();
         return node && push(Level::object, node);
     }
@@ -147,37 +152,44 @@ public:
     {
         Level &level = levels_.back();
         level.member = name;
-        if (!level.names.insert(name))
+        if (!level.names.insert(name)) {
             return fail("the member '" + name + "' stands twice in one object");
-        if (level.kind == Level::object && name.starts_with('@'))
+        }
+        if (level.kind == Level::object && name.starts_with('@')) {
             level.annotations.push_back({name.substr(1), level.node.last_child(), false, {}});
+        }
         return true;
     }
 
     bool end_object() override
     {
-        if (levels_.back().kind == Level::object && !annotate(levels_.back()))
+        if (levels_.back().kind == Level::object && !annotate(levels_.back())) {
             return false;
+        }
         levels_.pop_back();
         return true;
     }
 
     bool start_array(std::size_t) override
     {
-        if (levels_.empty())
+        if (levels_.empty()) {
             return fail("a request is a JSON object, not an array");
+        }
         const Level &level = levels_.back();
         if (in_annotation()) {
-            if (level.kind != Level::object || level.annotations.back().member.empty())
+            if (level.kind != Level::object || level.annotations.back().member.empty()) {
                 return fail("there is an array where an annotation has none");
+            }
             levels_.back().annotations.back().is_array = true;
             return push(Level::annotation_array, level.node);
         }
-        if (level.kind == Level::array)
+        if (level.kind == Level::array) {
             return fail("there is an array in an array");
+        }
         const std::string member = level.member;
-        if (!push(Level::array, level.node))
+        if (!push(Level::array, level.node)) {
             return false;
+        }
         levels_.back().member = member;
         return true;
     }
@@ -192,8 +204,9 @@ public:
     bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &exception) override
     {
         constexpr int number_overflow = 406;
-        if (exception.id == number_overflow)
+        if (exception.id == number_overflow) {
             return fail("there is a number that is too large");
+        }
         syntax_error_ = position == 0 ? 0 : position - 1;
         return fail("the request is no JSON document: syntax error");
     }
@@ -207,8 +220,9 @@ private:
 
     bool push(Level::Kind kind, pugi::xml_node node)
     {
-        if (levels_.size() >= kDepthMax)
+        if (levels_.size() >= depth_max) {
             return fail("the request is nested too deep");
+        }
         Level &level = levels_.emplace_back();
         level.kind = kind;
         level.node = node;
@@ -221,29 +235,37 @@ private:
     bool enters(decltype(Level::content) content)
     {
         Level &level = levels_.back();
-        if (level.kind != Level::array)
+        if (level.kind != Level::array) {
             return true;
-        if (level.content != Level::empty && level.content != content)
+        }
+        if (level.content != Level::empty && level.content != content) {
             return fail("the array '" + level.member + "' holds objects beside other values");
+        }
         level.content = content;
         return true;
     }
 
     bool scalar(const std::string &text)
     {
-        if (levels_.empty())
+        if (levels_.empty()) {
             return fail("a request is a JSON object");
-        if (in_annotation())
+        }
+        if (in_annotation()) {
             return annotation_value(text);
-        if (!enters(Level::scalars))
+        }
+        if (!enters(Level::scalars)) {
             return false;
+        }
         pugi::xml_node leaf = element();
-        if (!leaf)
+        if (!leaf) {
             return false;
-        if (find_bad_character(text) != text.npos)
+        }
+        if (find_bad_character(text) != text.npos) {
             return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
-        if (!text.empty())
+        }
+        if (!text.empty()) {
             require_memory(leaf.append_child(pugi::node_pcdata).set_value(text.c_str()));
+        }
         return true;
     }
 
@@ -267,10 +289,12 @@ private:
                               : *after ? parent.insert_child_after(name.c_str(), *after)
                                        : parent.prepend_child(name.c_str());
         require_memory(*node.name() != '\0');
-        if (!module.empty())
-            add_attribute(node, "xmlns", module == "ietf-netconf" ? kNetconfNs : module.c_str());
-        if (parent == root_)
-            add_attribute(node, "xmlns:nc", kNetconfNs);
+        if (!module.empty()) {
+            add_attribute(node, "xmlns", module == "ietf-netconf" ? netconf_ns : module.c_str());
+        }
+        if (parent == root_) {
+            add_attribute(node, "xmlns:nc", netconf_ns);
+        }
         return node;
     }
 
@@ -278,8 +302,9 @@ private:
 
     bool in_annotation() const
     {
-        if (levels_.empty())
+        if (levels_.empty()) {
             return false;
+        }
         const Level &level = levels_.back();
         return level.kind == Level::annotation_object || level.kind == Level::annotation_array ||
                (level.kind == Level::object && level.member.starts_with('@'));
@@ -289,23 +314,26 @@ private:
     Annotation &annotation()
     {
         auto level = levels_.rbegin();
-        while (level->kind != Level::object)
+        while (level->kind != Level::object) {
             ++level;
+        }
         return level->annotations.back();
     }
 
     bool start_annotation()
     {
-        if (levels_.back().kind == Level::annotation_object)
+        if (levels_.back().kind == Level::annotation_object) {
             return fail("an annotation has no object for its value");
+        }
         annotation().operations.emplace_back();
         return push(Level::annotation_object, levels_.back().node);
     }
 
     bool null_annotation()
     {
-        if (levels_.back().kind != Level::annotation_array)
+        if (levels_.back().kind != Level::annotation_array) {
             return fail("there is null for an annotation");
+        }
         annotation().operations.emplace_back();
         return true;
     }
@@ -313,13 +341,16 @@ private:
     bool annotation_value(const std::string &text)
     {
         const Level &level = levels_.back();
-        if (level.kind != Level::annotation_object)
+        if (level.kind != Level::annotation_object) {
             return fail("the annotations of '" + annotation().member + "' are no object");
-        if (level.member != kOperation)
-            return fail("unknown annotation '" + level.member + "': only " + kOperation + " is known");
+        }
+        if (level.member != operation) {
+            return fail("unknown annotation '" + level.member + "': only " + operation + " is known");
+        }
         // An empty text would be taken for none, and one with other characters end early.
-        if (text.empty() || find_bad_character(text) != text.npos)
+        if (text.empty() || find_bad_character(text) != text.npos) {
             return fail("operation '" + text + "' is none of merge, replace, create, delete and remove");
+        }
         annotation().operations.back() = text;
         return true;
     }
@@ -328,16 +359,18 @@ private:
 
     std::string_view module_of(pugi::xml_node node) const
     {
-        while (node != root_ && !node.attribute("xmlns"))
+        while (node != root_ && !node.attribute("xmlns")) {
             node = node.parent();
+        }
         return node.attribute("xmlns").value();
     }
 
     /// The object itself, or its members of the annotation's name and module.
     std::vector<pugi::xml_node> annotated(const Annotation &annotation, const Level &level, Members &members) const
     {
-        if (annotation.member.empty())
+        if (annotation.member.empty()) {
             return {level.node};
+        }
         const std::size_t colon = annotation.member.find(':');
         const bool is_qualified = colon != std::string::npos;
         const std::string_view module =
@@ -349,21 +382,26 @@ private:
 
     bool annotate(Level &level)
     {
-        if (level.annotations.empty())
+        if (level.annotations.empty()) {
             return true;
+        }
         Members members;
-        for (pugi::xml_node child : level.node.children())
+        for (pugi::xml_node child : level.node.children()) {
             members[child.name()].push_back(child);
+        }
         // Backwards, so that leaves which only have annotations come to stand in their order.
         for (auto found = level.annotations.rbegin(); found != level.annotations.rend(); ++found) {
             std::vector<pugi::xml_node> nodes = annotated(*found, level, members);
             const bool says_nothing = std::ranges::all_of(found->operations, &std::string::empty);
-            if (nodes.empty() && says_nothing)
+            if (nodes.empty() && says_nothing) {
                 continue;
-            if (nodes.empty())
+            }
+            if (nodes.empty()) {
                 nodes = {element(level.node, found->member, found->after)};
-            if (!nodes.front() || !annotate(*found, nodes))
+            }
+            if (!nodes.front() || !annotate(*found, nodes)) {
                 return false;
+            }
         }
         return true;
     }
@@ -371,18 +409,23 @@ private:
     bool annotate(const Annotation &annotation, const std::vector<pugi::xml_node> &nodes)
     {
         const std::string name = "'@" + annotation.member + "'";
-        if (nodes.front() == root_)
+        if (nodes.front() == root_) {
             return fail("the outermost object has no annotations");
-        if (!annotation.member.empty() && nodes.front().first_child().type() == pugi::node_element)
+        }
+        if (!annotation.member.empty() && nodes.front().first_child().type() == pugi::node_element) {
             return fail(name + " is for a leaf; annotations of an object stand in its own '@'");
-        if (!annotation.is_array && nodes.size() > 1)
+        }
+        if (!annotation.is_array && nodes.size() > 1) {
             return fail(name + " is for several values: its annotations are an array");
-        if (annotation.operations.size() > nodes.size())
+        }
+        if (annotation.operations.size() > nodes.size()) {
             return fail(name + " has annotations for more values than there are");
+        }
         for (std::size_t i = 0; i < annotation.operations.size(); ++i) {
             pugi::xml_node node = nodes[i];
-            if (!annotation.operations[i].empty())
+            if (!annotation.operations[i].empty()) {
                 add_attribute(node, "nc:operation", annotation.operations[i].c_str());
+            }
         }
         return true;
     }
@@ -423,7 +466,7 @@ Expected<void> read_json(std::string_view text, Document::Content &content)
         error.error_tag = ErrorTag::malformed_message;
         error.type = ErrorType::rpc;
         error.text += " at " + place_of(text, handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1));
-        return tl::make_unexpected(error);
+        return tl::unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {
         require_memory(!content.dom.append_move(root.first_child()).empty());

@@ -13,7 +13,7 @@ namespace tqm
 namespace
 {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 16;
+constexpr std::size_t buffer_size = std::size_t{1} << 16;
 
 /// A list's entries and a leaf-list's values stand among their siblings; in JSON they are one array.
 bool is_repeated(const OutputNode &node)
@@ -24,15 +24,18 @@ bool is_repeated(const OutputNode &node)
 template <class Visit>
 void for_each_alike(const OutputNode &first, Visit visit)
 {
-    for (OutputNode::Iterator at(&first), end; at != end; ++at)
-        if (at->info == first.info)
+    for (OutputNode::Iterator at(&first), end; at != end; ++at) {
+        if (at->info == first.info) {
             visit(*at);
+        }
+    }
 }
 
 bool is_number(std::string_view text)
 {
-    if (text.starts_with('-'))
+    if (text.starts_with('-')) {
         text.remove_prefix(1);
+    }
     const bool leading_zero = text.size() > 1 && text.front() == '0';
     return !text.empty() && text.size() <= 10 && !leading_zero &&
            std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
@@ -45,13 +48,16 @@ bool JsonWriter::write(std::string_view wrapper, const std::vector<const OutputN
     with_operations_ = with_operations;
     const bool wrapped = !wrapper.empty();
     buffer_ += '{';
-    if (wrapped)
+    if (wrapped) {
         buffer_.append("\n  \"ietf-netconf:").append(wrapper).append("\": {");
+    }
     const Place place{nullptr, TQM_OP_MERGE, wrapped ? 2U : 1U};
-    for (const OutputNode *tree : trees)
+    for (const OutputNode *tree : trees) {
         member(*tree, place);
-    if (!trees.empty())
+    }
+    if (!trees.empty()) {
         buffer_ += wrapped ? "\n  " : "\n";
+    }
     buffer_ += wrapped ? "}\n}\n" : "}\n";
     flush();
     return good_;
@@ -65,10 +71,12 @@ WrittenOperation JsonWriter::operation_of(const OutputNode &node, Place place) c
 /// Starts a member or an array's element: all but the first have a comma before them.
 void JsonWriter::next(unsigned int level)
 {
-    if (buffer_.size() >= kBufferSize)
+    if (buffer_.size() >= buffer_size) {
         flush();
-    if (after_value_)
+    }
+    if (after_value_) {
         buffer_ += ',';
+    }
     after_value_ = false;
     buffer_.append("\n").append(2 * std::size_t{level}, ' ');
 }
@@ -118,8 +126,9 @@ void JsonWriter::array(const OutputNode &first, Place place)
     });
     buffer_.append("\n").append(2 * std::size_t{place.level}, ' ').append("]");
     after_value_ = true;
-    if (!first.is_list_entry())
+    if (!first.is_list_entry()) {
         leaf_annotations(first, place, true);
+    }
 }
 
 void JsonWriter::object(const OutputNode &node, const WrittenOperation &operation, Place place)
@@ -132,8 +141,9 @@ void JsonWriter::object(const OutputNode &node, const WrittenOperation &operatio
         after_value_ = true;
     }
     members(node, {node.ns(), operation.effective, place.level + 1});
-    if (after_value_)
+    if (after_value_) {
         buffer_.append("\n").append(2 * std::size_t{place.level}, ' ');
+    }
     buffer_ += '}';
     after_value_ = true;
 }
@@ -145,18 +155,21 @@ void JsonWriter::leaf_annotations(const OutputNode &first, Place place, bool is_
     const auto annotate = [&](const OutputNode &node) {
         const char *operation = operation_of(node, place).name;
         annotations += annotations.empty() ? "" : ", ";
-        if (operation == nullptr)
+        if (operation == nullptr) {
             annotations += "null";
-        else
+        } else {
             annotations.append("{\"ietf-netconf:operation\": \"").append(operation).append("\"}");
+        }
         any = any || operation != nullptr;
     };
-    if (is_array)
+    if (is_array) {
         for_each_alike(first, annotate);
-    else
+    } else {
         annotate(first);
-    if (!any)
+    }
+    if (!any) {
         return;
+    }
     next(place.level);
     name(first, place, "@");
     buffer_ += is_array ? "[" + annotations + "]" : annotations;
@@ -166,8 +179,9 @@ void JsonWriter::leaf_annotations(const OutputNode &first, Place place, bool is_
 void JsonWriter::name(const OutputNode &node, Place place, const char *mark)
 {
     buffer_.append("\"").append(mark);
-    if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0))
+    if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0)) {
         buffer_.append(schema_.module_of(node.ns())).append(":");
+    }
     buffer_.append(node.tag()).append("\": ");
 }
 
@@ -176,15 +190,16 @@ void JsonWriter::value(const OutputNode &leaf)
     const char *value = leaf.value();
     const JsonType type = schema_.json_type(leaf.path());
     const std::string_view given = value == nullptr ? "" : value;
-    if (type == JsonType::empty && given.empty())
+    if (type == JsonType::empty && given.empty()) {
         buffer_ += "[null]";
-    else if (value == nullptr)
+    } else if (value == nullptr) {
         buffer_ += "null";
-    else if ((type == JsonType::number && is_number(given)) ||
-             (type == JsonType::boolean && (given == "true" || given == "false")))
+    } else if ((type == JsonType::number && is_number(given)) ||
+               (type == JsonType::boolean && (given == "true" || given == "false"))) {
         buffer_ += given;
-    else
+    } else {
         text(given);
+    }
 }
 
 void JsonWriter::text(std::string_view text)

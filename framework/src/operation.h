@@ -75,8 +75,9 @@ Answer without_exceptions(Request::Impl *request, Answer otherwise, const Body &
     try {
         return body();
     } catch (const std::bad_alloc &) {
-        if (request != nullptr)
+        if (request != nullptr) {
             request->out_of_memory = true;
+        }
         return otherwise;
     }
 }
@@ -101,21 +102,25 @@ template <class Body, class Describe, class Found = decltype(nothing_found)>
 rcode run_operation(Request::Impl *request, const char *name, const Body &body, const Describe &describe,
                     const Found &found = nothing_found)
 {
-    if (request == nullptr)
+    if (request == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     serving() = request;
-    if (request->out_of_memory)
+    if (request->out_of_memory) {
         return TQM_ERR_INVALID_REQUEST;
+    }
     return without_exceptions(request, rcode{TQM_ERR_INVALID_REQUEST}, [&] {
         rcode rc = request->watch.faults == nullptr ? 0 : request->watch.faults->on_call(name);
-        if (rc == 0)
+        if (rc == 0) {
             rc = body(*request);
+        }
         if (request->watch.journal != nullptr) {
             JournalLine line(name);
             describe(line);
             line.result(rc);
-            if (rc == 0)
+            if (rc == 0) {
                 found(line);
+            }
             request->watch.journal->write(line.view());
         }
         return rc;
@@ -126,8 +131,9 @@ rcode run_operation(Request::Impl *request, const char *name, const Body &body, 
 template <class Describe>
 void journal_call(Request::Impl *request, const char *name, const Describe &describe)
 {
-    if (request == nullptr || request->watch.journal == nullptr)
+    if (request == nullptr || request->watch.journal == nullptr) {
         return;
+    }
     without_exceptions(request, [&] {
         JournalLine line(name);
         describe(line);
@@ -139,8 +145,9 @@ void journal_call(Request::Impl *request, const char *name, const Describe &desc
 template <class Describe>
 void journal_question(Request::Impl *request, const char *name, const Describe &describe)
 {
-    if (request != nullptr && request->watch.journal != nullptr && request->watch.journal->questions())
+    if (request != nullptr && request->watch.journal != nullptr && request->watch.journal->questions()) {
         journal_call(request, name, describe);
+    }
 }
 
 } // namespace tqm

@@ -8,16 +8,18 @@ namespace
 
 using namespace tqm;
 
-constexpr uint32_t kMostComponents = 64;
+constexpr uint32_t most_components = 64;
 
 std::string joined(const char *const *components, uint32_t count)
 {
     std::string path;
-    if (components == nullptr || count == 0 || count > kMostComponents)
+    if (components == nullptr || count == 0 || count > most_components) {
         return path;
+    }
     for (uint32_t i = 0; i < count; ++i) {
-        if (components[i] == nullptr)
+        if (components[i] == nullptr) {
             return {};
+        }
         path += components[i];
     }
     return path;
@@ -37,10 +39,12 @@ rcode add_path(const char *operation, tqm_map_ctx ctx, const AddArguments &argum
             line.text("", arguments.path).ns(arguments.ns).text("value", arguments.value, secret);
             line.source(arguments.source).number("list_entry", arguments.list_entry).number("flags", arguments.flags);
             if (arguments.tree != nullptr && ctx != nullptr && arguments.tree->tag != nullptr &&
-                *arguments.tree->tag != '\0')
+                *arguments.tree->tag != '\0') {
                 line.node("tree", arguments.tree);
-            if (arguments.out_node != nullptr)
+            }
+            if (arguments.out_node != nullptr) {
                 line.number("out_node", 1);
+            }
         });
 }
 
@@ -48,13 +52,15 @@ rcode add_path(const char *operation, tqm_map_ctx ctx, const AddArguments &argum
 bool keyed_path_key(std::string_view path, std::string_view list_path, std::string_view &key)
 {
     constexpr std::string_view end = "]/";
-    if (!path.starts_with(list_path) || !path.ends_with(end))
+    if (!path.starts_with(list_path) || !path.ends_with(end)) {
         return false;
+    }
     path.remove_prefix(list_path.size());
     const std::size_t equals = path.find('=');
     if (path.empty() || path.front() != '[' || equals == std::string_view::npos ||
-        equals + 1 + end.size() > path.size())
+        equals + 1 + end.size() > path.size()) {
         return false;
+    }
     key = path.substr(equals + 1, path.size() - equals - 1 - end.size());
     return true;
 }
@@ -69,24 +75,28 @@ std::string_view bounded(const char (&text)[N])
 rcode stitch(Request::Impl &request, tqm_map_xpath_ops *ops)
 {
     if (ops == nullptr || ops->tree == nullptr || ops->operation != TQM_XPATH_OP_STITCH ||
-        ops->mode != TQM_XPATH_MODE_STITCH)
+        ops->mode != TQM_XPATH_MODE_STITCH) {
         return TQM_ERR_BAD_ARGS;
+    }
     const std::string_view list_path = bounded(ops->list_path);
     const std::string_view path = bounded(ops->path);
     PathInfo *list = request.paths.intern(list_path);
-    if (list == nullptr)
+    if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     std::string_view key;
     OutputNode *entry = nullptr;
     if (keyed_path_key(path, list_path, key)) {
-        if (list->is_list)
+        if (list->is_list) {
             entry = request.search(ops->tree, *list, "", key);
+        }
     } else if (path.size() >= sizeof ops->path - 1) {
         // The key did not fit: the mapper has just searched for it.
         entry = list->last_found;
     }
-    if (entry == nullptr)
+    if (entry == nullptr) {
         return TQM_ERR_SKIP_NODE;
+    }
     request.make_current(*list, *entry);
     return 0;
 }
@@ -95,28 +105,35 @@ rcode stitch(Request::Impl &request, tqm_map_xpath_ops *ops)
 PathInfo *list_at(Request::Impl &request, std::string_view path, const char *key)
 {
     PathInfo *list = request.paths.intern(path);
-    if (list != nullptr)
+    if (list != nullptr) {
         request.paths.make_list(*list, key);
+    }
     return list;
 }
 
 rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_datatree *out, const char *ns,
                   const std::string &path)
 {
-    if (node == nullptr || out == nullptr || path.empty())
+    if (node == nullptr || out == nullptr || path.empty()) {
         return TQM_ERR_BAD_ARGS;
+    }
     const rdl_tqm_datatree *key = nullptr;
     const bool has_children = (node->present & TQM_PRESENT_SUBTREE) != 0 && node->subtree != nullptr;
-    for (uint32_t i = 0; has_children && key == nullptr && i < node->subtree_count; ++i)
-        if ((node->subtree[i].present & TQM_PRESENT_IS_KEY) != 0 && node->subtree[i].is_key == 1)
+    for (uint32_t i = 0; has_children && key == nullptr && i < node->subtree_count; ++i) {
+        if ((node->subtree[i].present & TQM_PRESENT_IS_KEY) != 0 && node->subtree[i].is_key == 1) {
             key = node->subtree + i;
-    if (key == nullptr || key->tag == nullptr || key->value == nullptr)
+        }
+    }
+    if (key == nullptr || key->tag == nullptr || key->value == nullptr) {
         return TQM_ERR_SKIP_NODE;
-    if (request.watch.observer != nullptr)
+    }
+    if (request.watch.observer != nullptr) {
         request.watch.observer->read(*key);
+    }
     PathInfo *list = list_at(request, path, key->tag);
-    if (list == nullptr)
+    if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     if (OutputNode *entry = request.search(out, *list, key->tag, key->value)) {
         request.make_current(*list, *entry);
         return 0;
@@ -126,21 +143,25 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
 
 rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
 {
-    if (ops == nullptr || ops->tree == nullptr || ops->operation != TQM_XPATH_OP_LOOKUP)
+    if (ops == nullptr || ops->tree == nullptr || ops->operation != TQM_XPATH_OP_LOOKUP) {
         return TQM_ERR_BAD_ARGS;
+    }
     const rdl_tqm_datatree *node = ops->tree;
     std::string_view path = bounded(ops->path);
-    if (path.empty())
+    if (path.empty()) {
         return TQM_ERR_BAD_ARGS;
+    }
     while (node != nullptr && !path.empty()) {
         const std::size_t slash = std::min(path.find('/'), path.size());
         node = find_child(*node, path.substr(0, slash));
         path.remove_prefix(std::min(slash + 1, path.size()));
     }
-    if (node == nullptr)
-        return kNotFound;
-    if (request.watch.observer != nullptr)
+    if (node == nullptr) {
+        return not_found;
+    }
+    if (request.watch.observer != nullptr) {
         request.watch.observer->read(*node);
+    }
     const std::string_view text = node->value == nullptr ? "" : node->value;
     const std::size_t length = std::min(text.size(), sizeof ops->data - 1);
     std::memcpy(ops->data, text.data(), length);
@@ -151,18 +172,23 @@ rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
 rcode search_list(Request::Impl &request, rdl_tqm_datatree *tree, rdl_tqm_datatree **found, const char *path,
                   const char *key_value, const char *key_leaf, const char *ns, bool add_missing)
 {
-    if (tree == nullptr || found == nullptr || path == nullptr || key_value == nullptr || key_leaf == nullptr)
+    if (tree == nullptr || found == nullptr || path == nullptr || key_value == nullptr || key_leaf == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     PathInfo *list = list_at(request, path, key_leaf);
-    if (list == nullptr)
+    if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     OutputNode *entry = request.search(tree, *list, key_leaf, key_value);
-    if (entry != nullptr && add_missing)
+    if (entry != nullptr && add_missing) {
         request.make_current(*list, *entry);
-    if (entry == nullptr && add_missing)
+    }
+    if (entry == nullptr && add_missing) {
         entry = request.add_keyed_entry(tree, *list, ns, key_leaf, key_value);
-    if (entry == nullptr)
-        return add_missing ? TQM_ERR_BAD_ARGS : kNotFound;
+    }
+    if (entry == nullptr) {
+        return add_missing ? TQM_ERR_BAD_ARGS : not_found;
+    }
     *found = &entry->record;
     return 0;
 }
@@ -196,8 +222,9 @@ rcode tqm_map_add_leaf_from_xpath(tqm_map_ctx ctx, const rdl_tqm_datatree *node,
         [&](Request::Impl &request) -> rcode {
             path = joined(components, count);
             if (node == nullptr || out == nullptr || root == nullptr || path.empty() ||
-                !begins_with_component(path, root))
+                !begins_with_component(path, root)) {
                 return TQM_ERR_BAD_ARGS;
+            }
             return request.add_read_leaf(out, path, ns);
         },
         [&](JournalLine &line) { line.text("", path.c_str()).ns(ns).node("node", node); });
@@ -262,8 +289,9 @@ rcode tqm_map_copy_trim_path_list_ctx(tqm_map_ctx ctx, const char *path)
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_copy_trim_path_list_ctx",
         [&](Request::Impl &request) -> rcode {
-            if (path == nullptr)
+            if (path == nullptr) {
                 return TQM_ERR_BAD_ARGS;
+            }
             request.list_context_path = path;
             return 0;
         },

@@ -12,14 +12,14 @@ namespace
 
 using namespace tqm;
 
-constexpr std::size_t kLogLineMax = 1024;
+constexpr std::size_t log_line_max = 1024;
 
 struct CodeText {
     rcode code;
     const char *text;
 };
 
-constexpr CodeText kCodeTexts[] = {
+constexpr CodeText code_texts[] = {
     {0, "success"},
     {TQM_ERR_BAD_ARGS, "a node that is deleted must not have children in the request"},
     {TQM_ERR_NO_SUBTREE, "a list entry lacks its keys"},
@@ -29,7 +29,7 @@ constexpr CodeText kCodeTexts[] = {
     {TQM_ERR_INVALID_REQUEST, "the request is invalid"},
     {TQM_ERR_SKIP_NODE, "there is nothing to do at this node"},
     {TQM_ERR_AUGMENT, "a node of another module cannot be edited here"},
-    {kNotFound, "there is no such entry or node"},
+    {not_found, "there is no such entry or node"},
 };
 
 /// Copies `length` bytes of `src`, or empties `dest` if they do not fit.
@@ -46,8 +46,9 @@ rcode copy_bounded(char *dest, size_t dest_size, const char *src, size_t length)
 
 rcode copy_operation(const char *name, const char *owner, char *dest, size_t dest_size, const char *src, size_t max)
 {
-    if (dest == nullptr || dest_size == 0)
+    if (dest == nullptr || dest_size == 0) {
         return TQM_ERR_BAD_ARGS;
+    }
     Request::Impl *request = serving();
     const auto copy = [&]() -> rcode {
         if (src == nullptr) {
@@ -56,8 +57,9 @@ rcode copy_operation(const char *name, const char *owner, char *dest, size_t des
         }
         return copy_bounded(dest, dest_size, src, strnlen(src, max));
     };
-    if (request == nullptr)
+    if (request == nullptr) {
         return copy();
+    }
     return run_operation(
         request, name, [&](Request::Impl &) { return copy(); },
         [&](JournalLine &line) { line.text("owner", owner).text("", src); });
@@ -70,8 +72,9 @@ extern "C" {
 char *tqm_strdup(const char *text, const char *owner)
 {
     Request::Impl *request = serving();
-    if (request == nullptr)
+    if (request == nullptr) {
         return text == nullptr ? nullptr : strdup(text);
+    }
     const bool fault = request->watch.faults != nullptr && request->watch.faults->on_call("tqm_strdup") != 0;
     char *none = nullptr;
     char *copy = fault ? nullptr : without_exceptions(request, none, [&] { return request->duplicate(text); });
@@ -105,9 +108,11 @@ void plat_named_free(void *pointer)
 const char *rcode_strerror(rcode rc)
 {
     journal_question(serving(), "rcode_strerror", [&](JournalLine &line) { line.result(rc); });
-    for (const CodeText &entry : kCodeTexts)
-        if (entry.code == rc)
+    for (const CodeText &entry : code_texts) {
+        if (entry.code == rc) {
             return entry.text;
+        }
+    }
     thread_local char text[sizeof "error 0x00000000"];
     std::snprintf(text, sizeof text, "error 0x%08x", rc);
     return text;
@@ -126,18 +131,20 @@ void _plat_dt_log_filter_adv(tqm_log_handle handle, uint32_t, uint32_t, uint32_t
                              const char *format, ...)
 {
     Request::Impl *request = serving();
-    if (request == nullptr || format == nullptr)
+    if (request == nullptr || format == nullptr) {
         return;
-    char text[kLogLineMax];
+    }
+    char text[log_line_max];
     va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     journal_question(request, "_plat_dt_log_filter_adv", [&](JournalLine &line) { line.result_text(text); });
-    if (request->watch.log)
+    if (request->watch.log) {
         without_exceptions(request, [&] {
             request->watch.log(handle == request->context.record.err_log ? TQM_LOG_ERROR : TQM_LOG_TRACE, text);
         });
+    }
 }
 
 uint32_t ret_nc_tqm_trace_index_incr(void)
@@ -152,11 +159,13 @@ uint32_t ret_nc_tqm_trace_index_incr(void)
 void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line)
 {
     Request::Impl *request = serving();
-    if (request == nullptr || line == nullptr || trace_buf != request->context.record.trace_buf)
+    if (request == nullptr || line == nullptr || trace_buf != request->context.record.trace_buf) {
         return;
+    }
     journal_question(request, "_rbtrace", [&](JournalLine &entry) { entry.number("flags", flags).result_text(line); });
-    if (request->watch.trace)
+    if (request->watch.trace) {
         without_exceptions(request, [&] { request->watch.trace(line); });
+    }
 }
 
 } // extern "C"

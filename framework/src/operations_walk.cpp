@@ -28,14 +28,16 @@ const char *other_value(const rdl_tqm_datatree &list_node, const char *container
 {
     for (uint32_t i = 0; i < child_count(list_node); ++i) {
         const rdl_tqm_datatree &holder = list_node.subtree[i];
-        if (holder.tag == nullptr || std::strcmp(holder.tag, container) != 0)
+        if (holder.tag == nullptr || std::strcmp(holder.tag, container) != 0) {
             continue;
+        }
         for (uint32_t k = 0; k < child_count(holder); ++k) {
             const rdl_tqm_datatree &named = holder.subtree[k];
             const char *value =
                 named.tag != nullptr && std::strcmp(named.tag, leaf) == 0 ? given_value(&named) : nullptr;
-            if (value != nullptr && std::strcmp(value, key) != 0)
+            if (value != nullptr && std::strcmp(value, key) != 0) {
                 return value;
+            }
         }
     }
     return nullptr;
@@ -44,12 +46,14 @@ const char *other_value(const rdl_tqm_datatree &list_node, const char *container
 rcode check_leafref(Request::Impl &request, const char *list_path, const char *container, const char *key_tag,
                     const rdl_tqm_datatree *list_node)
 {
-    if (list_path == nullptr || container == nullptr || key_tag == nullptr || list_node == nullptr)
+    if (list_path == nullptr || container == nullptr || key_tag == nullptr || list_node == nullptr) {
         return TQM_ERR_BAD_ARGS;
+    }
     const char *key = given_value(find_child(*list_node, key_tag));
     const char *value = key == nullptr ? nullptr : other_value(*list_node, container, key_tag, key);
-    if (value == nullptr)
+    if (value == nullptr) {
         return 0;
+    }
     if (request.record.error_msg == nullptr) {
         const std::string text = std::string("Invalid request : ") + key_tag + " of the entry of " + list_path +
                                  " is '" + key + "', but its " + container + "/" + key_tag + " is '" + value + "'";
@@ -68,11 +72,13 @@ rcode tqm_map_add_to_node_hierarchy(tqm_map_ctx ctx, const rdl_tqm_datatree *nod
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_add_to_node_hierarchy",
         [&](Request::Impl &request) -> rcode {
-            if (node == nullptr || (level_kind != TQM_HIER_CONTAINER && level_kind != TQM_HIER_LIST))
+            if (node == nullptr || (level_kind != TQM_HIER_CONTAINER && level_kind != TQM_HIER_LIST)) {
                 return TQM_ERR_BAD_ARGS;
+            }
             request.push(*node, level_kind == TQM_HIER_LIST);
-            if (request.watch.observer != nullptr)
+            if (request.watch.observer != nullptr) {
                 request.watch.observer->entered(*node);
+            }
             return 0;
         },
         [&](JournalLine &line) { line.node("", node).number("level_kind", level_kind); });
@@ -90,11 +96,13 @@ rcode tqm_map_update_current_list_node(tqm_map_ctx ctx, const char *path)
         Request::Impl::of(ctx), "tqm_map_update_current_list_node",
         [&](Request::Impl &request) -> rcode {
             PathInfo *info = path == nullptr ? nullptr : request.paths.intern(path);
-            if (info == nullptr)
+            if (info == nullptr) {
                 return TQM_ERR_BAD_ARGS;
+            }
             // A fill pushes nothing: the entry on top is another list's.
-            if (!request.in_fill() && !request.hierarchy.empty() && request.hierarchy.top().is_list)
+            if (!request.in_fill() && !request.hierarchy.empty() && request.hierarchy.top().is_list) {
                 request.hierarchy.top().path = info;
+            }
             return 0;
         },
         [&](JournalLine &line) { line.text("", path); });
@@ -106,8 +114,9 @@ rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf,
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_get_node_info",
         [&](Request::Impl &request) -> rcode {
-            if (path == nullptr || leaf == nullptr || value_out == nullptr)
+            if (path == nullptr || leaf == nullptr || value_out == nullptr) {
                 return TQM_ERR_BAD_ARGS;
+            }
             Frame *frame = request.hierarchy.find(request.paths.find(path));
             const rdl_tqm_datatree *child = frame == nullptr ? nullptr : frame->child(leaf);
             value = child == nullptr ? nullptr : child->value;
@@ -115,8 +124,9 @@ rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf,
                 *value_out = value;
                 request.asked_for = {frame->node, child};
             }
-            if (value != nullptr && request.watch.observer != nullptr)
+            if (value != nullptr && request.watch.observer != nullptr) {
                 request.watch.observer->read(*child);
+            }
             return 0;
         },
         [&](JournalLine &line) { line.text("", path).text("", leaf); },
@@ -148,8 +158,9 @@ rcode tqm_map_util_itree_stack_push(tqm_map_ctx ctx, rdl_tqm_datatree *nodes, ui
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_util_itree_stack_push",
         [&](Request::Impl &request) -> rcode {
-            if (nodes == nullptr && count != 0)
+            if (nodes == nullptr && count != 0) {
                 return TQM_ERR_BAD_ARGS;
+            }
             request.itree_stack.push_back({nodes, count, callback});
             return 0;
         },
@@ -161,8 +172,9 @@ rcode tqm_map_util_itree_stack_pop(tqm_map_ctx ctx)
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_util_itree_stack_pop",
         [](Request::Impl &request) -> rcode {
-            if (request.itree_stack.empty())
+            if (request.itree_stack.empty()) {
                 return TQM_ERR_BAD_ARGS;
+            }
             request.itree_stack.pop_back();
             return 0;
         },
@@ -174,8 +186,9 @@ rcode tqm_map_util_itree_stack_peak(tqm_map_ctx ctx, tqm_map_itree **element_out
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_util_itree_stack_peak",
         [&](Request::Impl &request) -> rcode {
-            if (element_out == nullptr || request.itree_stack.empty())
+            if (element_out == nullptr || request.itree_stack.empty()) {
                 return TQM_ERR_BAD_ARGS;
+            }
             *element_out = &request.itree_stack.back();
             return 0;
         },
@@ -185,14 +198,17 @@ rcode tqm_map_util_itree_stack_peak(tqm_map_ctx ctx, tqm_map_itree **element_out
 rcode tqm_add_to_output_list_ctx(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out)
 {
     return node_operation(ctx, "tqm_add_to_output_list_ctx", node, [&](Request::Impl &request) -> rcode {
-        if (out == nullptr)
+        if (out == nullptr) {
             return TQM_ERR_BAD_ARGS;
-        if (request.hierarchy.empty() || request.hierarchy.top().node != node)
+        }
+        if (request.hierarchy.empty() || request.hierarchy.top().node != node) {
             return 0;
+        }
         const bool leads_to_an_entry = request.undo.size() > request.hierarchy.top().undo_start;
         // At the end of its range the depth stays: walkers then leave the undo out, too.
-        if (leads_to_an_entry && request.record.output_depth < UINT8_MAX)
+        if (leads_to_an_entry && request.record.output_depth < UINT8_MAX) {
             ++request.record.output_depth;
+        }
         return 0;
     });
 }
@@ -200,10 +216,12 @@ rcode tqm_add_to_output_list_ctx(tqm_map_ctx ctx, const rdl_tqm_datatree *node, 
 rcode tqm_remove_from_output_list_ctx(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out)
 {
     return node_operation(ctx, "tqm_remove_from_output_list_ctx", node, [&](Request::Impl &request) -> rcode {
-        if (out == nullptr)
+        if (out == nullptr) {
             return TQM_ERR_BAD_ARGS;
-        if (request.record.output_depth > 0)
+        }
+        if (request.record.output_depth > 0) {
             --request.record.output_depth;
+        }
         return 0;
     });
 }
@@ -230,8 +248,9 @@ int tqm_map_do_these_match(const char *a, const char *b)
     const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
     if (match && serving() != nullptr) {
         serving()->matched_tag = a;
-        if (serving()->watch.observer != nullptr)
+        if (serving()->watch.observer != nullptr) {
             without_exceptions(serving(), [&] { serving()->watch.observer->matched(a); });
+        }
     }
     journal_question(serving(), "tqm_map_do_these_match",
                      [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
@@ -241,8 +260,9 @@ int tqm_map_do_these_match(const char *a, const char *b)
 void tqm_oc_error_path(tqm_map_ctx ctx)
 {
     Request::Impl *request = Request::Impl::of(ctx);
-    if (request == nullptr)
+    if (request == nullptr) {
         return;
+    }
     without_exceptions(request, [&] { request->note_error_path(); });
     journal_call(request, "tqm_oc_error_path",
                  [&](JournalLine &line) { line.result_text(request->error_path.c_str()); });

@@ -13,30 +13,33 @@ Output::Output(Arena &arena) : arena_(arena), base_(arena.make<OutputNode>())
 {
     base_->record.tag = "";
     base_->record.ns = "";
-    base_->record.present = kOutputPresent;
-    base_->record.role_present = kOutputRole;
+    base_->record.present = output_present;
+    base_->record.role_present = output_role;
 }
 
 OutputNode *Output::find_named(const OutputNode &parent, const PathInfo &info)
 {
     OutputNode *node = parent.first_named;
-    while (node != nullptr && node->info != &info)
+    while (node != nullptr && node->info != &info) {
         node = node->next_named;
+    }
     return node;
 }
 
 ListSlot *Output::find_slot(const OutputNode &parent, const PathInfo &info)
 {
     ListSlot *slot = parent.slots;
-    while (slot != nullptr && slot->info != &info)
+    while (slot != nullptr && slot->info != &info) {
         slot = slot->next;
+    }
     return slot;
 }
 
 ListSlot &Output::slot(OutputNode &parent, PathInfo &info)
 {
-    if (ListSlot *found = find_slot(parent, info))
+    if (ListSlot *found = find_slot(parent, info)) {
         return *found;
+    }
     auto *slot = arena_.make<ListSlot>();
     slot->info = &info;
     slot->next = parent.slots;
@@ -49,18 +52,19 @@ OutputNode *Output::append(OutputNode &parent, const PathInfo &info, const char 
     auto *node = arena_.make<OutputNode>();
     node->record.tag = info.tag;
     node->record.ns = ns;
-    node->record.present = kOutputPresent;
-    node->record.role_present = kOutputRole;
+    node->record.present = output_present;
+    node->record.role_present = output_role;
     node->info = &info;
     node->parent = &parent;
     if (info.is_key) {
         node->record.is_key = 1;
         node->record.present |= TQM_PRESENT_IS_KEY;
     }
-    if (parent.last_child == nullptr)
+    if (parent.last_child == nullptr) {
         parent.first_child = node;
-    else
+    } else {
         parent.last_child->next = node;
+    }
     parent.last_child = node;
     return node;
 }
@@ -86,8 +90,9 @@ OutputNode *Output::add_value(OutputNode &parent, PathInfo &info, const char *ns
     ListSlot &values = slot(parent, info);
     const Key key{&values, value == nullptr ? "" : "=", value == nullptr ? "" : value};
     const auto [position, added] = index_.try_emplace(key, nullptr);
-    if (added)
+    if (added) {
         position->second = append(parent, info, ns);
+    }
     values.last = position->second;
     return values.last;
 }
@@ -96,14 +101,17 @@ OutputNode *Output::replace_last_value(OutputNode &parent, PathInfo &info, const
 {
     ListSlot &values = slot(parent, info);
     OutputNode *last = values.last;
-    if (last == nullptr || value == nullptr)
+    if (last == nullptr || value == nullptr) {
         return add_value(parent, info, ns, value);
+    }
     const char *old = last->record.value;
     if (OutputNode *same = find_value(&values, value)) {
-        if (same != last)
+        if (same != last) {
             last->dropped = true;
-        if (same != last && old != nullptr)
+        }
+        if (same != last && old != nullptr) {
             index_.erase(Key{&values, "=", old});
+        }
         values.last = same;
         return same;
     }
@@ -114,8 +122,9 @@ OutputNode *Output::replace_last_value(OutputNode &parent, PathInfo &info, const
 
 OutputNode *Output::find_by_key(const ListSlot *slot, std::string_view key, std::string_view value) const
 {
-    if (slot == nullptr)
+    if (slot == nullptr) {
         return nullptr;
+    }
     const auto found = index_.find(Key{slot, key, value});
     return found == index_.end() ? nullptr : found->second;
 }
@@ -134,8 +143,9 @@ OutputNode *Output::index_by_key(OutputNode &entry, std::string_view key, std::s
 void Output::forget_key(OutputNode &entry, std::string_view key, std::string_view value)
 {
     const auto found = index_.find(Key{find_slot(*entry.parent, *entry.info), key, value});
-    if (found != index_.end() && found->second == &entry)
+    if (found != index_.end() && found->second == &entry) {
         index_.erase(found);
+    }
 }
 
 void Output::absorb(OutputNode &into, OutputNode &from)
@@ -143,8 +153,9 @@ void Output::absorb(OutputNode &into, OutputNode &from)
     OutputNode *next = nullptr;
     for (OutputNode *child = from.first_child; child != nullptr; child = next) {
         next = child->next;
-        if (child->dropped)
+        if (child->dropped) {
             continue;
+        }
         OutputNode *there = child->list_entry ? nullptr : find_named(into, *child->info);
         if (there == nullptr) {
             child->parent = &into;
@@ -163,8 +174,9 @@ void Output::absorb(OutputNode &into, OutputNode &from)
         }
         absorb(*there, *child);
     }
-    if (into.slots == nullptr)
+    if (into.slots == nullptr) {
         into.slots = from.slots;
+    }
     from.first_child = from.last_child = from.first_named = nullptr;
     from.slots = nullptr;
     from.dropped = true;

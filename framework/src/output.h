@@ -21,13 +21,14 @@ struct ListSlot {
 };
 
 /// Marks on a record that say that it is the first member of an OutputNode. Neither is a bit of the plug-in surface.
-inline constexpr uint16_t kOutputPresent = 0x8000u;
-inline constexpr uint8_t kOutputRole = 0x80u;
+inline constexpr uint16_t output_present = 0x8000u;
+inline constexpr uint8_t output_role = 0x80u;
 
 inline OutputNode *as_output_node(rdl_tqm_datatree *record)
 {
-    if ((record->present & kOutputPresent) == 0 || (record->role_present & kOutputRole) == 0)
+    if ((record->present & output_present) == 0 || (record->role_present & output_role) == 0) {
         return nullptr;
+    }
     return reinterpret_cast<OutputNode *>(record);
 }
 
@@ -35,8 +36,9 @@ inline OutputNode *as_output_node(rdl_tqm_datatree *record)
 inline OutputNode *nearest_entry(OutputNode &node)
 {
     OutputNode *at = &node;
-    while (at != nullptr && !at->list_entry)
+    while (at != nullptr && !at->list_entry) {
         at = at->parent;
+    }
     return at;
 }
 

@@ -12,8 +12,9 @@ namespace
 
 std::string_view without_slash(std::string_view path)
 {
-    if (!path.empty() && path.front() == '/')
+    if (!path.empty() && path.front() == '/') {
         path.remove_prefix(1);
+    }
     return path;
 }
 
@@ -43,8 +44,9 @@ void append_key(std::string &path, std::string_view key, std::string_view value)
     const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
     path.append("[").append(key).append("=").append(1, quote);
     for (const char c : value) {
-        if (quote == '"' && (c == '"' || c == '\\'))
+        if (quote == '"' && (c == '"' || c == '\\')) {
             path += '\\';
+        }
         path += c;
     }
     path.append(1, quote).append("]");
@@ -55,18 +57,21 @@ PathInfo *PathTable::find(std::string_view path) const
     path = without_slash(path);
     for (std::size_t at = hash_of(path);; ++at) {
         PathInfo *info = slots_[at & (slots_.size() - 1)];
-        if (info == nullptr || info->text.substr(1) == path)
+        if (info == nullptr || info->text.substr(1) == path) {
             return info;
+        }
     }
 }
 
 PathInfo *PathTable::intern(std::string_view path)
 {
-    if (PathInfo *info = find(path))
+    if (PathInfo *info = find(path)) {
         return info;
+    }
     path = without_slash(path);
-    if (path.empty() || path.front() == '/' || path.back() == '/' || path.find("//") != std::string_view::npos)
+    if (path.empty() || path.front() == '/' || path.back() == '/' || path.find("//") != std::string_view::npos) {
         return nullptr;
+    }
     return insert(path);
 }
 
@@ -101,11 +106,13 @@ PathInfo *PathTable::insert(std::string_view path)
                    std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();
     info->below_value = parent != nullptr && (parent->is_leaf || parent->is_leaf_list || parent->below_value);
 
-    if (++count_ * 2 > slots_.size())
+    if (++count_ * 2 > slots_.size()) {
         rehash();
+    }
     std::size_t at = hash_of(path);
-    while (slots_[at & (slots_.size() - 1)] != nullptr)
+    while (slots_[at & (slots_.size() - 1)] != nullptr) {
         ++at;
+    }
     slots_[at & (slots_.size() - 1)] = info;
     return info;
 }
@@ -115,11 +122,13 @@ void PathTable::rehash()
     std::vector<PathInfo *> old(slots_.size() * 2);
     old.swap(slots_);
     for (PathInfo *info : old) {
-        if (info == nullptr)
+        if (info == nullptr) {
             continue;
+        }
         std::size_t at = hash_of(info->text.substr(1));
-        while (slots_[at & (slots_.size() - 1)] != nullptr)
+        while (slots_[at & (slots_.size() - 1)] != nullptr) {
             ++at;
+        }
         slots_[at & (slots_.size() - 1)] = info;
     }
 }
@@ -127,8 +136,9 @@ void PathTable::rehash()
 PathInfo *PathTable::intern_child(PathInfo *parent, std::string_view tag)
 {
     if (parent != nullptr) {
-        if (PathInfo *info = parent->child(tag))
+        if (PathInfo *info = parent->child(tag)) {
             return info;
+        }
         return intern(std::string(parent->text) + '/' + std::string(tag));
     }
     return intern(tag);
@@ -136,16 +146,18 @@ PathInfo *PathTable::intern_child(PathInfo *parent, std::string_view tag)
 
 void PathTable::make_list(PathInfo &info, std::string_view key)
 {
-    if (info.is_list)
+    if (info.is_list) {
         return;
+    }
     made_keys_.push_back(std::make_unique<std::vector<std::string>>(1, std::string(key)));
     info.keys = made_keys_.back().get();
     info.is_list = true;
     info.list = &info;
     for (PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
         child->is_key = key == child->tag;
-        if (!child->is_list)
+        if (!child->is_list) {
             child->list = &info;
+        }
     }
 }
 

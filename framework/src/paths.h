@@ -57,9 +57,11 @@ struct PathInfo {
 
     PathInfo *child(std::string_view child_tag) const
     {
-        for (PathInfo *info = first_child; info != nullptr; info = info->next_sibling)
-            if (child_tag == info->tag)
+        for (PathInfo *info = first_child; info != nullptr; info = info->next_sibling) {
+            if (child_tag == info->tag) {
                 return info;
+            }
+        }
         return nullptr;
     }
 };

@@ -39,23 +39,28 @@ Expected<Plugin> Plugin::load(const std::filesystem::path &library, std::span<co
 {
     errno = 0;
     void *handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr && errno == ENOMEM)
+    if (handle == nullptr && errno == ENOMEM) {
         throw std::bad_alloc();
-    if (handle == nullptr)
-        return tl::make_unexpected(Error{"cannot load the plug-in: " + std::string(dlerror())});
+    }
+    if (handle == nullptr) {
+        return tl::unexpected(Error{"cannot load the plug-in: " + std::string(dlerror())});
+    }
     Plugin plugin;
     plugin.handle_ = {handle, [](void *opened) { dlclose(opened); }};
     for (const char *name : entry_points) {
         const auto entry = reinterpret_cast<void (*)(tqm_map_reg_info *)>(plugin.symbol(name));
-        if (entry == nullptr)
-            return tl::make_unexpected(Error{"the plug-in " + library.string() + " has no entry point '" + name + "'"});
+        if (entry == nullptr) {
+            return tl::unexpected(Error{"the plug-in " + library.string() + " has no entry point '" + name + "'"});
+        }
         tqm_map_reg_info registration{};
         entry(&registration);
-        if (is_empty(registration))
+        if (is_empty(registration)) {
             continue;
-        if (!is_whole(registration))
-            return tl::make_unexpected(Error{std::string("the entry point '") + name + "' of the plug-in " +
-                                             library.string() + " left its registration half filled"});
+        }
+        if (!is_whole(registration)) {
+            return tl::unexpected(Error{std::string("the entry point '") + name + "' of the plug-in " +
+                                        library.string() + " left its registration half filled"});
+        }
         plugin.registrations_.push_back(registration);
     }
     return plugin;

@@ -38,8 +38,9 @@ public:
             all = all || selects_all(tops.nodes[i]);
         }
         begin_children(tree, count);
-        for (uint32_t i = 0; i < tops.count; ++i)
+        for (uint32_t i = 0; i < tops.count; ++i) {
             copy_children(tops.nodes[i], tree, info, {Keys::trimmed, true});
+        }
         end_children(tree, all && tops.count > 1);
     }
 
@@ -55,8 +56,9 @@ private:
     void copy(const rdl_tqm_datatree &node, rdl_tqm_datatree &made, const PathInfo *info, Way way) const
     {
         made = node;
-        if (node.subtree_count == 0)
+        if (node.subtree_count == 0) {
             return;
+        }
         begin_children(made, count_of_children(node, info));
         copy_children(node, made, info, way);
         end_children(made, request_.widened && matches_leaf_lists_alone(made, info));
@@ -69,8 +71,9 @@ private:
         const std::string_view text = without_blanks(node.value);
         const bool has_blanks = text.size() != std::strlen(node.value);
         const bool chooses_too_few = request_.widened && repeats_key(info) && (!way.alone || has_blanks);
-        if (chooses_too_few && only_matches)
+        if (chooses_too_few && only_matches) {
             return;
+        }
         rdl_tqm_datatree &made = parent.subtree[parent.subtree_count++];
         made = node;
         if (chooses_too_few) {
@@ -92,9 +95,11 @@ private:
     std::size_t count_of_children(const rdl_tqm_datatree &node, const PathInfo *info) const
     {
         std::size_t count = node.subtree_count;
-        for (uint32_t i = 0; request_.widened && info != nullptr && i < node.subtree_count; ++i)
-            if (has_blank_key(node.subtree[i], info->child(node.subtree[i].tag)))
+        for (uint32_t i = 0; request_.widened && info != nullptr && i < node.subtree_count; ++i) {
+            if (has_blank_key(node.subtree[i], info->child(node.subtree[i].tag))) {
                 ++count;
+            }
+        }
         return asks_for_existence(node, info) ? count + 1 : count;
     }
 
@@ -112,18 +117,21 @@ private:
             const rdl_tqm_datatree &child = node.subtree[i];
             const PathInfo *child_info = info == nullptr ? nullptr : info->child(child.tag);
             if (const char *reason = left_out(node, child, info, child_info)) {
-                if (request_.watch.observer != nullptr)
+                if (request_.watch.observer != nullptr) {
                     request_.left_out.push_back({&made, made.subtree_count, child, reason});
+                }
             } else if (is_match(child)) {
                 copy_match(child, made, child_info, way, only_matches);
             } else {
                 copy(child, made.subtree[made.subtree_count++], child_info, {Keys::trimmed, alone});
-                if (request_.widened && has_blank_key(child, child_info))
+                if (request_.widened && has_blank_key(child, child_info)) {
                     copy(child, made.subtree[made.subtree_count++], child_info, {Keys::exact, alone});
+                }
             }
         }
-        if (made.subtree_count != 0 && asks_for_existence(node, info))
+        if (made.subtree_count != 0 && asks_for_existence(node, info)) {
             add_key_of_state(made.subtree[made.subtree_count++], node, *info);
+        }
     }
 
     /// True for a filter for entries that names a key beside other nodes: it is answered with the keys of entries that
@@ -131,8 +139,9 @@ private:
     /// walked through all that there is.)
     bool asks_for_existence(const rdl_tqm_datatree &entry, const PathInfo *list) const
     {
-        if (!request_.widened || request_.header.kind != TQM_REQ_GET || list == nullptr || !list->is_list)
+        if (!request_.widened || request_.header.kind != TQM_REQ_GET || list == nullptr || !list->is_list) {
             return false;
+        }
         const auto is_key = [&](const rdl_tqm_datatree &child) {
             return std::ranges::find(*list->keys, child.tag) != list->keys->end();
         };
@@ -143,10 +152,13 @@ private:
     /// The leaf that repeats the key in a container of state; null if there is none.
     static const PathInfo *key_of_state(const PathInfo &list)
     {
-        for (const PathInfo *child = list.first_child; child != nullptr; child = child->next_sibling)
-            if (child->is_container && child->is_state && !list.keys->empty())
-                if (const PathInfo *key = child->child(list.keys->front()))
+        for (const PathInfo *child = list.first_child; child != nullptr; child = child->next_sibling) {
+            if (child->is_container && child->is_state && !list.keys->empty()) {
+                if (const PathInfo *key = child->child(list.keys->front())) {
                     return key;
+                }
+            }
+        }
         return nullptr;
     }
 
@@ -165,8 +177,9 @@ private:
     /// A node without children selects all below it.
     static void end_children(rdl_tqm_datatree &made, bool all)
     {
-        if (!all && made.subtree_count != 0)
+        if (!all && made.subtree_count != 0) {
             return;
+        }
         made.subtree = nullptr;
         made.subtree_count = 0;
         made.present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
@@ -176,22 +189,26 @@ private:
     const char *left_out(const rdl_tqm_datatree &parent, const rdl_tqm_datatree &child, const PathInfo *info,
                          const PathInfo *child_info) const
     {
-        if (child_info == nullptr)
+        if (child_info == nullptr) {
             return nullptr;
+        }
         // The walkers compare tags.
-        if (*child.ns != '\0' && *parent.ns != '\0' && std::strcmp(child.ns, parent.ns) != 0)
+        if (*child.ns != '\0' && *parent.ns != '\0' && std::strcmp(child.ns, parent.ns) != 0) {
             return "it is of another module, and selects nothing";
+        }
         // Which entries of state there are is known when they are answered.
-        if (info->is_list && info->is_state && child_info->is_key)
+        if (info->is_list && info->is_state && child_info->is_key) {
             return "the key of a list of state is matched in the answer";
+        }
         return nullptr;
     }
 
     /// The entry may be called by the text with its blanks, too.
     static bool has_blank_key(const rdl_tqm_datatree &entry, const PathInfo *list)
     {
-        if (list == nullptr || !list->is_list)
+        if (list == nullptr || !list->is_list) {
             return false;
+        }
         return std::any_of(entry.subtree, entry.subtree + entry.subtree_count, [&](const rdl_tqm_datatree &key) {
             return is_match(key) && without_blanks(key.value).size() != std::strlen(key.value) &&
                    std::ranges::find(*list->keys, key.tag) != list->keys->end();
@@ -224,8 +241,9 @@ std::string_view without_blanks(std::string_view text)
 void make_read_tree(Request::Impl &request)
 {
     request.trees = {};
-    if (request.filter.count == 0)
+    if (request.filter.count == 0) {
         return;
+    }
     auto *tree = request.arena.make<rdl_tqm_datatree>();
     ReadTree(request).merge(request.filter, *tree);
     request.trees = {tree, 1};

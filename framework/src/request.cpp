@@ -16,9 +16,9 @@ namespace tqm
 
 namespace
 {
-constexpr uint64_t kErrorLog = 1;
-constexpr uint64_t kTraceLog = 2;
-constexpr uint64_t kTraceBuffer = 1;
+constexpr uint64_t error_log = 1;
+constexpr uint64_t trace_log = 2;
+constexpr uint64_t trace_buffer = 1;
 
 /// True where an answer has something to say at `node`; takes what has not out of the tree.
 bool keep_answered(OutputNode &node)
@@ -26,16 +26,19 @@ bool keep_answered(OutputNode &node)
     bool answered = false;
     std::size_t keys = 0;
     for (OutputNode *child = node.first_child; child != nullptr; child = child->next) {
-        if (child->dropped || !keep_answered(*child))
+        if (child->dropped || !keep_answered(*child)) {
             continue;
+        }
         answered = true;
-        if (child->is_key())
+        if (child->is_key()) {
             ++keys;
+        }
     }
-    if (node.list_entry)
+    if (node.list_entry) {
         answered = answered && keys == node.info->keys->size();
-    else if (node.first_child == nullptr)
+    } else if (node.first_child == nullptr) {
         answered = node.record.value != nullptr;
+    }
     node.dropped = !answered;
     return answered;
 }
@@ -44,8 +47,9 @@ bool keep_answered(OutputNode &node)
 const char *why_unsupported(const PathInfo &parent, std::string_view tag)
 {
     const PathInfo *const info = parent.child(tag);
-    if (info == nullptr)
+    if (info == nullptr) {
         return "there is no such node";
+    }
     return info->is_state ? "it is state, and cannot be edited" : "this router does not support it";
 }
 
@@ -65,17 +69,18 @@ Request::Impl::Impl(const Schema &schema_in, std::span<const tqm_map_reg_info> r
     ctx.request = &record;
     ctx.debug.filter =
         (watch.log_errors ? uint64_t{1} << TQM_LOG_ERROR : 0) | (watch.log_trace ? uint64_t{1} << TQM_LOG_TRACE : 0);
-    ctx.err_log = kErrorLog;
-    ctx.trc_log = kTraceLog;
-    ctx.trace_buf = kTraceBuffer;
+    ctx.err_log = error_log;
+    ctx.trc_log = trace_log;
+    ctx.trace_buf = trace_buffer;
     ctx.trace_on = watch.trace_on ? 1 : 0;
     serving() = this;
 }
 
 Request::Impl::~Impl()
 {
-    if (serving() == this)
+    if (serving() == this) {
         serving() = nullptr;
+    }
     std::free(record.error_tag);
     std::free(record.error_msg);
 }
@@ -90,13 +95,16 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
 {
     settle();
     const std::size_t position = hierarchy.position_of(node);
-    if (position == hierarchy.depth())
+    if (position == hierarchy.depth()) {
         return false;
-    if (record.error_msg != nullptr && refused_path.empty() && !made_in_fill(record.error_msg))
+    }
+    if (record.error_msg != nullptr && refused_path.empty() && !made_in_fill(record.error_msg)) {
         note_place_of_message();
+    }
     while (hierarchy.depth() > position) {
-        for (const std::size_t start = hierarchy.top().undo_start; undo.size() > start; undo.pop_back())
+        for (const std::size_t start = hierarchy.top().undo_start; undo.size() > start; undo.pop_back()) {
             undo.back().list->current = undo.back().previous;
+        }
         hierarchy.pop();
     }
     return true;
@@ -105,8 +113,9 @@ bool Request::Impl::pop(const rdl_tqm_datatree *node)
 void Request::Impl::note_error_path()
 {
     error_path = hierarchy.text();
-    if (in_fill())
+    if (in_fill()) {
         return;
+    }
     refused_path = error_path;
     refused_at = hierarchy.empty() ? nullptr : hierarchy.top().path;
 }
@@ -116,20 +125,24 @@ void Request::Impl::note_place_of_message()
 {
     refused_path = hierarchy.text();
     const Frame &frame = hierarchy.top();
-    for (uint32_t i = 0; frame.children != nullptr && i < frame.child_count; ++i)
-        if (frame.children[i].tag == matched_tag && frame.children[i].subtree_count == 0)
+    for (uint32_t i = 0; frame.children != nullptr && i < frame.child_count; ++i) {
+        if (frame.children[i].tag == matched_tag && frame.children[i].subtree_count == 0) {
             refused_tag = matched_tag;
+        }
+    }
 }
 
 const rdl_tqm_datatree *Request::Impl::walked_node()
 {
-    if (hierarchy.empty())
+    if (hierarchy.empty()) {
         return nullptr;
+    }
     Frame &top = hierarchy.top();
     if (!in_fill() && matched_tag != nullptr) {
         const rdl_tqm_datatree *const child = top.child(matched_tag);
-        if (child != nullptr && child->tag == matched_tag && child->subtree_count == 0)
+        if (child != nullptr && child->tag == matched_tag && child->subtree_count == 0) {
             return child;
+        }
     }
     return top.node;
 }
@@ -137,10 +150,12 @@ const rdl_tqm_datatree *Request::Impl::walked_node()
 void Request::Impl::start_walk()
 {
     settle();
-    while (!hierarchy.empty())
+    while (!hierarchy.empty()) {
         pop(hierarchy.top().node);
-    for (; !undo.empty(); undo.pop_back())
+    }
+    for (; !undo.empty(); undo.pop_back()) {
         undo.back().list->current = undo.back().previous;
+    }
     itree_stack.clear();
     record.walk_flags = 0;
     record.delete_mode = 0;
@@ -153,13 +168,16 @@ void Request::Impl::start_walk()
 
 char *Request::Impl::duplicate(const char *text)
 {
-    if (text == nullptr)
+    if (text == nullptr) {
         return nullptr;
+    }
     std::unique_ptr<char, decltype(&std::free)> copy(strdup(text), &std::free);
-    if (copy == nullptr)
+    if (copy == nullptr) {
         throw std::bad_alloc();
-    if (in_fill())
+    }
+    if (in_fill()) {
         fill_texts.insert(copy.get());
+    }
     return copy.release();
 }
 
@@ -167,20 +185,24 @@ void Request::Impl::free_text(void *text)
 {
     const std::unique_ptr<char, decltype(&std::free)> owned(static_cast<char *>(text), &std::free);
     const char *const given = owned.get();
-    if (in_fill() && given != nullptr && given == record.error_tag && !made_in_fill(given))
+    if (in_fill() && given != nullptr && given == record.error_tag && !made_in_fill(given)) {
         refused_tag = given;
+    }
     fill_texts.erase(given);
 }
 
 const char *Request::Impl::intern_ns(const char *ns)
 {
-    if (ns == nullptr)
+    if (ns == nullptr) {
         ns = "";
-    if (last_ns != nullptr && std::strcmp(last_ns, ns) == 0)
+    }
+    if (last_ns != nullptr && std::strcmp(last_ns, ns) == 0) {
         return last_ns;
+    }
     auto found = namespaces.find(ns);
-    if (found == namespaces.end())
+    if (found == namespaces.end()) {
         found = namespaces.insert(arena.copy(ns)).first;
+    }
     last_ns = found->data();
     return last_ns;
 }
@@ -258,8 +280,9 @@ std::span<const LeftOut> Request::left_out() const
 
 OutputForest Request::output()
 {
-    if (impl_->out_of_memory)
+    if (impl_->out_of_memory) {
         throw std::bad_alloc();
+    }
     impl_->settle();
     return OutputForest(&impl_->output.base());
 }
@@ -267,13 +290,15 @@ OutputForest Request::output()
 std::vector<const OutputNode *> Request::roots()
 {
     std::vector<const OutputNode *> roots;
-    for (const OutputNode &root : output().roots())
+    for (const OutputNode &root : output().roots()) {
         roots.push_back(&root);
+    }
     const auto rank = [this](const OutputNode *root) {
         std::size_t position = 0;
         for (const tqm_map_reg_info &registration : impl_->registrations) {
-            if (std::strcmp(registration.native_top, root->tag()) == 0)
+            if (std::strcmp(registration.native_top, root->tag()) == 0) {
                 break;
+            }
             ++position;
         }
         return position;
@@ -284,10 +309,12 @@ std::vector<const OutputNode *> Request::roots()
 
 void Request::drop_unanswered()
 {
-    if (impl_->out_of_memory)
+    if (impl_->out_of_memory) {
         throw std::bad_alloc();
-    for (OutputNode *root = impl_->output.base().first_child; root != nullptr; root = root->next)
+    }
+    for (OutputNode *root = impl_->output.base().first_child; root != nullptr; root = root->next) {
         keep_answered(*root);
+    }
 }
 
 const std::string &Request::error_path() const
@@ -297,20 +324,23 @@ const std::string &Request::error_path() const
 
 Error Request::error(rcode code) const
 {
-    if (impl_->out_of_memory)
+    if (impl_->out_of_memory) {
         throw std::bad_alloc();
+    }
     const tqm_map_request &record = impl_->record;
     Error error;
     error.code = code;
     const bool has_message = record.error_msg != nullptr && !impl_->made_in_fill(record.error_msg);
     error.text = has_message ? record.error_msg : rcode_strerror(code);
-    if (record.error_tag != nullptr && !impl_->made_in_fill(record.error_tag))
+    if (record.error_tag != nullptr && !impl_->made_in_fill(record.error_tag)) {
         error.tag = record.error_tag;
-    else
+    } else {
         error.tag = impl_->refused_tag;
+    }
     error.path = impl_->refused_path;
-    if (!has_message && code == TQM_ERR_UNSUPPORTED && impl_->refused_at != nullptr && !error.tag.empty())
+    if (!has_message && code == TQM_ERR_UNSUPPORTED && impl_->refused_at != nullptr && !error.tag.empty()) {
         error.text = error.tag + ": " + why_unsupported(*impl_->refused_at, error.tag);
+    }
     error.error_tag = tag_of(code);
     error.bad_element = error.tag;
     return error;

@@ -97,7 +97,6 @@ struct Request::Impl {
     Arena arena;
     PathTable paths;
     Output output;
-    OutputNode *base_ = &output.base();
     Hierarchy hierarchy;
     Instances request_instances; ///< entries that stand for all: made where the walk stood in no entry
     std::vector<OutputNode *> pending;
@@ -175,7 +174,7 @@ private:
     OutputNode *reverse_entry(PathInfo &list, const Naming &naming, bool addressed);
     OutputNode *current_entry(const PathInfo &list) const;
     OutputNode *below(OutputNode &entry, PathInfo &info, const Naming &naming);
-    OutputNode *existing(PathInfo *info) const;
+    OutputNode *existing(PathInfo *info);
     void give_key_from_walk(OutputNode &entry, Frame *owner);
     void give_key_of_deleted(OutputNode &entry, const AddArguments &arguments);
     void set_value(OutputNode &node, const char *value);

@@ -20,7 +20,7 @@ inline tl::unexpected<Error> wrong_kind(uint32_t found, uint32_t wanted)
     Error error{"the request is for " + name_of_kind(found) + ", not for " + name_of_kind(wanted)};
     error.error_tag = ErrorTag::operation_not_supported;
     error.type = ErrorType::protocol;
-    return tl::make_unexpected(std::move(error));
+    return tl::unexpected(std::move(error));
 }
 
 } // namespace tqm

@@ -15,7 +15,7 @@ namespace tqm
 namespace
 {
 
-constexpr unsigned int kDepthMax = 256;
+constexpr unsigned int depth_max = 256;
 
 /// What a node without an operation of its own has from the nodes around it.
 enum class Inherited { nothing, create, none };
@@ -36,10 +36,11 @@ uint32_t count_elements(pugi::xml_node element, bool &split)
 {
     uint32_t count = 0;
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_element)
+        if (child.type() == pugi::node_element) {
             ++count;
-        else
+        } else {
             split = true;
+        }
     }
     return count;
 }
@@ -99,8 +100,9 @@ private:
 std::string Converter::path_of(pugi::xml_node element) const
 {
     std::vector<pugi::xml_node> elements;
-    for (; element && element != content_.holder && element.type() == pugi::node_element; element = element.parent())
+    for (; element && element != content_.holder && element.type() == pugi::node_element; element = element.parent()) {
         elements.push_back(element);
+    }
     std::string path;
     std::string schema_path;
     for (; !elements.empty(); elements.pop_back()) {
@@ -111,8 +113,9 @@ std::string Converter::path_of(pugi::xml_node element) const
         for (std::size_t i = 0; keys != nullptr && i < keys->size(); ++i) {
             const auto key =
                 elements.back().find_child([&](pugi::xml_node child) { return (*keys)[i] == local_name(child); });
-            if (*key.child_value() != '\0')
+            if (*key.child_value() != '\0') {
                 append_key(path, (*keys)[i], key.child_value());
+            }
         }
     }
     return path;
@@ -124,8 +127,9 @@ bool Converter::fail(ErrorTag tag, std::string text, pugi::xml_node element, std
     error_.path = path_of(element);
     error_.error_tag = tag;
     error_.type = tag == ErrorTag::malformed_message ? ErrorType::rpc : ErrorType::application;
-    if (tag != ErrorTag::malformed_message && tag != ErrorTag::too_big)
+    if (tag != ErrorTag::malformed_message && tag != ErrorTag::too_big) {
         error_.bad_element = local_name(element);
+    }
     error_.bad_attribute = std::move(attribute);
     return false;
 }
@@ -133,11 +137,14 @@ bool Converter::fail(ErrorTag tag, std::string text, pugi::xml_node element, std
 std::vector<pugi::xml_node> Converter::elements()
 {
     std::vector<pugi::xml_node> elements;
-    if (content_.single)
+    if (content_.single) {
         elements.push_back(content_.single);
-    for (pugi::xml_node child : content_.holder.children())
-        if (child.type() == pugi::node_element)
+    }
+    for (pugi::xml_node child : content_.holder.children()) {
+        if (child.type() == pugi::node_element) {
             elements.push_back(child);
+        }
+    }
     return elements;
 }
 
@@ -145,34 +152,42 @@ Expected<void> Converter::run()
 {
     const std::vector<pugi::xml_node> tops = elements();
     auto *trees = request_.arena.make_array<rdl_tqm_datatree>(tops.size());
-    if (content_.holder && !is_blank(content_.holder.child_value()))
+    if (content_.holder && !is_blank(content_.holder.child_value())) {
         fail(ErrorTag::bad_element, "there is text between the elements", content_.holder);
-    if (error_.text.empty() && !reverse_ && !is_filter_ && tops.size() > 1)
+    }
+    if (error_.text.empty() && !reverse_ && !is_filter_ && tops.size() > 1) {
         fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
              tops[1]);
-    for (const std::string_view path : request_.schema.paths())
+    }
+    for (const std::string_view path : request_.schema.paths()) {
         request_.paths.intern(path);
+    }
     Inherited inherited = Inherited::nothing;
-    if (is_edit_ && content_.default_operation == DefaultOperation::none)
+    if (is_edit_ && content_.default_operation == DefaultOperation::none) {
         inherited = Inherited::none;
+    }
 
     uint32_t count = 0;
     for (std::size_t i = 0; error_.text.empty() && i < tops.size(); ++i) {
-        if (content_.single)
+        if (content_.single) {
             scope_.leave(0); // the element's declarations are taken in again below
+        }
         const std::size_t mark = scope_.enter(tops[i]);
         const auto name = name_of(tops[i]);
         const bool passed_over = name && is_passed_over(*name);
         const bool good = passed_over || (name && check_top(*name, tops[i]));
         scope_.leave(mark);
-        if (passed_over)
+        if (passed_over) {
             continue;
-        if (good && is_filter_ && count != 0 && std::strcmp(name->local, trees[0].tag) != 0)
+        }
+        if (good && is_filter_ && count != 0 && std::strcmp(name->local, trees[0].tag) != 0) {
             fail(ErrorTag::bad_element,
                  std::string("a request has one tree, and <") + tops[i].name() + "> is a second one", tops[i]);
+        }
         bool left_out = false;
-        if (!error_.text.empty() || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out))
+        if (!error_.text.empty() || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out)) {
             break;
+        }
         if (is_edit_ && content_.default_operation == DefaultOperation::replace &&
             (trees[count].present & TQM_PRESENT_OPERATION) == 0) {
             trees[count].operation = TQM_OP_REPLACE;
@@ -180,8 +195,9 @@ Expected<void> Converter::run()
         }
         ++count;
     }
-    if (!error_.text.empty())
-        return tl::make_unexpected(error_);
+    if (!error_.text.empty()) {
+        return tl::unexpected(error_);
+    }
     if (count == 0 && is_edit_ && !reverse_ && content_.default_operation == DefaultOperation::replace) {
         replace_all(request_); // an empty <config> takes everything's place
         return {};
@@ -203,14 +219,17 @@ bool Converter::is_registered(const XmlName &name, const char *&expected_ns) con
     const bool any_client_top = std::ranges::any_of(registrations, is_client_top);
     expected_ns = nullptr;
     for (const tqm_map_reg_info &registration : registrations) {
-        if (!reverse_ && any_client_top && !is_client_top(registration))
+        if (!reverse_ && any_client_top && !is_client_top(registration)) {
             continue;
-        if (std::strcmp(name.local, reverse_ ? registration.native_top : registration.oc_top) != 0)
+        }
+        if (std::strcmp(name.local, reverse_ ? registration.native_top : registration.oc_top) != 0) {
             continue;
+        }
         expected_ns = reverse_ ? registration.native_ns : registration.oc_ns;
         // A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
-        if (std::strcmp(name.ns, expected_ns) == 0 || (!is_edit_ && *name.ns == '\0'))
+        if (std::strcmp(name.ns, expected_ns) == 0 || (!is_edit_ && *name.ns == '\0')) {
             return true;
+        }
     }
     return false;
 }
@@ -218,8 +237,9 @@ bool Converter::is_registered(const XmlName &name, const char *&expected_ns) con
 bool Converter::check_top(const XmlName &name, pugi::xml_node element)
 {
     const char *expected_ns = nullptr;
-    if (is_registered(name, expected_ns))
+    if (is_registered(name, expected_ns)) {
         return true;
+    }
     if (expected_ns != nullptr) {
         error_.bad_namespace = name.ns;
         return fail(ErrorTag::unknown_namespace,
@@ -234,8 +254,9 @@ bool Converter::check_top(const XmlName &name, pugi::xml_node element)
 bool Converter::is_passed_over(const XmlName &name)
 {
     const char *expected_ns = nullptr;
-    if (!is_filter_ || is_registered(name, expected_ns))
+    if (!is_filter_ || is_registered(name, expected_ns)) {
         return false;
+    }
     if (request_.watch.observer != nullptr) {
         rdl_tqm_datatree top{};
         top.tag = request_.arena.keep(name.local);
@@ -248,24 +269,29 @@ bool Converter::is_passed_over(const XmlName &name)
 bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *parent, Inherited inherited,
                         unsigned int depth, bool &left_out)
 {
-    if (depth > kDepthMax)
-        return fail(ErrorTag::too_big, "the request is nested deeper than " + std::to_string(kDepthMax) + " elements",
+    if (depth > depth_max) {
+        return fail(ErrorTag::too_big, "the request is nested deeper than " + std::to_string(depth_max) + " elements",
                     element.parent());
+    }
     const bool has_attributes = static_cast<bool>(element.first_attribute());
     const std::size_t mark = has_attributes ? scope_.enter(element) : 0;
-    if (has_attributes && scope_.overfull())
+    if (has_attributes && scope_.overfull()) {
         return fail(ErrorTag::too_big, "too many namespaces are declared", element);
+    }
     const auto name = name_of(element);
-    if (!name)
+    if (!name) {
         return false;
+    }
     record.tag = request_.arena.keep(name->local);
     record.ns = kept_ns(name->ns);
-    if (has_attributes && !attributes(element, record))
+    if (has_attributes && !attributes(element, record)) {
         return false;
-    if (depth == 1)
+    }
+    if (depth == 1) {
         top_ns_ = record.ns;
-    else if (is_edit_ && !reverse_ && record.ns != top_ns_)
+    } else if (is_edit_ && !reverse_ && record.ns != top_ns_) {
         note_foreign(element, record);
+    }
 
     bool split = false;
     const uint32_t child_elements = count_elements(element, split);
@@ -273,35 +299,43 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
         parent != nullptr && parent->is_list && std::ranges::find(*parent->keys, name->local) != parent->keys->end();
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
     const bool deleted = is_edit_ && !reverse_ && tqm_map_is_request_delete(&record) != 0;
-    if (is_key && has_operation && !deleted && !reverse_)
+    if (is_key && has_operation && !deleted && !reverse_) {
         return fail(ErrorTag::bad_attribute, "the key of a list entry carries no operation of its own", element,
                     "operation");
+    }
     // Under the default-operation none a leaf that says nothing is not part of the edit.
     left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
     inherited = take_operation(record, inherited, is_key);
     const PathInfo *info = depth == 1 ? request_.paths.find(name->local) : nullptr;
-    if (parent != nullptr)
+    if (parent != nullptr) {
         info = parent->child(name->local);
+    }
     // What is deleted needs no value; a mapper that passed one on would set it.
-    if (deleted && !is_key && child_elements == 0)
+    if (deleted && !is_key && child_elements == 0) {
         keep_deleted_text(element, record, split, info);
-    else if (!text(element, record, child_elements, split, info))
+    } else if (!text(element, record, child_elements, split, info)) {
         return false;
-    if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements))
+    }
+    if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements)) {
         return false;
-    if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info))
+    }
+    if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info)) {
         return false;
-    if (has_attributes)
+    }
+    if (has_attributes) {
         scope_.leave(mark);
+    }
     return true;
 }
 
 /// A delete covers all that an entry holds; content beside the keys would be mapped as if it were to be merged.
 bool Converter::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list)
 {
-    for (uint32_t i = 0; i < record.subtree_count; ++i)
-        if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end())
+    for (uint32_t i = 0; i < record.subtree_count; ++i) {
+        if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end()) {
             return fail(ErrorTag::invalid_value, "a list entry that is deleted names nothing but its keys", element);
+        }
+    }
     return true;
 }
 
@@ -313,23 +347,28 @@ bool Converter::check_child(pugi::xml_node element, const rdl_tqm_datatree &chil
 {
     PathInfo *const info = parent_info.child(child.tag);
     const bool is_filter = !is_edit_ && !reverse_;
-    if (is_filter || info == nullptr)
+    if (is_filter || info == nullptr) {
         return true;
-    if ((info->is_leaf || info->is_leaf_list) && child.subtree_count != 0 && child.ns == parent.ns)
+    }
+    if ((info->is_leaf || info->is_leaf_list) && child.subtree_count != 0 && child.ns == parent.ns) {
         return fail(ErrorTag::bad_element, "a leaf holds no child elements", element);
+    }
     const bool is_single = info->is_container || (info->is_leaf && (reverse_ || !info->is_key));
-    if (!is_single)
+    if (!is_single) {
         return true;
+    }
     const PathInfo::Place place{&parent, child.ns};
-    if (std::exchange(info->last_seen, place) == place)
+    if (std::exchange(info->last_seen, place) == place) {
         return fail(ErrorTag::bad_element, std::string("the element <") + child.tag + "> stands twice", element);
+    }
     return true;
 }
 
 void Converter::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
 {
-    if (request_.foreign)
+    if (request_.foreign) {
         return;
+    }
     request_.foreign_tag = record.tag;
     request_.foreign = Error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" +
                                  top_ns_ + "', and no other module can be edited here",
@@ -344,18 +383,22 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
     auto *children = request_.arena.make_array<rdl_tqm_datatree>(count);
     uint32_t filled = 0;
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element)
+        if (child.type() != pugi::node_element) {
             continue;
+        }
         bool left_out = false;
         children[filled] = {};
-        if (!convert(child, children[filled], info, inherited, depth + 1, left_out))
+        if (!convert(child, children[filled], info, inherited, depth + 1, left_out)) {
             return false;
-        if (info != nullptr && !check_child(child, children[filled], record, *info))
+        }
+        if (info != nullptr && !check_child(child, children[filled], record, *info)) {
             return false;
-        if (!left_out)
+        }
+        if (!left_out) {
             ++filled;
-        else
+        } else {
             request_.left_out.push_back({&record, filled, children[filled]});
+        }
     }
     record.subtree = children;
     record.subtree_count = filled;
@@ -365,14 +408,16 @@ bool Converter::convert_children(pugi::xml_node element, rdl_tqm_datatree &recor
 
 Inherited Converter::take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const
 {
-    if ((record.present & TQM_PRESENT_OPERATION) != 0)
+    if ((record.present & TQM_PRESENT_OPERATION) != 0) {
         return record.operation == TQM_OP_CREATE ? Inherited::create : Inherited::nothing;
-    if (inherited == Inherited::none)
-        record.operation = kOperationNone;
-    else if (inherited == Inherited::create && !is_key)
+    }
+    if (inherited == Inherited::none) {
+        record.operation = operation_none;
+    } else if (inherited == Inherited::create && !is_key) {
         record.operation = TQM_OP_CREATE;
-    else
+    } else {
         return inherited;
+    }
     record.present |= TQM_PRESENT_OPERATION;
     return inherited;
 }
@@ -380,22 +425,26 @@ Inherited Converter::take_operation(rdl_tqm_datatree &record, Inherited inherite
 bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
 {
     for (pugi::xml_attribute attribute : element.attributes()) {
-        if (XmlScope::is_declaration(attribute.name()))
+        if (XmlScope::is_declaration(attribute.name())) {
             continue;
+        }
         const auto name = scope_.attribute_name(attribute.name());
-        if (!name)
+        if (!name) {
             return fail(ErrorTag::malformed_message,
                         std::string("the prefix of attribute '") + attribute.name() + "' is not declared", element);
-        const bool is_netconf = std::strcmp(name->ns, kNetconfNs) == 0;
+        }
+        const bool is_netconf = std::strcmp(name->ns, netconf_ns) == 0;
         const bool is_operation = std::strcmp(name->local, "operation") == 0;
         if (is_netconf && is_operation) {
-            if ((record.present & TQM_PRESENT_OPERATION) != 0)
+            if ((record.present & TQM_PRESENT_OPERATION) != 0) {
                 return fail(ErrorTag::bad_attribute, "the attribute 'operation' is given twice", element, "operation");
-            if (!operation(element, attribute.value(), record))
+            }
+            if (!operation(element, attribute.value(), record)) {
                 return false;
+            }
         } else if (is_operation) {
             return fail(ErrorTag::unknown_attribute,
-                        std::string("the attribute 'operation' must be in namespace ") + kNetconfNs, element,
+                        std::string("the attribute 'operation' must be in namespace ") + netconf_ns, element,
                         attribute.name());
         } else if (is_edit_ && std::strncmp(attribute.name(), "xml:", 4) != 0) {
             return fail(ErrorTag::unknown_attribute, std::string("unknown attribute '") + attribute.name() + "'",
@@ -412,14 +461,16 @@ bool Converter::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
 
 bool Converter::operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record)
 {
-    if (!is_edit_)
+    if (!is_edit_) {
         return fail(ErrorTag::bad_attribute, "an operation attribute has no place in a read", element, "operation");
-    const auto known = std::ranges::find(kOperationNames, std::string_view(value));
-    if (known == kOperationNames.end())
+    }
+    const auto known = std::ranges::find(operation_names, std::string_view(value));
+    if (known == operation_names.end()) {
         return fail(ErrorTag::bad_attribute,
                     std::string("operation '") + value + "' is none of merge, replace, create, delete and remove",
                     element, "operation");
-    record.operation = static_cast<uint32_t>(known - kOperationNames.begin());
+    }
+    record.operation = static_cast<uint32_t>(known - operation_names.begin());
     record.present |= TQM_PRESENT_OPERATION;
     return true;
 }
@@ -428,8 +479,9 @@ void Converter::keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree
                                   const PathInfo *info)
 {
     const char *const value = whole_text(element, split);
-    if (is_blank(value))
+    if (is_blank(value)) {
         return;
+    }
     request_.deleted_texts.emplace(&record,
                                    info != nullptr && info->is_unspaced ? trimmed(value) : request_.arena.keep(value));
 }
@@ -444,8 +496,9 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
     const bool is_text = is_edit_ && !reverse_ && holds_text && *value != '\0' && child_elements == 0;
     if (is_blank(value) && !is_text) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
-        if (!reverse_ || child_elements != 0 || is_container)
+        if (!reverse_ || child_elements != 0 || is_container) {
             return true;
+        }
         value = "";
     } else if (child_elements != 0) {
         return fail(ErrorTag::bad_element, "an element holds text beside its child elements", element);
@@ -461,12 +514,15 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
 /// Comments and CDATA sections cut a text into pieces.
 const char *Converter::whole_text(pugi::xml_node element, bool split)
 {
-    if (!split)
+    if (!split) {
         return element.child_value();
+    }
     std::string text = element.value();
-    for (pugi::xml_node child : element.children())
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+    for (pugi::xml_node child : element.children()) {
+        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
             text += child.value();
+        }
+    }
     return request_.arena.copy(text);
 }
 
@@ -485,7 +541,7 @@ std::optional<XmlName> Converter::name_of(pugi::xml_node element)
     if (!name) {
         fail(ErrorTag::malformed_message, std::string("the prefix of element <") + element.name() + "> is not declared",
              element);
-    } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, kNetconfNs) != 0) {
+    } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, netconf_ns) != 0) {
         const char *ns = request_.schema.module_ns(name->ns);
         if (ns == nullptr && !is_filter_) {
             fail(ErrorTag::unknown_namespace, std::string("there is no module '") + name->ns + "' here", element);
@@ -510,10 +566,12 @@ void select_all(Request::Impl &request)
 {
     const auto &registrations = request.registrations;
     auto top = std::ranges::find_if(registrations, is_client_top);
-    if (top == registrations.end())
+    if (top == registrations.end()) {
         top = registrations.begin();
-    if (top == registrations.end())
+    }
+    if (top == registrations.end()) {
         return;
+    }
     auto *tree = request.arena.make<rdl_tqm_datatree>();
     tree->tag = request.arena.copy(top->oc_top);
     tree->ns = request.intern_ns(top->oc_ns);
@@ -540,8 +598,9 @@ Expected<void> load_request_tree(Request::Impl &request, std::unique_ptr<Documen
     }
     request.buffers.push_back(content->buffer);
     request.arena.keep_alive(content->buffer.get(), content->size);
-    if (Expected<void> converted = Converter(request, *content).run(); !converted)
+    if (Expected<void> converted = Converter(request, *content).run(); !converted) {
         return converted;
+    }
     if (request.is_read() && request.direction == Direction::forward) {
         request.filter = request.trees;
         make_read_tree(request);

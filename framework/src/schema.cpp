@@ -67,8 +67,9 @@ std::vector<std::string_view> Schema::paths() const
     std::vector<std::string_view> paths(leaf_lists_.begin(), leaf_lists_.end());
     paths.insert(paths.end(), leaves_.begin(), leaves_.end());
     paths.insert(paths.end(), containers_.begin(), containers_.end());
-    for (const auto &[path, keys] : lists_)
+    for (const auto &[path, keys] : lists_) {
         paths.push_back(path);
+    }
     return paths;
 }
 

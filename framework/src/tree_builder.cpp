@@ -9,8 +9,9 @@ namespace tqm
 
 TreeBuilder::Roots TreeBuilder::array_of(Arena &arena, const rdl_tqm_datatree *nodes, std::size_t count)
 {
-    if (count == 0)
+    if (count == 0) {
         return {};
+    }
     auto *array = arena.make_array<rdl_tqm_datatree>(count);
     std::copy_n(nodes, count, array);
     return {array, static_cast<uint32_t>(count)};
@@ -19,8 +20,9 @@ TreeBuilder::Roots TreeBuilder::array_of(Arena &arena, const rdl_tqm_datatree *n
 const char *TreeBuilder::shared(std::string_view text)
 {
     auto found = texts_.find(text);
-    if (found == texts_.end())
+    if (found == texts_.end()) {
         found = texts_.insert({arena_.copy(text), text.size()}).first;
+    }
     return found->data();
 }
 
@@ -41,22 +43,25 @@ void TreeBuilder::open(std::string_view ns, std::string_view tag)
 void TreeBuilder::leaf(std::string_view ns, std::string_view tag, std::optional<std::string_view> value)
 {
     rdl_tqm_datatree *node = append(ns, tag);
-    if (!value)
+    if (!value) {
         return;
+    }
     node->value = arena_.copy(*value);
     node->present |= TQM_PRESENT_VALUE;
 }
 
 void TreeBuilder::close()
 {
-    if (open_.empty())
+    if (open_.empty()) {
         return;
+    }
     const std::size_t position = open_.back();
     open_.pop_back();
     const Roots children = array_of(arena_, nodes_.data() + position + 1, nodes_.size() - position - 1);
     nodes_.resize(position + 1);
-    if (children.count == 0)
+    if (children.count == 0) {
         return;
+    }
     nodes_[position].subtree = children.nodes;
     nodes_[position].subtree_count = children.count;
     nodes_[position].present |= TQM_PRESENT_SUBTREE;
@@ -64,16 +69,18 @@ void TreeBuilder::close()
 
 void TreeBuilder::operation(uint32_t operation)
 {
-    if (nodes_.empty())
+    if (nodes_.empty()) {
         return;
+    }
     nodes_.back().operation = operation;
     nodes_.back().present |= TQM_PRESENT_OPERATION;
 }
 
 TreeBuilder::Roots TreeBuilder::finish()
 {
-    while (!open_.empty())
+    while (!open_.empty()) {
         close();
+    }
     const Roots roots = array_of(arena_, nodes_.data(), nodes_.size());
     nodes_.clear();
     return roots;

@@ -9,7 +9,7 @@ namespace tqm
 namespace
 {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 16;
+constexpr std::size_t buffer_size = std::size_t{1} << 16;
 
 /// True below an entry that goes away with all that it holds. A container that goes away is set anew by what is below.
 bool is_in_removed_entry(const OutputNode &node)
@@ -17,8 +17,9 @@ bool is_in_removed_entry(const OutputNode &node)
     for (const OutputNode *outer = node.parent; outer != nullptr; outer = outer->parent) {
         const std::optional<uint32_t> operation = outer->operation();
         const bool removed = operation == TQM_OP_DELETE || operation == TQM_OP_REMOVE;
-        if (removed && outer->is_list_entry())
+        if (removed && outer->is_list_entry()) {
             return true;
+        }
     }
     return false;
 }
@@ -52,25 +53,27 @@ const char *escape_of(char c, bool in_attribute)
 WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation)
 {
     const uint32_t operation = node.operation().value_or(outer_operation);
-    if (operation == outer_operation)
+    if (operation == outer_operation) {
         return {nullptr, outer_operation};
+    }
     const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_in_removed_entry(node));
-    const bool written = operation < kOperationNames.size() && !needless;
-    return {written ? kOperationNames[operation] : nullptr, operation};
+    const bool written = operation < operation_names.size() && !needless;
+    return {written ? operation_names[operation] : nullptr, operation};
 }
 
 bool XmlWriter::write(std::string_view wrapper, std::string_view attributes,
                       const std::vector<const OutputNode *> &trees, bool with_operations)
 {
     with_operations_ = with_operations;
-    buffer_.reserve(kBufferSize + 4096);
+    buffer_.reserve(buffer_size + 4096);
     buffer_.append("<").append(wrapper).append(attributes);
     if (trees.empty()) {
         buffer_ += "/>\n";
     } else {
         buffer_ += ">\n";
-        for (const OutputNode *tree : trees)
+        for (const OutputNode *tree : trees) {
             node(*tree, nullptr, TQM_OP_MERGE, 1);
+        }
         buffer_.append("</").append(wrapper).append(">\n");
     }
     flush();
@@ -81,16 +84,18 @@ bool XmlWriter::write(std::string_view attributes, const std::vector<const Outpu
 {
     with_operations_ = with_operations;
     top_attributes_ = attributes;
-    for (const OutputNode *tree : trees)
+    for (const OutputNode *tree : trees) {
         node(*tree, nullptr, TQM_OP_MERGE, 0);
+    }
     flush();
     return good_;
 }
 
 void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t outer_operation, unsigned int level)
 {
-    if (buffer_.size() >= kBufferSize)
+    if (buffer_.size() >= buffer_size) {
         flush();
+    }
     const std::string_view tag = node.tag();
     buffer_.append(2 * std::size_t{level}, ' ').append("<").append(tag);
     if (outer_ns == nullptr || (outer_ns != node.ns() && std::strcmp(outer_ns, node.ns()) != 0)) {
@@ -98,20 +103,23 @@ void XmlWriter::node(const OutputNode &node, const char *outer_ns, uint32_t oute
         escaped(node.ns(), true);
         buffer_ += '"';
     }
-    if (outer_ns == nullptr)
+    if (outer_ns == nullptr) {
         buffer_ += top_attributes_;
+    }
     if (with_operations_) {
         const WrittenOperation written = written_operation(node, outer_operation);
-        if (written.name != nullptr)
+        if (written.name != nullptr) {
             buffer_.append(" nc:operation=\"").append(written.name).append("\"");
+        }
         outer_operation = written.effective;
     }
     const OutputNode::Children children = node.children();
     const bool has_text = node.value() != nullptr && *node.value() != '\0';
     if (!children.empty()) {
         buffer_ += ">\n";
-        for (const OutputNode &child : children)
+        for (const OutputNode &child : children) {
             this->node(child, node.ns(), outer_operation, level + 1);
+        }
         buffer_.append(2 * std::size_t{level}, ' ').append("</").append(tag).append(">\n");
     } else if (has_text) {
         buffer_ += '>';
@@ -127,8 +135,9 @@ void XmlWriter::escaped(std::string_view text, bool in_attribute)
     std::size_t plain = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const char *escape = escape_of(text[at], in_attribute);
-        if (escape == nullptr)
+        if (escape == nullptr) {
             continue;
+        }
         buffer_.append(text, plain, at - plain).append(escape);
         plain = at + 1;
     }

@@ -11,7 +11,7 @@
 namespace tqm
 {
 
-inline constexpr const char *kNetconfNs = "urn:ietf:params:xml:ns:netconf:base:1.0";
+inline constexpr const char *netconf_ns = "urn:ietf:params:xml:ns:netconf:base:1.0";
 
 struct XmlName {
     const char *ns; ///< "" without a namespace

@@ -1,6 +1,5 @@
 // What differs between two configurations, for those who look at an edit before it is made.
-#ifndef ROUTER_CHANGES_H
-#define ROUTER_CHANGES_H
+#pragma once
 
 #include "router/datastore.h"
 
@@ -16,5 +15,3 @@ namespace router
 Expected<std::vector<Change>> changes_between(const lyd_node *before, const lyd_node *after);
 
 } // namespace router
-
-#endif

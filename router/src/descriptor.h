@@ -1,6 +1,5 @@
 // An open file, and what its users share.
-#ifndef ROUTER_DESCRIPTOR_H
-#define ROUTER_DESCRIPTOR_H
+#pragma once
 
 #include "router/error.h"
 
@@ -71,5 +70,3 @@ inline tl::unexpected<Error> system_error(const std::string &what, const std::st
 }
 
 } // namespace router
-
-#endif

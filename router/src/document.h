@@ -1,6 +1,5 @@
 // Documents of the store and of the router's state: their envelope, and the way between their text and a data tree.
-#ifndef ROUTER_DOCUMENT_H
-#define ROUTER_DOCUMENT_H
+#pragma once
 
 #include "router/error.h"
 #include "tree.h"
@@ -25,5 +24,3 @@ Expected<Tree> parse_state(const ly_ctx *context, std::string text);
 Expected<std::string> print_configuration(const lyd_node *tree);
 
 } // namespace router
-
-#endif

@@ -1,6 +1,5 @@
 // Configurations that an earlier version of the modules allowed, and that the present one does not.
-#ifndef ROUTER_EARLIER_FORMS_H
-#define ROUTER_EARLIER_FORMS_H
+#pragma once
 
 #include "tree.h"
 
@@ -13,5 +12,3 @@ namespace router
 void admit_earlier_forms(Tree &tree);
 
 } // namespace router
-
-#endif

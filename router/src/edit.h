@@ -1,6 +1,5 @@
 // Application of an edit to a data tree. Knows the operations; copies, validation and files are the datastore's.
-#ifndef ROUTER_EDIT_H
-#define ROUTER_EDIT_H
+#pragma once
 
 #include "entries.h"
 #include "router/edit_node.h"
@@ -75,5 +74,3 @@ private:
 };
 
 } // namespace router
-
-#endif

@@ -1,7 +1,6 @@
 // Which data an edit or a filter means: schema nodes by name, list entries by all, some or none of their keys, and
 // which entries are OpenConfig's to see. Search by keys is by hash throughout.
-#ifndef ROUTER_ENTRIES_H
-#define ROUTER_ENTRIES_H
+#pragma once
 
 #include "router/edit_node.h"
 #include "tree.h"
@@ -95,5 +94,3 @@ std::vector<lyd_node *> matching_entries(const lyd_node *parent, const lysc_node
                                          const Visibility &visibility, EntryFinder &finder);
 
 } // namespace router
-
-#endif

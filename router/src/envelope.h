@@ -1,6 +1,5 @@
 // The elements of NETCONF around data (RFC 6241, section 7): a saved answer is taken as it was received.
-#ifndef ROUTER_ENVELOPE_H
-#define ROUTER_ENVELOPE_H
+#pragma once
 
 #include "router/error.h"
 
@@ -18,5 +17,3 @@ Expected<void> take_off_envelope(std::string &xml);
 Expected<void> take_off_json_envelope(std::string &json);
 
 } // namespace router
-
-#endif

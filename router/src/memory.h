@@ -1,7 +1,6 @@
 // Want of memory inside libyang, which does not always say so: a printer leaves a text out, a parser a node, and the
 // call succeeds. The allocator, though, leaves ENOMEM in errno, which nothing takes back.
-#ifndef ROUTER_MEMORY_H
-#define ROUTER_MEMORY_H
+#pragma once
 
 #include <libyang/libyang.h>
 
@@ -46,5 +45,3 @@ inline bool found(LY_ERR code)
 }
 
 } // namespace router
-
-#endif

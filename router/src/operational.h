@@ -1,7 +1,6 @@
 // The router's state as it follows from its configuration alone: what is configured is in force, defaults stand where
 // nothing is configured, and counters are at 0.
-#ifndef ROUTER_OPERATIONAL_H
-#define ROUTER_OPERATIONAL_H
+#pragma once
 
 #include "entries.h"
 #include "tree.h"
@@ -13,5 +12,3 @@ namespace router
 Tree derive_state(const ly_ctx *context, const Visibility &visibility, const lyd_node *configuration);
 
 } // namespace router
-
-#endif

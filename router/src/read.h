@@ -1,6 +1,5 @@
 // Reads: walks what a filter chooses of a data tree into a sink, in time of the filter and of what it chooses.
-#ifndef ROUTER_READ_H
-#define ROUTER_READ_H
+#pragma once
 
 #include "entries.h"
 #include "router/datastore.h"
@@ -54,5 +53,3 @@ private:
 };
 
 } // namespace router
-
-#endif

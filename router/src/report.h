@@ -1,7 +1,6 @@
 // Texts of errors: where a node is, what its type allows, and what libyang had to say. What a secret leaf holds, and
 // text of a document that may hold one, never gets into them.
-#ifndef ROUTER_REPORT_H
-#define ROUTER_REPORT_H
+#pragma once
 
 #include "router/error.h"
 
@@ -29,5 +28,3 @@ std::string value_refused(const lysc_node *leaf, const char *value);
 std::string document_fault(const ly_ctx *context);
 
 } // namespace router
-
-#endif

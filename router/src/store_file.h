@@ -1,6 +1,5 @@
 // The one file of a store. Bytes in, bytes out; what they say is another's business.
-#ifndef ROUTER_STORE_FILE_H
-#define ROUTER_STORE_FILE_H
+#pragma once
 
 #include "router/datastore.h"
 #include "router/error.h"
@@ -39,5 +38,3 @@ private:
 };
 
 } // namespace router
-
-#endif

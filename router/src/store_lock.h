@@ -1,7 +1,6 @@
 // A writer's hold on the directory of a store: the lock, and the directory itself where there was none. What lies in
 // the directory beside the lock is another's business.
-#ifndef ROUTER_STORE_LOCK_H
-#define ROUTER_STORE_LOCK_H
+#pragma once
 
 #include "descriptor.h"
 #include "router/datastore.h"
@@ -36,5 +35,3 @@ private:
 };
 
 } // namespace router
-
-#endif

@@ -1,6 +1,5 @@
 // Ownership at libyang's boundary: whoever holds one of these frees it.
-#ifndef ROUTER_TREE_H
-#define ROUTER_TREE_H
+#pragma once
 
 #include <libyang/libyang.h>
 
@@ -28,5 +27,3 @@ using Detached = std::unique_ptr<lyd_node, FreeTree>;
 using Text = std::unique_ptr<char, Free>;
 
 } // namespace router
-
-#endif

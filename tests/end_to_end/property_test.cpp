@@ -216,7 +216,7 @@ private:
         const std::set<test::Refusal> refusals = edit_config(edit, tree);
         auto document = tqm::Document::parse(xml);
         const auto edited =
-            document ? framework_->edit(std::move(*document), native) : tl::make_unexpected(document.error());
+            document ? framework_->edit(std::move(*document), native) : tl::unexpected(document.error());
         if (!refusals.empty()) {
             const std::string changes = edited ? "" : differences(before, native_leaves());
             return fault_of_refusal(refusals, edited) + changes;
@@ -274,7 +274,7 @@ private:
     std::string native_edit(const std::string &text)
     {
         auto document = tqm::Document::parse(text);
-        const auto trees = document ? framework_->forward(std::move(*document)) : tl::make_unexpected(document.error());
+        const auto trees = document ? framework_->forward(std::move(*document)) : tl::unexpected(document.error());
         std::string printed;
         if (trees) {
             trees->print(printed);

@@ -12,7 +12,7 @@ namespace
 const Refusal data_exists{tqm::ErrorTag::data_exists};
 const Refusal data_missing{tqm::ErrorTag::data_missing};
 const Refusal not_supported{tqm::ErrorTag::operation_not_supported};
-const Refusal too_many_elements{tqm::ErrorTag::operation_failed, tqm::kTooManyElements};
+const Refusal too_many_elements{tqm::ErrorTag::operation_failed, tqm::too_many_elements};
 const Refusal any_error{};
 
 void erase(Leaves &tree, const std::string &path)

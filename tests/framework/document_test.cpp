@@ -10,16 +10,17 @@ using namespace test;
 using tqm::Document;
 using tqm::Request;
 
-constexpr const char *kNc = "urn:ietf:params:xml:ns:netconf:base:1.0";
+constexpr const char *netconf_ns = "urn:ietf:params:xml:ns:netconf:base:1.0";
 
 std::string top(const std::string &content, const std::string &attributes = "")
 {
-    return std::string("<oc xmlns=\"") + kOc + "\" xmlns:nc=\"" + kNc + "\"" + attributes + ">" + content + "</oc>";
+    return std::string("<oc xmlns=\"") + oc_ns + "\" xmlns:nc=\"" + netconf_ns + "\"" + attributes + ">" + content +
+           "</oc>";
 }
 std::string rpc(const std::string &operation)
 {
-    return std::string("<?xml version=\"1.0\"?><!-- c --><rpc xmlns=\"") + kNc + "\" message-id=\"1\">" + operation +
-           "</rpc>";
+    return std::string("<?xml version=\"1.0\"?><!-- c --><rpc xmlns=\"") + netconf_ns + "\" message-id=\"1\">" +
+           operation + "</rpc>";
 }
 std::string edit(const std::string &config, const std::string &options = "")
 {
@@ -30,12 +31,15 @@ void describe(std::string &text, const rdl_tqm_datatree &node)
 {
     constexpr const char *names[] = {"merge", "replace", "create", "delete", "remove", "none"};
     text += node.tag;
-    if ((node.present & TQM_PRESENT_VALUE) != 0)
+    if ((node.present & TQM_PRESENT_VALUE) != 0) {
         text.append("='").append(node.value).append("'");
-    if ((node.present & TQM_PRESENT_OPERATION) != 0)
+    }
+    if ((node.present & TQM_PRESENT_OPERATION) != 0) {
         text.append(":").append(names[node.operation]);
-    if ((node.present & TQM_PRESENT_SUBTREE) == 0)
+    }
+    if ((node.present & TQM_PRESENT_SUBTREE) == 0) {
         return;
+    }
     text += "{";
     for (uint32_t i = 0; i < node.subtree_count; ++i) {
         text += i == 0 ? "" : " ";
@@ -51,14 +55,17 @@ std::string read(const std::string &text, uint32_t kind = TQM_REQ_EDIT,
     static const tqm::Schema models = schema();
     static const std::vector<tqm_map_reg_info> maps = registrations();
     tqm::Expected<Document> document = Document::parse(text);
-    if (!document)
+    if (!document) {
         return "error: " + document.error().text;
+    }
     Request request(models, maps, document->kind().value_or(kind), direction);
-    if (const tqm::Expected<void> loaded = request.load(std::move(*document)); !loaded)
+    if (const tqm::Expected<void> loaded = request.load(std::move(*document)); !loaded) {
         return "error: " + loaded.error().text + (loaded.error().path.empty() ? "" : " at " + loaded.error().path);
+    }
     std::string trees;
-    for (uint32_t i = 0; i < request.tree_count(); ++i)
+    for (uint32_t i = 0; i < request.tree_count(); ++i) {
         describe(trees, *request.tree(i));
+    }
     return trees;
 }
 
@@ -69,8 +76,9 @@ struct Case {
 void expect_all(const std::vector<Case> &cases, uint32_t kind = TQM_REQ_EDIT,
                 tqm::Direction direction = tqm::Direction::forward)
 {
-    for (const Case &c : cases)
+    for (const Case &c : cases) {
         EXPECT_EQ(read(c.text, kind, direction), c.expected) << c.text;
+    }
 }
 
 TEST(Documents, all_wrappers_lead_to_the_same_tree)
@@ -78,9 +86,10 @@ TEST(Documents, all_wrappers_lead_to_the_same_tree)
     const std::string tree = top("<policy><name>P</name></policy>");
     for (const std::string &text :
          {tree, "<config>" + tree + "</config>", "<data>" + tree + "</data>", edit(tree), "\xef\xbb\xbf" + tree,
-          std::string("<x:oc xmlns:x=\"") + kOc + "\"><x:policy><y:name xmlns:y=\"" + kOc +
-              "\">P</y:name></x:policy></x:oc>"})
+          std::string("<x:oc xmlns:x=\"") + oc_ns + "\"><x:policy><y:name xmlns:y=\"" + oc_ns +
+              "\">P</y:name></x:policy></x:oc>"}) {
         EXPECT_EQ(read(text), "oc{policy{name='P'}}") << text;
+    }
     EXPECT_EQ(read(rpc("<get/>")), "oc");
     EXPECT_EQ(read(rpc("<get><filter/></get>")), "");
     EXPECT_EQ(
@@ -93,7 +102,7 @@ TEST(Documents, texts_are_kept_in_edits_and_trimmed_in_filters)
     const std::string tree = top("<a> x &lt;<![CDATA[&y]]><!-- c -->z </a><b>  </b><c/>");
     EXPECT_EQ(read(tree), "oc{a=' x <&yz ' b c}");
     EXPECT_EQ(read(tree, TQM_REQ_GET), "oc{a='x <&yz' b c}");
-    EXPECT_EQ(read("<pol xmlns=\"" + std::string(kNative) + "\"><a/></pol>", TQM_REQ_GET, tqm::Direction::reverse),
+    EXPECT_EQ(read("<pol xmlns=\"" + std::string(native_ns) + "\"><a/></pol>", TQM_REQ_GET, tqm::Direction::reverse),
               "pol{a=''}");
 }
 
@@ -129,11 +138,11 @@ TEST(Documents, refusals_name_what_is_wrong)
         {"<oc>\xff</oc>", "error: the request has bytes that are no XML character in UTF-8 at line 1, column 5"},
         {"<oc/>", "error: <oc> is in namespace '', not in 'http://example.org/oc' at /oc"},
         {"<x/>", "error: no mapping is registered for the element <x> at /x"},
-        {"<op xmlns=\"" + std::string(kOc) + "\"/>", "error: no mapping is registered for the element <op> at /op"},
+        {"<op xmlns=\"" + std::string(oc_ns) + "\"/>", "error: no mapping is registered for the element <op> at /op"},
         {top("<p:a/>"), "error: the prefix of element <p:a> is not declared at /oc/a"},
         {top("<a p:b=\"\"/>"), "error: the prefix of attribute 'p:b' is not declared at /oc/a"},
         {top("<a operation=\"delete\"/>"),
-         "error: the attribute 'operation' must be in namespace " + std::string(kNc) + " at /oc/a"},
+         "error: the attribute 'operation' must be in namespace " + std::string(netconf_ns) + " at /oc/a"},
         {top("<a nc:operation=\"erase\"/>"),
          "error: operation 'erase' is none of merge, replace, create, delete and remove at /oc/a"},
         {top("<a b=\"\"/>"), "error: unknown attribute 'b' at /oc/a"},
@@ -162,12 +171,14 @@ TEST(Documents, refusals_name_what_is_wrong)
 TEST(Documents, deep_nesting_is_refused)
 {
     std::string text;
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         text += "<a>";
+    }
     const std::string truncated = read(text);
     EXPECT_TRUE(truncated.starts_with("error: the request is no XML document")) << truncated;
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         text += "</a>";
+    }
     const std::string deep = read(top(text));
     EXPECT_TRUE(deep.starts_with("error: the request is nested deeper than 256 elements")) << deep.substr(0, 80);
 }

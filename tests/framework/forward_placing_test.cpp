@@ -19,15 +19,17 @@ protected:
         return {"/oc/policy",
                 "name",
                 [this](const rdl_tqm_datatree &entry) {
-                    if (tqm_map_is_request_delete(&entry) == 0)
+                    if (tqm_map_is_request_delete(&entry) == 0) {
                         add(request, "/pol/p", {.list_entry = 1});
-                    else if (entry.operation == TQM_OP_DELETE)
+                    } else if (entry.operation == TQM_OP_DELETE) {
                         add(request, "/pol/p", {.source = &entry, .list_entry = 1});
+                    }
                 },
                 [this](const rdl_tqm_datatree &key) {
                     add(request, "/pol/p/name", {.value = key.value, .source = &key});
-                    if (tqm_map_is_request_delete(&key) == 0)
+                    if (tqm_map_is_request_delete(&key) == 0) {
                         add(request, "/pol/p/created");
+                    }
                 },
                 [this](const rdl_tqm_datatree &from) {
                     add(request, "/pol/p/a", {.source = &from});
@@ -80,13 +82,14 @@ protected:
     {
         const auto leaf_of_other_module = [this](const rdl_tqm_datatree &node) {
             add(request, "/ifs/if/macsec/psk/chain",
-                {.value = node.value, .source = &node, .flags = TQM_ADD_OTHER_MODULE, .ns = kOther});
+                {.value = node.value, .source = &node, .flags = TQM_ADD_OTHER_MODULE, .ns = other_ns});
         };
         return {"/oc/interface",
                 "name",
                 [this](const rdl_tqm_datatree &entry) {
-                    if (tqm_map_is_request_delete(&entry) != 0)
+                    if (tqm_map_is_request_delete(&entry) != 0) {
                         return;
+                    }
                     add(request, "/ifs/if", {.list_entry = 1});
                     add(request, "/ifs/if/active", {.value = "act", .list_entry = 1});
                 },
@@ -112,8 +115,9 @@ TEST_F(ForwardPlacing, an_entry_has_the_operation_that_its_walker_leaves)
 {
     const auto policy = [](const char *name, std::optional<uint32_t> operation, bool with_leaf) {
         std::vector<Node> children{leaf("name", name)};
-        if (with_leaf)
+        if (with_leaf) {
             children.push_back({"a", "5", {}, operation == TQM_OP_CREATE ? operation : std::nullopt});
+        }
         return node("policy", children, operation);
     };
     EXPECT_EQ(
@@ -145,8 +149,8 @@ TEST_F(ForwardPlacing, deleting_an_interface_leaves_the_native_one_standing)
               "ifs{if:none{interface-name=I:merge macsec{psk{chain:remove}}}}");
     const tqm::OutputNode &entry = *request.roots().at(0)->children().begin();
     const tqm::OutputNode &macsec = *++entry.children().begin();
-    EXPECT_STREQ(entry.ns(), kNative);
-    EXPECT_STREQ(macsec.ns(), kOther);
+    EXPECT_STREQ(entry.ns(), native_ns);
+    EXPECT_STREQ(macsec.ns(), other_ns);
 }
 
 TEST_F(ForwardPlacing, a_created_interface_is_merged_and_gets_its_own_instance)
@@ -192,8 +196,9 @@ TEST_F(ForwardPlacing, the_last_value_and_operation_of_a_leaf_win_and_a_key_keep
 TEST_F(ForwardPlacing, values_of_a_leaf_list_stand_once_and_an_out_node_overwrites_the_last)
 {
     rdl_tqm_datatree *added = nullptr;
-    for (const char *value : {"x", "y", "x"})
+    for (const char *value : {"x", "y", "x"}) {
         add(request, "/pol/p/suite", {.value = value});
+    }
     add(request, "/pol/p/suite", {.value = "z", .out_node = &added});
     add(request, "/pol/p/suite", {.value = "x"});
     EXPECT_EQ(dump(request), "pol{p{suite=z:merge suite=y:merge suite=x:merge}}");
@@ -209,7 +214,7 @@ TEST_F(ForwardPlacing, a_read_leaf_gets_the_keys_on_its_way_from_the_walk)
     const auto ask = [&](std::initializer_list<const char *> below) {
         std::vector<const char *> path{"/op", "/oc", "/chain"};
         path.insert(path.end(), below);
-        return tqm_map_add_leaf_from_xpath(read.ctx(), &chain, read.out(), "/op", kNative, path.data(),
+        return tqm_map_add_leaf_from_xpath(read.ctx(), &chain, read.out(), "/op", native_ns, path.data(),
                                            static_cast<uint32_t>(path.size()));
     };
     tqm_map_add_to_node_hierarchy(read.ctx(), &chain, TQM_HIER_LIST);
@@ -230,12 +235,13 @@ TEST_F(ForwardPlacing, a_leaf_added_to_a_request_node_leaves_the_old_children_re
     const rdl_tqm_datatree *before = tree.subtree;
     rdl_tqm_datatree *added = nullptr;
     tqm_map_add_to_node_hierarchy(request.ctx(), &tree, TQM_HIER_LIST);
-    ASSERT_EQ(tqm_map_datatree_add_path_flagged(request.ctx(), &tree, "name", kOc, nullptr, nullptr, &added, 0, 0), 0u);
+    ASSERT_EQ(tqm_map_datatree_add_path_flagged(request.ctx(), &tree, "name", oc_ns, nullptr, nullptr, &added, 0, 0),
+              0u);
     ASSERT_EQ(tree.subtree_count, 2u);
     EXPECT_EQ(added, tree.subtree + 1);
     EXPECT_STREQ(added->tag, "name");
     EXPECT_STREQ(before->value, "1");
-    EXPECT_EQ(tqm_map_datatree_add_path_flagged(request.ctx(), &tree, "/a/b", kOc, nullptr, nullptr, nullptr, 0, 0),
+    EXPECT_EQ(tqm_map_datatree_add_path_flagged(request.ctx(), &tree, "/a/b", oc_ns, nullptr, nullptr, nullptr, 0, 0),
               TQM_ERR_BAD_ARGS);
 }
 

@@ -14,7 +14,7 @@ using tqm::Document;
 /// Forward: "pol" with what the request's policies name. Reverse: policies as they are in the answer.
 rcode forward_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatree *out)
 {
-    rcode rc = tqm_map_datatree_add_path(ctx, out, "/pol", kNative, nullptr, nullptr, nullptr, 0);
+    rcode rc = tqm_map_datatree_add_path(ctx, out, "/pol", native_ns, nullptr, nullptr, nullptr, 0);
     for (uint32_t i = 0; rc == 0 && i < tree->subtree_count; ++i) {
         const rdl_tqm_datatree &child = tree->subtree[i];
         if (std::strcmp(child.tag, "refused") == 0) {
@@ -22,7 +22,7 @@ rcode forward_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
             ctx->request->error_tag = tqm_strdup(child.tag, "test");
             rc = TQM_ERR_UNSUPPORTED;
         } else if (child.value != nullptr) {
-            rc = tqm_map_datatree_add_path(ctx, out, "/pol/leaf", kNative, child.value, &child, nullptr, 0);
+            rc = tqm_map_datatree_add_path(ctx, out, "/pol/leaf", native_ns, child.value, &child, nullptr, 0);
         }
     }
     return rc;
@@ -33,10 +33,11 @@ void answer_leaves(tqm_map_ctx ctx, const rdl_tqm_datatree &node, rdl_tqm_datatr
     for (uint32_t i = 0; i < node.subtree_count; ++i) {
         const rdl_tqm_datatree &child = node.subtree[i];
         const std::string below = path + "/" + child.tag;
-        if (child.value != nullptr)
+        if (child.value != nullptr) {
             tqm_map_datatree_add_path(ctx, out, below.c_str(), child.ns, child.value, nullptr, nullptr, 0);
-        else
+        } else {
             answer_leaves(ctx, child, out, below);
+        }
     }
 }
 
@@ -46,8 +47,9 @@ rcode reverse_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
         const rdl_tqm_datatree &entry = tree->subtree[i];
         tqm_map_add_to_node_hierarchy(ctx, &entry, TQM_HIER_LIST);
         const bool is_policy = std::strcmp(entry.tag, "policy") == 0;
-        if (is_policy)
-            tqm_map_datatree_add_path(ctx, out, "/oc/policy", kOc, nullptr, nullptr, nullptr, 1);
+        if (is_policy) {
+            tqm_map_datatree_add_path(ctx, out, "/oc/policy", oc_ns, nullptr, nullptr, nullptr, 1);
+        }
         answer_leaves(ctx, entry, out, std::string("/oc/") + entry.tag);
         tqm_map_remove_from_node_hierarchy(ctx, &entry);
     }
@@ -59,8 +61,9 @@ class MemorySide : public tqm::NativeSide
 public:
     tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override
     {
-        for (const tqm::OutputNode *tree : trees)
+        for (const tqm::OutputNode *tree : trees) {
             edited += std::string(tree->tag()) + " ";
+        }
         return refusing;
     }
     tqm::Expected<void> read(const tqm::OutputNode &, tqm::TreeBuilder &answer) override
@@ -68,14 +71,16 @@ public:
         build(answer, data);
         return failing;
     }
-    static void build(tqm::TreeBuilder &builder, const Node &tree, const char *ns = kNative)
+    static void build(tqm::TreeBuilder &builder, const Node &tree, const char *ns = native_ns)
     {
-        const char *below = std::strcmp(ns, kNative) == 0 ? kOc : ns;
-        if (tree.value)
+        const char *below = std::strcmp(ns, native_ns) == 0 ? oc_ns : ns;
+        if (tree.value) {
             return builder.leaf(ns, tree.tag, *tree.value);
+        }
         builder.open(ns, tree.tag);
-        for (const Node &child : tree.children)
+        for (const Node &child : tree.children) {
             build(builder, child, below);
+        }
         builder.close();
     }
 
@@ -100,13 +105,14 @@ protected:
     }
     static std::string top(const std::string &content)
     {
-        return std::string("<oc xmlns=\"") + kOc + "\" xmlns:f=\"urn:foreign\">" + content + "</oc>";
+        return std::string("<oc xmlns=\"") + oc_ns + "\" xmlns:f=\"urn:foreign\">" + content + "</oc>";
     }
     std::string get(const std::string &filter)
     {
         const auto trees = framework.get(Document::parse("<filter>" + filter + "</filter>").value(), native);
-        if (!trees)
+        if (!trees) {
             return "error: " + trees.error().text;
+        }
         std::string text;
         trees->print(text);
         return strip(text);
@@ -121,9 +127,11 @@ protected:
             stripped += line.substr(std::min(line.find_first_not_of(' '), line.size()));
         }
         for (const std::string &frame :
-             {std::string("<oc xmlns=\"") + kOc + "\">", std::string("</oc>"), std::string("</data>")})
-            if (const std::size_t at = stripped.find(frame); at != std::string::npos)
+             {std::string("<oc xmlns=\"") + oc_ns + "\">", std::string("</oc>"), std::string("</data>")}) {
+            if (const std::size_t at = stripped.find(frame); at != std::string::npos) {
                 stripped.erase(at, frame.size());
+            }
+        }
         return stripped;
     }
 
@@ -141,7 +149,7 @@ TEST_F(Frameworks, an_edit_reaches_the_native_side_or_says_why_not)
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().tag, "refused");
     EXPECT_EQ(refused.error().code, TQM_ERR_UNSUPPORTED);
-    native.refusing = tl::make_unexpected(tqm::NativeError{"too long", "/pol/a"});
+    native.refusing = tl::unexpected(tqm::NativeError{"too long", "/pol/a"});
     const auto error = framework.edit(Document::parse(top("<a>1</a>")).value(), native).error();
     EXPECT_EQ(error.text, "the router refuses the edit") << "the native side did not name a node";
     EXPECT_EQ(error.native_path + ": " + error.native_text, "/pol/a: too long");
@@ -198,8 +206,9 @@ TEST_F(Frameworks, an_answer_holds_what_the_filter_selects)
              {"<policy><state/></policy><global/>",
               "<policy><name>P2</name><state><s>9</s></state></policy><global><g>0</g></global>"},
              {"<f:policy/>", ""},
-         })
+         }) {
         EXPECT_EQ(get(top(c.filter)), c.answer) << c.filter;
+    }
     EXPECT_EQ(get(""), "");
     const auto everything = framework.get(std::nullopt, native);
     std::string text;

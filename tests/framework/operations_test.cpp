@@ -72,8 +72,9 @@ TEST(Journal, hides_values_of_secrets_and_of_nodes_that_no_model_knows)
 {
     tqm::Schema models;
     models.add_list("/n/entry", {"name"});
-    for (const char *leaf : {"/n/entry/name", "/n/entry/colour", "/n/entry/key"})
+    for (const char *leaf : {"/n/entry/name", "/n/entry/colour", "/n/entry/key"}) {
         models.add_leaf(leaf);
+    }
     models.add_leaf_list("/n/entry/suite");
     models.add_container("/n/entry/box");
     models.add_secret("/n/entry/key");
@@ -175,10 +176,12 @@ TEST_F(Operations, log_lines_go_where_they_are_wanted)
 {
     uint32_t site = 0xffffffff;
     const auto log = [&](uint32_t level, tqm_log_handle handle, const char *text) {
-        if (tqm_debug_should_log(&ctx->debug, level) != 0)
+        if (tqm_debug_should_log(&ctx->debug, level) != 0) {
             _plat_dt_log_filter_adv(handle, 0, 0, 0, 0, 0, &site, "%s", text);
-        if (ctx->trace_on != 0)
+        }
+        if (ctx->trace_on != 0) {
             _rbtrace(ctx->trace_buf, TQM_TRACE_FLAGS, text);
+        }
     };
     log(TQM_LOG_ERROR, ctx->err_log, "bad");
     log(TQM_LOG_TRACE, ctx->trc_log, "Start");
@@ -212,7 +215,7 @@ TEST_F(Operations, a_lookup_by_relative_path_gives_the_text)
     ops.mode = TQM_XPATH_MODE_LOOKUP;
     for (const auto &[path, rc, length] : {std::tuple{"macsec/psk", rcode{0}, 299u},
                                            {"macsec", rcode{0}, 0u},
-                                           {"macsec/eap", tqm::kNotFound, 0u},
+                                           {"macsec/eap", tqm::not_found, 0u},
                                            {"", TQM_ERR_BAD_ARGS, 0u}}) {
         std::strcpy(ops.path, path);
         EXPECT_EQ(tqm_map_tree_xpath_operations(ctx, &ops), rc) << path;
@@ -231,10 +234,10 @@ TEST_F(Operations, nothing_is_added_below_a_leaf_or_leaf_list)
         for (const char *path : {"/pol/p/suite/x", "/pol/p/suite/x/y", "/pol/p/leaf/x"}) {
             const std::array<const char *, 1> components{path};
             EXPECT_EQ(add(own, path), TQM_ERR_BAD_ARGS) << path;
-            EXPECT_EQ(tqm_map_datatree_add_path(own.ctx(), value, path, kNative, "v", nullptr, nullptr, 1),
+            EXPECT_EQ(tqm_map_datatree_add_path(own.ctx(), value, path, native_ns, "v", nullptr, nullptr, 1),
                       TQM_ERR_BAD_ARGS)
                 << path;
-            EXPECT_EQ(tqm_map_add_leaf_from_xpath(own.ctx(), value, own.out(), "/pol", kNative, components.data(), 1),
+            EXPECT_EQ(tqm_map_add_leaf_from_xpath(own.ctx(), value, own.out(), "/pol", native_ns, components.data(), 1),
                       TQM_ERR_BAD_ARGS)
                 << path;
         }
@@ -259,11 +262,11 @@ TEST_F(Operations, arguments_that_make_no_sense_are_refused)
         tqm_map_datatree_add_path(ctx, out, "/a//b", "", nullptr, nullptr, nullptr, 0),
         tqm_map_datatree_add_path(ctx, out, "/", "", nullptr, nullptr, nullptr, 0),
         tqm_map_datatree_add_path_flagged(ctx, out, "/a", "", nullptr, nullptr, nullptr, 0, 2),
-        tqm_map_add_leaf_from_xpath(ctx, &tree, out, "/op", kNative, holes.data(), 2),
-        tqm_map_add_leaf_from_xpath(ctx, &tree, out, "/other", kNative, holes.data(), 1),
-        tqm_map_auto_stitch_list_to_list(ctx, &tree, out, kOc, nullptr, 3),
-        tqm_map_search_list(ctx, out, &found, "/oc/policy", nullptr, "name", kOc),
-        tqm_map_search_or_add_list(ctx, nullptr, &found, "/oc/policy", "P", "name", kOc),
+        tqm_map_add_leaf_from_xpath(ctx, &tree, out, "/op", native_ns, holes.data(), 2),
+        tqm_map_add_leaf_from_xpath(ctx, &tree, out, "/other", native_ns, holes.data(), 1),
+        tqm_map_auto_stitch_list_to_list(ctx, &tree, out, oc_ns, nullptr, 3),
+        tqm_map_search_list(ctx, out, &found, "/oc/policy", nullptr, "name", oc_ns),
+        tqm_map_search_or_add_list(ctx, nullptr, &found, "/oc/policy", "P", "name", oc_ns),
         tqm_map_stitch_list_to_list(ctx, &ops),
         tqm_map_stitch_list_to_list(ctx, nullptr),
         tqm_map_tree_xpath_operations(ctx, nullptr),
@@ -281,8 +284,9 @@ TEST_F(Operations, arguments_that_make_no_sense_are_refused)
         tqm_add_to_output_list_ctx(ctx, nullptr, out),
         tqm_strcpy_s("o", nullptr, 1, "a"),
     };
-    for (std::size_t i = 0; i < refused.size(); ++i)
+    for (std::size_t i = 0; i < refused.size(); ++i) {
         EXPECT_EQ(refused[i], TQM_ERR_BAD_ARGS) << i;
+    }
     EXPECT_EQ(tqm_map_is_request_delete(nullptr) + tqm_map_is_request_add(nullptr) +
                   tqm_map_do_these_match(nullptr, nullptr) + tqm_debug_should_log(nullptr, 0),
               0);

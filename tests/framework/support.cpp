@@ -33,8 +33,8 @@ std::vector<tqm_map_reg_info> registrations()
     for (const char *top : {"pol", "kc", "ifs", "op"}) {
         tqm_map_reg_info &registration = registrations.emplace_back();
         std::strcpy(registration.tree_name, top);
-        std::strcpy(registration.native_ns, kNative);
-        std::strcpy(registration.oc_ns, kOc);
+        std::strcpy(registration.native_ns, native_ns);
+        std::strcpy(registration.oc_ns, oc_ns);
         std::strcpy(registration.native_top, top);
         std::strcpy(registration.oc_top, std::strcmp(top, "op") == 0 ? "op" : "oc");
         registration.forward_root = nothing;
@@ -48,28 +48,35 @@ namespace
 
 void build(tqm::TreeBuilder &builder, const Node &tree, const char *ns)
 {
-    if (tree.value)
+    if (tree.value) {
         builder.leaf(ns, tree.tag, *tree.value);
-    else
+    } else {
         builder.open(ns, tree.tag);
-    if (tree.operation)
+    }
+    if (tree.operation) {
         builder.operation(*tree.operation);
-    for (const Node &child : tree.children)
+    }
+    for (const Node &child : tree.children) {
         build(builder, child, ns);
-    if (!tree.value)
+    }
+    if (!tree.value) {
         builder.close();
+    }
 }
 
 void dump_node(std::string &text, const tqm::OutputNode &node)
 {
     constexpr const char *names[] = {"merge", "replace", "create", "delete", "remove", "none"};
     text += node.tag();
-    if (node.value() != nullptr)
+    if (node.value() != nullptr) {
         text.append("=").append(node.value());
-    if (node.operation())
+    }
+    if (node.operation()) {
         text.append(":").append(names[*node.operation()]);
-    if (node.children().empty())
+    }
+    if (node.children().empty()) {
         return;
+    }
     text += "{";
     for (const tqm::OutputNode &child : node.children()) {
         dump_node(text, child);
@@ -98,8 +105,9 @@ std::string dump(tqm::Request &request)
 {
     std::string text;
     for (const tqm::OutputNode *root : request.roots()) {
-        if (!text.empty())
+        if (!text.empty()) {
             text += " ";
+        }
         dump_node(text, *root);
     }
     return text;
@@ -113,9 +121,11 @@ rcode add(tqm::Request &request, const char *path, const Add &rest)
 
 rdl_tqm_datatree &child(rdl_tqm_datatree &node, std::string_view tag)
 {
-    for (uint32_t i = 0; i < node.subtree_count; ++i)
-        if (tag == node.subtree[i].tag)
+    for (uint32_t i = 0; i < node.subtree_count; ++i) {
+        if (tag == node.subtree[i].tag) {
             return node.subtree[i];
+        }
+    }
     std::abort();
 }
 
@@ -172,8 +182,9 @@ void walk_container(tqm::Request &request, rdl_tqm_datatree &container,
                     const std::function<void(rdl_tqm_datatree &child)> &child)
 {
     tqm_map_add_to_node_hierarchy(request.ctx(), &container, TQM_HIER_CONTAINER);
-    for (uint32_t i = 0; i < container.subtree_count; ++i)
+    for (uint32_t i = 0; i < container.subtree_count; ++i) {
         child(container.subtree[i]);
+    }
     tqm_map_remove_from_node_hierarchy(request.ctx(), &container);
 }
 

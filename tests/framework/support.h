@@ -13,9 +13,9 @@
 namespace test
 {
 
-inline constexpr const char *kOc = "http://example.org/oc";
-inline constexpr const char *kNative = "http://example.org/native";
-inline constexpr const char *kOther = "http://example.org/other";
+inline constexpr const char *oc_ns = "http://example.org/oc";
+inline constexpr const char *native_ns = "http://example.org/native";
+inline constexpr const char *other_ns = "http://example.org/other";
 
 /// OpenConfig: /oc/policy[name]/config/..., /oc/chain[name]/keys/key[id], /oc/interface[name]; native: /pol/p[name],
 /// /kc/c[chain-name]/m/k[key-id], /ifs/if[active][interface-name]; the operational model /op mirrors /oc.
@@ -38,7 +38,7 @@ inline Node node(std::string tag, std::vector<Node> children, std::optional<uint
     return {std::move(tag), {}, std::move(children), operation};
 }
 /// Makes `tree` the request's tree.
-rdl_tqm_datatree &load(tqm::Request &request, const Node &tree, const char *ns = kOc);
+rdl_tqm_datatree &load(tqm::Request &request, const Node &tree, const char *ns = oc_ns);
 
 /// As "pol{p:create{name=P1:merge created:merge}}": children in braces, operations behind colons.
 std::string dump(tqm::Request &request);
@@ -49,7 +49,7 @@ struct Add {
     const rdl_tqm_datatree *source = nullptr;
     uint32_t list_entry = 0;
     uint32_t flags = 0;
-    const char *ns = kNative;
+    const char *ns = native_ns;
     rdl_tqm_datatree **out_node = nullptr;
 };
 rcode add(tqm::Request &request, const char *path, const Add &rest = {});

@@ -1,7 +1,6 @@
 // What the router's tests share: trees written as nested braces, answers as one line of text, a store that is gone
 // after the test.
-#ifndef TESTS_ROUTER_SUPPORT_H
-#define TESTS_ROUTER_SUPPORT_H
+#pragma once
 
 #include "router/router.h"
 
@@ -196,5 +195,3 @@ protected:
 };
 
 } // namespace router::test
-
-#endif

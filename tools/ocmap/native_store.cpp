@@ -13,7 +13,7 @@ namespace
 // Whether a create or a delete may be done has been decided in the client's terms: here they set, and take away.
 router::Operation operation_of(const tqm::OutputNode &node, router::Operation lead)
 {
-    switch (node.operation().value_or(tqm::kOperationNone)) {
+    switch (node.operation().value_or(tqm::operation_none)) {
     case TQM_OP_MERGE:
     case TQM_OP_CREATE:
         return router::Operation::merge;

@@ -55,7 +55,7 @@ std::string_view name_of(ErrorSeverity severity);
 ErrorTag tag_of(rcode code);
 
 /// The application tag of a leaf-list with more values than its max-elements (RFC 7950, section 15.2).
-inline constexpr const char *kTooManyElements = "too-many-elements";
+inline constexpr const char *too_many_elements = "too-many-elements";
 
 /// One node on the way to the place of an error.
 struct PathStep {
@@ -107,6 +107,6 @@ template <class T>
 using Expected = tl::expected<T, Error>;
 
 /// Result code of a search that finds no entry and of a lookup that finds no node.
-inline constexpr rcode kNotFound = 0xaaf2fa00u;
+inline constexpr rcode not_found = 0xaaf2fa00u;
 
 } // namespace tqm

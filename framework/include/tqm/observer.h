@@ -13,7 +13,7 @@ namespace tqm
 struct Added {
     const char *path;  ///< as the mapper gave it, without keys
     const char *value; ///< null: none. Secrets are as they are: whoever shows them masks them (Schema::hides)
-    std::optional<uint32_t> operation; ///< TQM_OP_* or kOperationNone of the node after the add; none in reads and
+    std::optional<uint32_t> operation; ///< TQM_OP_* or operation_none of the node after the add; none in reads and
                                        ///< where the list walker has yet to say it
     const OutputNode *node;            ///< null if the add was refused. Lives as long as the request
     rcode code;                        ///< 0, or why it was refused

@@ -22,15 +22,15 @@ struct PathInfo;
 
 /// Operation of nodes under the default-operation "none" that say nothing themselves: they lead to other nodes, must
 /// exist and are not changed. The others are TQM_OP_*.
-inline constexpr uint32_t kOperationNone = 5;
+inline constexpr uint32_t operation_none = 5;
 
 /// The values of the attribute "operation" (RFC 6241, section 7.2), in the order of TQM_OP_*.
-inline constexpr std::array kOperationNames = {"merge", "replace", "create", "delete", "remove"};
+inline constexpr std::array operation_names = {"merge", "replace", "create", "delete", "remove"};
 
-/// The name of an operation; "none" for kOperationNone and "?" for what is no operation.
+/// The name of an operation; "none" for operation_none and "?" for what is no operation.
 inline const char *operation_name(uint32_t operation)
 {
-    return operation < kOperationNames.size() ? kOperationNames[operation] : operation == kOperationNone ? "none" : "?";
+    return operation < operation_names.size() ? operation_names[operation] : operation == operation_none ? "none" : "?";
 }
 
 /// The operation of a request node; merge where it has none of its own.
@@ -88,8 +88,9 @@ public:
     private:
         static const OutputNode *skip_dropped(const OutputNode *node)
         {
-            while (node != nullptr && node->dropped)
+            while (node != nullptr && node->dropped) {
                 node = node->next;
+            }
             return node;
         }
         const OutputNode *node_ = nullptr;
@@ -105,12 +106,13 @@ public:
     const char *ns() const { return record.ns; }
     /// Null when the node has none: a container, a list entry, or a leaf without a value (which differs from "").
     const char *value() const { return record.value; }
-    /// The node's own edit operation (TQM_OP_* or kOperationNone); none on nodes that were only made on the way to
+    /// The node's own edit operation (TQM_OP_* or operation_none); none on nodes that were only made on the way to
     /// others, which have that of the node around them, and on all nodes of a read.
     std::optional<uint32_t> operation() const
     {
-        if ((record.present & TQM_PRESENT_OPERATION) == 0)
+        if ((record.present & TQM_PRESENT_OPERATION) == 0) {
             return std::nullopt;
+        }
         return record.operation;
     }
     /// The client's node that an edit's node comes from: the source of the add, or, where an add gave none, the node

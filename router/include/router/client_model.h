@@ -1,7 +1,6 @@
 // The model that clients speak, as it is published and as this router keeps it: what judges an edit by names and types
 // before anything is made of it.
-#ifndef ROUTER_CLIENT_MODEL_H
-#define ROUTER_CLIENT_MODEL_H
+#pragma once
 
 #include "router/error.h"
 #include "router/models.h"
@@ -56,5 +55,3 @@ private:
 };
 
 } // namespace router
-
-#endif

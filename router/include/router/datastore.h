@@ -1,7 +1,6 @@
 // The router's native configuration, kept in one directory, and the operational data that go with it. Edits are
 // NETCONF's edit-config; reads walk what is there into a sink. Knows libyang and nothing of any mapping.
-#ifndef ROUTER_DATASTORE_H
-#define ROUTER_DATASTORE_H
+#pragma once
 
 #include "router/edit_node.h"
 #include "router/error.h"
@@ -94,5 +93,3 @@ private:
 };
 
 } // namespace router
-
-#endif

@@ -1,7 +1,6 @@
 // The trees that the router is given: edits, and filters of reads. Plain non-owning records, so that a caller can lay
 // them over a tree of its own in one pass; all of it must live until the call returns.
-#ifndef ROUTER_EDIT_NODE_H
-#define ROUTER_EDIT_NODE_H
+#pragma once
 
 namespace router
 {
@@ -37,5 +36,3 @@ struct EditNode {
 };
 
 } // namespace router
-
-#endif

@@ -1,6 +1,5 @@
 // What an operation of the router answers when it cannot do what it was asked. Errors are values; nothing here throws.
-#ifndef ROUTER_ERROR_H
-#define ROUTER_ERROR_H
+#pragma once
 
 #include <string>
 #include <tl/expected.hpp>
@@ -37,5 +36,3 @@ template <typename T>
 using Expected = tl::expected<T, Error>;
 
 } // namespace router
-
-#endif

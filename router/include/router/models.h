@@ -1,7 +1,6 @@
 // The YANG modules, loaded once and only read afterwards. What a module means is libyang's business; this offers the
 // little of the schema that others need: which paths are lists, and which leaves are leaf-lists.
-#ifndef ROUTER_MODELS_H
-#define ROUTER_MODELS_H
+#pragma once
 
 #include "router/error.h"
 
@@ -98,5 +97,3 @@ private:
 };
 
 } // namespace router
-
-#endif

@@ -1,7 +1,6 @@
 // The log frame: how one message reaches its two sinks, the framework log and the trace buffer. Each sink is switched
 // on its own, and a message is formatted only for a sink that is on. Needs C++; no heap and no run-time library.
-#ifndef TQM_LOG_H
-#define TQM_LOG_H
+#pragma once
 
 #include <stdio.h>
 
@@ -43,5 +42,3 @@ inline void tqm_log_message(tqm_map_ctx ctx, uint32_t level, uint32_t *site, con
 // One message of a hand-written function: `text` is a literal, behind it come its arguments.
 #define TQM_TRC(ctx, ...) TQM_LOG_AT(ctx, TQM_LOG_TRACE, "TRC", __VA_ARGS__)
 #define TQM_ERR(ctx, ...) TQM_LOG_AT(ctx, TQM_LOG_ERROR, "ERR", __VA_ARGS__)
-
-#endif

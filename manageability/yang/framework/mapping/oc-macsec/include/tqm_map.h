@@ -5,8 +5,7 @@
  * All texts are null-terminated. A text handed to an operation belongs to the caller and is copied if the framework
  * keeps it; a text or node handed out stays the framework's and is valid until the end of the request. Operations
  * that return rcode give 0 for success; which other codes each can give stands with it. */
-#ifndef TQM_MAP_H
-#define TQM_MAP_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -358,6 +357,4 @@ void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

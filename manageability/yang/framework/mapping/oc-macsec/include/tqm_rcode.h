@@ -1,7 +1,6 @@
 /* Result codes that mappers and walkers give and framework operations may give: one table for the whole plug-in.
  * Only the codes are here; what a client is told about each is the framework's (rcode_strerror). */
-#ifndef TQM_RCODE_H
-#define TQM_RCODE_H
+#pragma once
 
 #include <stdint.h>
 
@@ -24,5 +23,3 @@ typedef uint32_t rcode;
 #define TQM_ERR_SKIP_NODE ((rcode)0xaaf2f600u)
 /* A child from another namespace in a request that adds data. */
 #define TQM_ERR_AUGMENT ((rcode)0xaaf2f800u)
-
-#endif
