@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "router/models.h"
+#include "environment.h"
 #include "tqm/plugin.h"
 #include "tqm/request.h"
 
@@ -31,14 +31,7 @@ Loaded load()
         std::fprintf(stderr, "walk_bench: the plug-in or the models cannot be loaded\n");
         std::exit(1);
     }
-    Loaded loaded{std::move(*plugin), {}};
-    for (router::ListInfo &list : models->lists()) {
-        loaded.schema.add_list(std::move(list.path), std::move(list.keys));
-    }
-    for (router::ListInfo &leaf_list : models->leaf_lists()) {
-        loaded.schema.add_leaf_list(std::move(leaf_list.path));
-    }
-    return loaded;
+    return {std::move(*plugin), ocmap::schema_of(*models)};
 }
 
 const Loaded &loaded()

@@ -71,13 +71,14 @@ void fill_instance(Error &error, const Schema &schema)
         while (take_key(rest, step)) {
         }
         schema_path.append("/").append(step.name);
-        if (const char *const declared = schema.ns_of(schema_path)) {
-            ns = declared;
+        const SchemaNode *const declared = schema.find(schema_path);
+        if (declared != nullptr) {
+            ns = declared->ns;
         }
         step.ns = ns;
         error.instance.push_back(std::move(step));
         // Top nodes of several models share a name.
-        if (error.instance.size() == 2 && schema.ns_of(schema_path) != nullptr) {
+        if (error.instance.size() == 2 && declared != nullptr) {
             error.instance.front().ns = ns;
         }
     }
@@ -87,8 +88,10 @@ void fill_instance(Error &error, const Schema &schema)
         error.instance.pop_back(); // the element itself is in none
     }
     for (PathStep &step : error.instance) {
-        step.prefix = schema.prefix_of(step.ns);
-        step.module = step.prefix.empty() ? "" : schema.module_of(step.ns);
+        if (const SchemaModule *const module = schema.module_of(step.ns)) {
+            step.prefix = module->prefix;
+            step.module = module->name;
+        }
     }
 }
 

@@ -15,13 +15,14 @@ constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
 bool names_all_keys(const rdl_tqm_datatree &entry, const PathInfo &list)
 {
-    return std::ranges::all_of(*list.keys, [&](const std::string &key) { return given_value(find_child(entry, key)); });
+    return std::ranges::all_of(list.keys(),
+                               [&](const std::string &key) { return given_value(find_child(entry, key)); });
 }
 
 bool holds_lists(const PathInfo &info)
 {
     for (const PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
-        if (!child->is_state && (child->is_list || holds_lists(*child))) {
+        if (child->schema->config && (child->is_list() || holds_lists(*child))) {
             return true;
         }
     }
@@ -32,7 +33,7 @@ bool holds_lists(const PathInfo &info)
 const PathInfo *leaf_that_repeats(const PathInfo &list, const std::string &key)
 {
     for (const PathInfo *child = list.first_child; child != nullptr; child = child->next_sibling) {
-        const PathInfo *const leaf = child->is_container ? child->child(key) : nullptr;
+        const PathInfo *const leaf = child->is_container() ? child->child(key) : nullptr;
         if (leaf != nullptr && leaf->repeats_key()) {
             return leaf;
         }
@@ -47,8 +48,8 @@ void for_each_path(const rdl_tqm_datatree &node, const std::string &outer_schema
 {
     const std::string schema_path = outer_schema_path + "/" + node.tag;
     std::string path = outer + "/" + node.tag;
-    if (const std::vector<std::string> *const keys = schema.list_keys(schema_path)) {
-        append_keys(path, node, *keys);
+    if (const SchemaNode *const known = schema.find(schema_path)) {
+        append_keys(path, node, known->keys);
     }
     visit(path, node);
     for (uint32_t i = 0; (node.present & TQM_PRESENT_SUBTREE) != 0 && i < node.subtree_count; ++i) {
@@ -66,7 +67,7 @@ void for_each_secret(const OutputNode &node, const std::string &outer, const Vis
             append_key(path, child.tag(), child.value());
         }
     }
-    if (node.info->secret && node.origin_node != nullptr) {
+    if (node.info->schema->secret && node.origin_node != nullptr) {
         visit(path, *node.origin_node);
     }
     for (const OutputNode &child : node.children()) {
@@ -106,18 +107,18 @@ std::size_t Existence::ask(std::size_t depth, bool by_reading)
 
 void Existence::visit(const rdl_tqm_datatree &node, const PathInfo &info, bool is_emptied)
 {
-    if (info.is_key || info.is_state || (info.is_list && !names_all_keys(node, info))) {
+    if (info.is_key || !info.schema->config || (info.is_list() && !names_all_keys(node, info))) {
         return; // the walkers judge these
     }
     const uint32_t operation = operation_of(node);
     Question question = Question::none;
-    if (info.is_leaf_list) {
+    if (info.is_leaf_list()) {
         question = Question::value;
-    } else if (info.secret && takes_away(node)) {
+    } else if (info.schema->secret && takes_away(node)) {
         question = Question::secret;
     } else if (operation == TQM_OP_CREATE) {
         question = Question::absent;
-    } else if (operation == TQM_OP_DELETE || (operation == operation_none && !info.is_container)) {
+    } else if (operation == TQM_OP_DELETE || (operation == operation_none && !info.is_container())) {
         question = Question::present;
     }
 
@@ -139,7 +140,7 @@ void Existence::visit_children(const rdl_tqm_datatree &node, const PathInfo &inf
         if (child_info == nullptr || child.ns != node.ns) {
             return true;
         }
-        if (!child_info->is_leaf_list) {
+        if (!child_info->is_leaf_list()) {
             visit(child, *child_info, is_emptied);
             return true;
         }
@@ -189,7 +190,7 @@ void Existence::build(TreeBuilder &builder, const std::vector<std::size_t> &sibl
         if (!asked.is_read) {
             continue;
         }
-        const bool is_next_value = last != nullptr && asked.info->is_leaf_list && asked.info == last->info;
+        const bool is_next_value = last != nullptr && asked.info->is_leaf_list() && asked.info == last->info;
         if (!is_next_value) { // one question for all values of a leaf-list
             build_one(builder, asked);
         }
@@ -201,17 +202,17 @@ void Existence::build_one(TreeBuilder &builder, const Asked &asked) const
 {
     const char *const ns = asked.node->ns;
     const PathInfo &info = *asked.info;
-    if (!info.is_list && !info.is_container) {
+    if (!info.is_list() && !info.is_container()) {
         builder.leaf(ns, info.tag, std::nullopt);
         return;
     }
     const bool leads = std::ranges::any_of(asked.children, [&](std::size_t child) { return asked_[child].is_read; });
     builder.open(ns, info.tag);
-    if (info.is_list) {
-        for (const std::string &key : *info.keys) {
+    if (info.is_list()) {
+        for (const std::string &key : info.keys()) {
             builder.leaf(ns, key, given_value(find_child(*asked.node, key)));
         }
-        const PathInfo *const probe = leads ? nullptr : leaf_that_repeats(info, info.keys->front());
+        const PathInfo *const probe = leads ? nullptr : leaf_that_repeats(info, info.keys().front());
         if (probe != nullptr) {
             builder.open(ns, probe->parent->tag);
             builder.leaf(ns, probe->tag, std::nullopt);
@@ -231,16 +232,16 @@ void Existence::build_probe(TreeBuilder &builder, const char *ns, const PathInfo
         return; // selects all of it
     }
     for (const PathInfo *child = container.first_child; child != nullptr; child = child->next_sibling) {
-        if (child->is_state) {
+        if (!child->schema->config) {
             continue;
         }
-        if (child->is_leaf || child->is_leaf_list) {
+        if (child->is_leaf() || child->is_leaf_list()) {
             builder.leaf(ns, child->tag, std::nullopt);
             continue;
         }
         builder.open(ns, child->tag);
-        if (child->is_list) {
-            for (const std::string &key : *child->keys) {
+        if (child->is_list()) {
+            for (const std::string &key : child->keys()) {
                 builder.leaf(ns, key, std::nullopt);
             }
         } else {
@@ -256,7 +257,7 @@ void Existence::pair(const rdl_tqm_datatree *nodes, uint32_t count, const std::v
     const rdl_tqm_datatree *const end = nodes + count;
     for (const std::size_t position : siblings) {
         const Asked &asked = asked_[position];
-        if (!asked.is_read || asked.info->is_leaf_list) {
+        if (!asked.is_read || asked.info->is_leaf_list()) {
             continue;
         }
         while (nodes != end && std::strcmp(nodes->tag, asked.info->tag) != 0) {
@@ -265,7 +266,7 @@ void Existence::pair(const rdl_tqm_datatree *nodes, uint32_t count, const std::v
         if (nodes == end) {
             return;
         }
-        if (asked.info->secret) {
+        if (asked.info->schema->secret) {
             by_filter_.emplace(nodes, position);
         }
         pair(nodes->subtree, nodes->subtree_count, asked.children);
@@ -312,7 +313,7 @@ void Existence::find(Request::Impl &answer, const OutputNode &parent, std::size_
     if (!asked.is_read || info == nullptr) {
         return;
     }
-    if (info->is_leaf_list) {
+    if (info->is_leaf_list()) {
         const ListSlot *const values = Output::find_slot(parent, *info);
         const char *const text = tree_.text(*asked.node);
         const OutputNode *const value =
@@ -324,11 +325,11 @@ void Existence::find(Request::Impl &answer, const OutputNode &parent, std::size_
         return;
     }
     const OutputNode *node = nullptr;
-    if (info->is_list && info->keys->size() == 1) {
-        const std::string &key = info->keys->front();
+    if (info->is_list() && info->keys().size() == 1) {
+        const std::string &key = info->keys().front();
         node =
             answer.output.find_by_key(Output::find_slot(parent, *info), key, given_value(find_child(*asked.node, key)));
-    } else if (!info->is_list) {
+    } else if (!info->is_list()) {
         node = Output::find_named(parent, *info);
     }
     if (node == nullptr || node->dropped) {
@@ -433,10 +434,10 @@ std::string Existence::path_of(std::size_t position) const
     const Asked &asked = asked_[position];
     std::string path = asked.parent == npos ? "" : path_of(asked.parent);
     path.append("/").append(asked.info->tag);
-    if (asked.info->is_list) {
-        append_keys(path, *asked.node, *asked.info->keys);
+    if (asked.info->is_list()) {
+        append_keys(path, *asked.node, asked.info->keys());
     }
-    const char *const value = asked.info->is_leaf_list ? tree_.text(*asked.node) : nullptr;
+    const char *const value = asked.info->is_leaf_list() ? tree_.text(*asked.node) : nullptr;
     if (value != nullptr) {
         append_key(path, ".", value);
     }

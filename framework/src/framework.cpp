@@ -29,13 +29,14 @@ std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string
 {
     const std::string step = std::string("/") + (node.tag == nullptr ? "" : node.tag);
     const std::string schema_path = parent_schema_path + step;
-    const std::vector<std::string> *const keys = schema.list_keys(schema_path);
+    const SchemaNode *const known = schema.find(schema_path);
+    const bool is_list = known != nullptr && known->is_list();
     std::string path = parent + step;
-    if (keys != nullptr) {
-        append_keys(path, node, *keys);
+    if (is_list) {
+        append_keys(path, node, known->keys);
     }
     const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree_count != 0;
-    if (code == TQM_ERR_NO_SUBTREE && !has_children && keys != nullptr) {
+    if (code == TQM_ERR_NO_SUBTREE && !has_children && is_list) {
         return path;
     }
     if (code == TQM_ERR_BAD_ARGS && has_children && tqm_map_is_request_delete(&node) != 0) {

@@ -24,8 +24,8 @@ bool find_place(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, co
 {
     const std::size_t before = place.path.size();
     place.path.append("/").append(node.tag == nullptr ? "" : node.tag);
-    if (info != nullptr && info->is_list) {
-        append_keys(place.path, node, *info->keys);
+    if (info != nullptr && info->is_list()) {
+        append_keys(place.path, node, info->keys());
     }
     place.info = info;
     if (&wanted == &node) {
@@ -76,7 +76,8 @@ Error Framework::in_clients_terms(NativeError native, Request &request) const
     error.native_text = std::move(native.text);
     if (!place.path.empty()) {
         const char *const value = given_value(origin);
-        const bool shown = value != nullptr && place.info != nullptr && place.info->is_leaf && !place.info->secret;
+        const bool shown =
+            value != nullptr && place.info != nullptr && place.info->is_leaf() && !place.info->schema->secret;
         error.text =
             error.path + ": " + (shown ? std::string("'") + value + "'" : "this") + " is refused by the router";
     }

@@ -123,10 +123,10 @@ void Hierarchy::children_moved(const rdl_tqm_datatree &node)
 
 void Hierarchy::append_keys(std::string &text, Frame &frame)
 {
-    if (frame.path == nullptr || frame.path->keys == nullptr) {
+    if (frame.path == nullptr) {
         return;
     }
-    for (const std::string &key : *frame.path->keys) {
+    for (const std::string &key : frame.path->keys()) {
         if (const char *value = given_value(frame.child(key))) {
             append_key(text, key, value);
         }

@@ -18,7 +18,7 @@ constexpr std::size_t buffer_size = std::size_t{1} << 16;
 /// A list's entries and a leaf-list's values stand among their siblings; in JSON they are one array.
 bool is_repeated(const OutputNode &node)
 {
-    return node.is_list_entry() || node.info->is_leaf_list;
+    return node.is_list_entry() || node.info->is_leaf_list();
 }
 
 template <class Visit>
@@ -96,11 +96,17 @@ void JsonWriter::members(const OutputNode &node, Place place)
     }
 }
 
+bool JsonWriter::is_container(const OutputNode &node) const
+{
+    const SchemaNode *const known = schema_.find(node.path());
+    return known != nullptr && known->is_container();
+}
+
 void JsonWriter::member(const OutputNode &node, Place place)
 {
     next(place.level);
     name(node, place);
-    const bool is_leaf = node.children().empty() && !schema_.is_container(node.path());
+    const bool is_leaf = node.children().empty() && !is_container(node);
     if (is_leaf) {
         value(node);
         after_value_ = true;
@@ -180,7 +186,8 @@ void JsonWriter::name(const OutputNode &node, Place place, const char *mark)
 {
     buffer_.append("\"").append(mark);
     if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0)) {
-        buffer_.append(schema_.module_of(node.ns())).append(":");
+        const SchemaModule *const module = schema_.module_of(node.ns());
+        buffer_.append(module == nullptr ? node.ns() : module->name).append(":");
     }
     buffer_.append(node.tag()).append("\": ");
 }
@@ -188,14 +195,15 @@ void JsonWriter::name(const OutputNode &node, Place place, const char *mark)
 void JsonWriter::value(const OutputNode &leaf)
 {
     const char *value = leaf.value();
-    const JsonType type = schema_.json_type(leaf.path());
+    const SchemaNode *const node = schema_.find(leaf.path());
+    const ValueForm type = node == nullptr ? ValueForm::text : node->form;
     const std::string_view given = value == nullptr ? "" : value;
-    if (type == JsonType::empty && given.empty()) {
+    if (type == ValueForm::empty && given.empty()) {
         buffer_ += "[null]";
     } else if (value == nullptr) {
         buffer_ += "null";
-    } else if ((type == JsonType::number && is_number(given)) ||
-               (type == JsonType::boolean && (given == "true" || given == "false"))) {
+    } else if ((type == ValueForm::number && is_number(given)) ||
+               (type == ValueForm::boolean && (given == "true" || given == "false"))) {
         buffer_ += given;
     } else {
         text(given);

@@ -23,6 +23,7 @@ private:
         unsigned int level;
     };
     void members(const OutputNode &node, Place place);
+    bool is_container(const OutputNode &node) const;
     void member(const OutputNode &node, Place place);
     void array(const OutputNode &first, Place place);
     void object(const OutputNode &node, const WrittenOperation &operation, Place place);

@@ -87,7 +87,7 @@ rcode stitch(Request::Impl &request, tqm_map_xpath_ops *ops)
     std::string_view key;
     OutputNode *entry = nullptr;
     if (keyed_path_key(path, list_path, key)) {
-        if (list->is_list) {
+        if (list->is_list()) {
             entry = request.search(ops->tree, *list, "", key);
         }
     } else if (path.size() >= sizeof ops->path - 1) {

@@ -162,7 +162,7 @@ void Output::absorb(OutputNode &into, OutputNode &from)
             child->next = nullptr;
             (into.last_child == nullptr ? into.first_child : into.last_child->next) = child;
             into.last_child = child;
-            if (!child->list_entry && !child->info->is_leaf_list) {
+            if (!child->list_entry && !child->info->is_leaf_list()) {
                 child->next_named = into.first_named;
                 into.first_named = child;
             }

@@ -91,20 +91,12 @@ PathInfo *PathTable::insert(std::string_view path)
     PathInfo *&siblings = parent == nullptr ? first_top_ : parent->first_child;
     info->next_sibling = siblings;
     siblings = info;
-    info->keys = schema_.list_keys(info->text);
-    info->is_list = info->keys != nullptr;
-    info->is_leaf_list = schema_.is_leaf_list(info->text);
-    info->is_leaf = schema_.is_leaf(info->text);
-    info->is_container = schema_.is_container(info->text);
-    info->secret = info->is_leaf && schema_.hides(info->text);
-    info->is_state = schema_.is_state(info->text);
-    info->is_unspaced = schema_.is_unspaced(info->text);
-    info->companions = schema_.companions(info->text);
-    info->marker = info->is_list ? schema_.marker(info->text) : nullptr;
-    info->list = info->is_list ? info : (parent == nullptr ? nullptr : parent->list);
-    info->is_key = parent != nullptr && parent->is_list &&
-                   std::find(parent->keys->begin(), parent->keys->end(), info->tag) != parent->keys->end();
-    info->below_value = parent != nullptr && (parent->is_leaf || parent->is_leaf_list || parent->below_value);
+    static const SchemaNode unknown{};
+    const SchemaNode *const known = schema_.find(info->text);
+    info->schema = known == nullptr ? &unknown : known;
+    info->list = info->is_list() ? info : (parent == nullptr ? nullptr : parent->list);
+    info->is_key = parent != nullptr && parent->has_key(info->tag);
+    info->below_value = parent != nullptr && (parent->is_leaf() || parent->is_leaf_list() || parent->below_value);
 
     if (++count_ * 2 > slots_.size()) {
         rehash();
@@ -146,16 +138,17 @@ PathInfo *PathTable::intern_child(PathInfo *parent, std::string_view tag)
 
 void PathTable::make_list(PathInfo &info, std::string_view key)
 {
-    if (info.is_list) {
+    if (info.is_list()) {
         return;
     }
-    made_keys_.push_back(std::make_unique<std::vector<std::string>>(1, std::string(key)));
-    info.keys = made_keys_.back().get();
-    info.is_list = true;
+    SchemaNode &made = made_lists_.emplace_back(*info.schema);
+    made.kind = NodeKind::list;
+    made.keys = {std::string(key)};
+    info.schema = &made;
     info.list = &info;
     for (PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
         child->is_key = key == child->tag;
-        if (!child->is_list) {
+        if (!child->is_list()) {
             child->list = &info;
         }
     }

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,20 +22,11 @@ struct PathInfo {
     PathInfo *parent = nullptr; ///< null above the top component
     PathInfo *first_child = nullptr;
     PathInfo *next_sibling = nullptr;
-    PathInfo *list = nullptr;                       ///< innermost list at or above this path
-    const std::vector<std::string> *keys = nullptr; ///< key leaves of a list
-    uint32_t depth = 0;                             ///< number of components
-    bool is_list = false;
-    bool is_leaf_list = false;
-    bool is_leaf = false;
-    bool is_container = false;
-    bool is_key = false; ///< key leaf of the list that is its parent
-    bool is_state = false;
-    bool is_unspaced = false;     ///< white space around its values is no part of them
-    const char *marker = nullptr; ///< of a native list: path of what makes an entry the client's
-    const std::vector<std::string> *companions = nullptr; ///< leaves that are read with this one, for an answer
-    bool secret = false;                                  ///< its values are key texts
-    bool below_value = false;                             ///< below a leaf or leaf-list, where no node can be
+    const SchemaNode *schema = nullptr; ///< what is known of it; never null: one of an unknown kind where nothing is
+    PathInfo *list = nullptr;           ///< innermost list at or above this path
+    uint32_t depth = 0;                 ///< number of components
+    bool is_key = false;                ///< key leaf of the list that is its parent
+    bool below_value = false;           ///< below a leaf or leaf-list, where no node can be
 
     struct Place {
         const void *parent = nullptr;
@@ -47,12 +38,19 @@ struct PathInfo {
     OutputNode *current = nullptr;    ///< reverse: the entry that bare paths below this list lead to
     OutputNode *last_found = nullptr; ///< reverse: what the last successful search of this list found
 
+    bool is_list() const { return schema->is_list(); }
+    bool is_leaf() const { return schema->is_leaf(); }
+    bool is_leaf_list() const { return schema->is_leaf_list(); }
+    bool is_container() const { return schema->is_container(); }
+    /// Key leaves of a list; none of what is no list.
+    const std::vector<std::string> &keys() const { return schema->keys; }
+    bool has_key(std::string_view name) const { return std::find(keys().begin(), keys().end(), name) != keys().end(); }
+
     /// The leaf that repeats a key of the entry around it, as OpenConfig's lists have it: "policy/config/name".
     bool repeats_key() const
     {
         const PathInfo *const entry = parent == nullptr ? nullptr : parent->parent;
-        return is_leaf && !is_state && entry != nullptr && entry->is_list && !parent->is_list &&
-               std::find(entry->keys->begin(), entry->keys->end(), tag) != entry->keys->end();
+        return is_leaf() && schema->config && entry != nullptr && !parent->is_list() && entry->has_key(tag);
     }
 
     PathInfo *child(std::string_view child_tag) const
@@ -89,7 +87,7 @@ private:
     std::vector<PathInfo *> slots_ = std::vector<PathInfo *>(256);
     std::size_t count_ = 0;
     PathInfo *first_top_ = nullptr;
-    std::vector<std::unique_ptr<std::vector<std::string>>> made_keys_;
+    std::deque<SchemaNode> made_lists_; ///< that no schema knows
 };
 
 } // namespace tqm

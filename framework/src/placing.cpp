@@ -98,11 +98,11 @@ rcode Request::Impl::place(const AddArguments &arguments)
     }
 
     const Naming naming = naming_for(arguments, *info);
-    const bool addressed = arguments.list_entry == 1 && info->is_list;
+    const bool addressed = arguments.list_entry == 1 && info->is_list();
     const bool inside = base->info != nullptr && is_at_or_below(*info, *base->info);
     const char *value = arena.keep(arguments.value);
     OutputNode *node = nullptr;
-    if (info->is_leaf_list) {
+    if (info->is_leaf_list()) {
         OutputNode *parent = &output.base();
         if (info->parent != nullptr) {
             parent = inside ? below(*base, *info->parent, naming) : node_for(*info->parent, naming, false);
@@ -116,7 +116,7 @@ rcode Request::Impl::place(const AddArguments &arguments)
     if (is_forward_edit() && !takes_value(*node, arguments)) {
         return 0;
     }
-    if (!info->is_list) {
+    if (!info->is_list()) {
         set_value(*node, value);
     }
     if (!(addressed && direction == Direction::forward)) {
@@ -127,14 +127,14 @@ rcode Request::Impl::place(const AddArguments &arguments)
     if (addressed && direction == Direction::reverse && !is_read() && value == nullptr) {
         give_key_of_deleted(*node, arguments);
     }
-    if (info->companions != nullptr && widened) {
-        for (const std::string &companion : *info->companions) {
+    if (!info->schema->companions.empty() && widened) {
+        for (const std::string &companion : info->schema->companions) {
             read_beside(*node->parent, companion, naming);
         }
     }
-    if (info->is_list && value != nullptr && info->keys->size() == 1) {
+    if (info->is_list() && value != nullptr && info->keys().size() == 1) {
         AddArguments key = arguments;
-        const std::string path = std::string(info->text) + '/' + info->keys->front();
+        const std::string path = std::string(info->text) + '/' + info->keys().front();
         key.path = path.c_str();
         key.out_node = nullptr;
         key.list_entry = arguments.list_entry;
@@ -202,7 +202,7 @@ rcode Request::Impl::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path
     }
     const Naming naming{intern_ns(ns), nullptr};
     const OutputNode *node = nullptr;
-    if (info->is_leaf_list) {
+    if (info->is_leaf_list()) {
         OutputNode *parent = info->parent == nullptr ? &output.base() : node_for(*info->parent, naming, false);
         node = output.add_value(*parent, *info, naming.below, nullptr);
     } else {
@@ -216,7 +216,7 @@ rcode Request::Impl::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path
 
 OutputNode *Request::Impl::node_for(PathInfo &info, const Naming &naming, bool addressed)
 {
-    if (info.is_list) {
+    if (info.is_list()) {
         return direction == Direction::forward ? forward_entry(info, naming, addressed)
                                                : reverse_entry(info, naming, addressed);
     }
@@ -233,7 +233,7 @@ OutputNode *Request::Impl::below(OutputNode &entry, PathInfo &info, const Naming
         return &entry;
     }
     OutputNode *parent = below(entry, *info.parent, naming);
-    if (info.is_list) {
+    if (info.is_list()) {
         if (OutputNode *current = current_entry(info); current != nullptr && current->parent == parent) {
             return current;
         }
@@ -278,7 +278,7 @@ OutputNode *Request::Impl::forward_entry(PathInfo &list, const Naming &naming, b
     owner.add(list, *entry);
     if (is_read()) {
         give_key_from_walk(*entry, owner_frame);
-    } else if (list.marker != nullptr && &owner != &request_instances) {
+    } else if (!list.schema->marker.empty() && &owner != &request_instances) {
         marked.push_back(entry);
     }
     return entry;
@@ -305,15 +305,15 @@ Instances &Request::Impl::owner_of_new_entry(const PathInfo &list, Frame *&owner
 void Request::Impl::give_key_from_walk(OutputNode &entry, Frame *owner)
 {
     const PathInfo &list = *entry.info;
-    if (owner == nullptr || owner->path == nullptr || list.keys->size() != 1 ||
+    if (owner == nullptr || owner->path == nullptr || list.keys().size() != 1 ||
         std::strcmp(owner->path->tag, list.tag) != 0) {
         return;
     }
-    const char *value = given_value(owner->child(list.keys->front()));
+    const char *value = given_value(owner->child(list.keys().front()));
     if (value == nullptr) {
         return;
     }
-    PathInfo *key = paths.intern(std::string(list.text) + '/' + list.keys->front());
+    PathInfo *key = paths.intern(std::string(list.text) + '/' + list.keys().front());
     set_value(*output.add_named(entry, *key, entry.record.ns), arena.keep(value));
 }
 
@@ -324,17 +324,17 @@ void Request::Impl::give_key_of_deleted(OutputNode &entry, const AddArguments &a
     const rdl_tqm_datatree *const source = arguments.source;
     Frame *const frame = hierarchy.empty() ? nullptr : &hierarchy.top();
     if (source == nullptr || frame == nullptr || frame->node != source || !takes_away(*source) ||
-        frame->path == nullptr || frame->path->keys == nullptr || entry.info->keys->size() != 1) {
+        frame->path == nullptr || !frame->path->is_list() || entry.info->keys().size() != 1) {
         return;
     }
-    const std::vector<std::string> &native_keys = *frame->path->keys;
+    const std::vector<std::string> &native_keys = frame->path->keys();
     const rdl_tqm_datatree *const native =
         native_keys.size() == 1 ? frame->child(native_keys.front()) : asked_for.child_of(*source);
     const char *const key = given_value(native);
     if (key == nullptr) {
         return;
     }
-    const std::string path = std::string(entry.info->text) + '/' + entry.info->keys->front();
+    const std::string path = std::string(entry.info->text) + '/' + entry.info->keys().front();
     AddArguments leaf;
     leaf.tree = &entry.record;
     leaf.path = path.c_str();
@@ -379,7 +379,7 @@ OutputNode *Request::Impl::existing(PathInfo *info)
     if (info == nullptr) {
         return &output.base();
     }
-    if (info->is_list) {
+    if (info->is_list()) {
         return current_entry(*info);
     }
     OutputNode *parent = existing(info->parent);
@@ -407,7 +407,7 @@ OutputNode *Request::Impl::search(rdl_tqm_datatree *tree, PathInfo &list, std::s
     if (parent == nullptr) {
         return nullptr;
     }
-    const std::string_view leaf = list.keys->size() == 1 ? std::string_view(list.keys->front()) : key;
+    const std::string_view leaf = list.keys().size() == 1 ? std::string_view(list.keys().front()) : key;
     OutputNode *found = survivor(output.find_by_key(Output::find_slot(*parent, list), leaf, value));
     if (found != nullptr) {
         list.last_found = found;
@@ -425,13 +425,13 @@ OutputNode *Request::Impl::add_keyed_entry(rdl_tqm_datatree *tree, PathInfo &lis
     entry.ns = ns;
     entry.out_node = &added;
     entry.list_entry = 1;
-    if (list.keys->size() == 1) {
+    if (list.keys().size() == 1) {
         entry.value = value;
     }
     if (add(entry) != 0) {
         return nullptr;
     }
-    if (list.keys->size() != 1) {
+    if (list.keys().size() != 1) {
         const std::string path = std::string(list.text) + '/' + key;
         AddArguments leaf;
         leaf.tree = added;
@@ -458,7 +458,7 @@ void Request::Impl::index_key(OutputNode &leaf, const char *old_value)
         return;
     }
     OutputNode *known = output.index_by_key(entry, leaf.record.tag, leaf.record.value);
-    if (known != nullptr && entry.info->keys->size() == 1) {
+    if (known != nullptr && entry.info->keys().size() == 1) {
         output.absorb(*known, entry);
     }
 }

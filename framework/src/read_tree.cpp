@@ -89,7 +89,7 @@ private:
     static bool repeats_key(const PathInfo *info)
     {
         const PathInfo *list = info == nullptr || info->parent == nullptr ? nullptr : info->parent->parent;
-        return list != nullptr && list->is_list && std::ranges::find(*list->keys, info->tag) != list->keys->end();
+        return list != nullptr && list->is_list() && list->has_key(info->tag);
     }
 
     std::size_t count_of_children(const rdl_tqm_datatree &node, const PathInfo *info) const
@@ -111,7 +111,7 @@ private:
 
     void copy_children(const rdl_tqm_datatree &node, rdl_tqm_datatree &made, const PathInfo *info, Way way) const
     {
-        const bool alone = (way.alone || (info != nullptr && info->is_list)) && node.subtree_count == 1;
+        const bool alone = (way.alone || (info != nullptr && info->is_list())) && node.subtree_count == 1;
         const bool only_matches = selects_all(node);
         for (uint32_t i = 0; i < node.subtree_count; ++i) {
             const rdl_tqm_datatree &child = node.subtree[i];
@@ -139,12 +139,10 @@ private:
     /// walked through all that there is.)
     bool asks_for_existence(const rdl_tqm_datatree &entry, const PathInfo *list) const
     {
-        if (!request_.widened || request_.header.kind != TQM_REQ_GET || list == nullptr || !list->is_list) {
+        if (!request_.widened || request_.header.kind != TQM_REQ_GET || list == nullptr || !list->is_list()) {
             return false;
         }
-        const auto is_key = [&](const rdl_tqm_datatree &child) {
-            return std::ranges::find(*list->keys, child.tag) != list->keys->end();
-        };
+        const auto is_key = [&](const rdl_tqm_datatree &child) { return list->has_key(child.tag); };
         return key_of_state(*list) != nullptr && !selects_all(entry) &&
                std::any_of(entry.subtree, entry.subtree + entry.subtree_count, is_key);
     }
@@ -153,8 +151,8 @@ private:
     static const PathInfo *key_of_state(const PathInfo &list)
     {
         for (const PathInfo *child = list.first_child; child != nullptr; child = child->next_sibling) {
-            if (child->is_container && child->is_state && !list.keys->empty()) {
-                if (const PathInfo *key = child->child(list.keys->front())) {
+            if (child->is_container() && !child->schema->config && !list.keys().empty()) {
+                if (const PathInfo *key = child->child(list.keys().front())) {
                     return key;
                 }
             }
@@ -197,7 +195,7 @@ private:
             return "it is of another module, and selects nothing";
         }
         // Which entries of state there are is known when they are answered.
-        if (info->is_list && info->is_state && child_info->is_key) {
+        if (info->is_list() && !info->schema->config && child_info->is_key) {
             return "the key of a list of state is matched in the answer";
         }
         return nullptr;
@@ -206,12 +204,12 @@ private:
     /// The entry may be called by the text with its blanks, too.
     static bool has_blank_key(const rdl_tqm_datatree &entry, const PathInfo *list)
     {
-        if (list == nullptr || !list->is_list) {
+        if (list == nullptr || !list->is_list()) {
             return false;
         }
         return std::any_of(entry.subtree, entry.subtree + entry.subtree_count, [&](const rdl_tqm_datatree &key) {
             return is_match(key) && without_blanks(key.value).size() != std::strlen(key.value) &&
-                   std::ranges::find(*list->keys, key.tag) != list->keys->end();
+                   list->has_key(key.tag);
         });
     }
 
@@ -221,7 +219,7 @@ private:
     {
         return std::all_of(node.subtree, node.subtree + node.subtree_count, [&](const rdl_tqm_datatree &child) {
             const PathInfo *child_info = info == nullptr ? nullptr : info->child(child.tag);
-            return child_info != nullptr && child_info->is_leaf_list && is_match(child);
+            return child_info != nullptr && child_info->is_leaf_list() && is_match(child);
         });
     }
 

@@ -35,7 +35,7 @@ bool keep_answered(OutputNode &node)
         }
     }
     if (node.list_entry) {
-        answered = answered && keys == node.info->keys->size();
+        answered = answered && keys == node.info->keys().size();
     } else if (node.first_child == nullptr) {
         answered = node.record.value != nullptr;
     }
@@ -50,7 +50,7 @@ const char *why_unsupported(const PathInfo &parent, std::string_view tag)
     if (info == nullptr) {
         return "there is no such node";
     }
-    return info->is_state ? "it is state, and cannot be edited" : "this router does not support it";
+    return !info->schema->config ? "it is state, and cannot be edited" : "this router does not support it";
 }
 
 } // namespace

@@ -109,12 +109,12 @@ std::string Converter::path_of(pugi::xml_node element) const
         const std::string step = std::string("/") + local_name(elements.back());
         path += step;
         schema_path += step;
-        const std::vector<std::string> *const keys = request_.schema.list_keys(schema_path);
-        for (std::size_t i = 0; keys != nullptr && i < keys->size(); ++i) {
+        const SchemaNode *const node = request_.schema.find(schema_path);
+        for (const std::string &name : node == nullptr ? std::vector<std::string>() : node->keys) {
             const auto key =
-                elements.back().find_child([&](pugi::xml_node child) { return (*keys)[i] == local_name(child); });
+                elements.back().find_child([&](pugi::xml_node child) { return name == local_name(child); });
             if (*key.child_value() != '\0') {
-                append_key(path, (*keys)[i], key.child_value());
+                append_key(path, name, key.child_value());
             }
         }
     }
@@ -159,8 +159,8 @@ Expected<void> Converter::run()
         fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
              tops[1]);
     }
-    for (const std::string_view path : request_.schema.paths()) {
-        request_.paths.intern(path);
+    for (const SchemaNode &node : request_.schema.nodes()) {
+        request_.paths.intern(node.path);
     }
     Inherited inherited = Inherited::nothing;
     if (is_edit_ && content_.default_operation == DefaultOperation::none) {
@@ -295,8 +295,7 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
 
     bool split = false;
     const uint32_t child_elements = count_elements(element, split);
-    const bool is_key =
-        parent != nullptr && parent->is_list && std::ranges::find(*parent->keys, name->local) != parent->keys->end();
+    const bool is_key = parent != nullptr && parent->is_list() && parent->has_key(name->local);
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
     const bool deleted = is_edit_ && !reverse_ && tqm_map_is_request_delete(&record) != 0;
     if (is_key && has_operation && !deleted && !reverse_) {
@@ -319,7 +318,7 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
     if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements)) {
         return false;
     }
-    if (deleted && info != nullptr && info->is_list && !deletes_entry_only(element, record, *info)) {
+    if (deleted && info != nullptr && info->is_list() && !deletes_entry_only(element, record, *info)) {
         return false;
     }
     if (has_attributes) {
@@ -332,7 +331,7 @@ bool Converter::convert(pugi::xml_node element, rdl_tqm_datatree &record, const 
 bool Converter::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list)
 {
     for (uint32_t i = 0; i < record.subtree_count; ++i) {
-        if (std::ranges::find(*list.keys, record.subtree[i].tag) == list.keys->end()) {
+        if (std::ranges::find(list.keys(), record.subtree[i].tag) == list.keys().end()) {
             return fail(ErrorTag::invalid_value, "a list entry that is deleted names nothing but its keys", element);
         }
     }
@@ -350,10 +349,10 @@ bool Converter::check_child(pugi::xml_node element, const rdl_tqm_datatree &chil
     if (is_filter || info == nullptr) {
         return true;
     }
-    if ((info->is_leaf || info->is_leaf_list) && child.subtree_count != 0 && child.ns == parent.ns) {
+    if ((info->is_leaf() || info->is_leaf_list()) && child.subtree_count != 0 && child.ns == parent.ns) {
         return fail(ErrorTag::bad_element, "a leaf holds no child elements", element);
     }
-    const bool is_single = info->is_container || (info->is_leaf && (reverse_ || !info->is_key));
+    const bool is_single = info->is_container() || (info->is_leaf() && (reverse_ || !info->is_key));
     if (!is_single) {
         return true;
     }
@@ -482,17 +481,17 @@ void Converter::keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree
     if (is_blank(value)) {
         return;
     }
-    request_.deleted_texts.emplace(&record,
-                                   info != nullptr && info->is_unspaced ? trimmed(value) : request_.arena.keep(value));
+    request_.deleted_texts.emplace(&record, info != nullptr && info->schema->unspaced ? trimmed(value)
+                                                                                      : request_.arena.keep(value));
 }
 
 bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
                      const PathInfo *info)
 {
-    const bool is_container = info != nullptr && info->is_container;
+    const bool is_container = info != nullptr && info->is_container();
     const char *value = whole_text(element, split);
     // White space is the value of a text (RFC 7950, section 9.4), where an edit gives it to one.
-    const bool holds_text = info != nullptr && (info->is_leaf || info->is_leaf_list) && !info->is_unspaced;
+    const bool holds_text = info != nullptr && (info->is_leaf() || info->is_leaf_list()) && !info->schema->unspaced;
     const bool is_text = is_edit_ && !reverse_ && holds_text && *value != '\0' && child_elements == 0;
     if (is_blank(value) && !is_text) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
@@ -505,7 +504,7 @@ bool Converter::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t 
     } else if (is_container) {
         return fail(ErrorTag::bad_element, "a container holds no text", element);
     }
-    const bool as_it_is = is_filter_ || info == nullptr || !info->is_unspaced;
+    const bool as_it_is = is_filter_ || info == nullptr || !info->schema->unspaced;
     record.value = as_it_is ? request_.arena.keep(value) : trimmed(value);
     record.present |= TQM_PRESENT_VALUE;
     return true;
@@ -542,12 +541,13 @@ std::optional<XmlName> Converter::name_of(pugi::xml_node element)
         fail(ErrorTag::malformed_message, std::string("the prefix of element <") + element.name() + "> is not declared",
              element);
     } else if (content_.json && *name->ns != '\0' && std::strcmp(name->ns, netconf_ns) != 0) {
-        const char *ns = request_.schema.module_ns(name->ns);
-        if (ns == nullptr && !is_filter_) {
+        const SchemaModule *const module = request_.schema.module_named(name->ns);
+        if (module == nullptr && !is_filter_) {
             fail(ErrorTag::unknown_namespace, std::string("there is no module '") + name->ns + "' here", element);
             return std::nullopt;
         }
-        name->ns = ns == nullptr ? name->ns : ns; // a module's name is no namespace, and selects nothing
+        name->ns =
+            module == nullptr ? name->ns : module->ns.c_str(); // a module's name is no namespace, and selects nothing
     }
     return name;
 }

@@ -42,7 +42,7 @@ bool Request::Impl::is_leaf_list_value(const rdl_tqm_datatree &source)
         return false;
     }
     const PathInfo *const info = hierarchy.top().path->child(source.tag);
-    return info != nullptr && info->is_leaf_list;
+    return info != nullptr && info->is_leaf_list();
 }
 
 /// Values of one leaf-list of the client's may meet in one native leaf. A removal of one then takes nothing of another
@@ -50,7 +50,7 @@ bool Request::Impl::is_leaf_list_value(const rdl_tqm_datatree &source)
 bool Request::Impl::takes_value(OutputNode &node, const AddArguments &arguments)
 {
     const rdl_tqm_datatree *const source = arguments.source;
-    if (source == nullptr || !node.info->is_leaf || !is_leaf_list_value(*source)) {
+    if (source == nullptr || !node.info->is_leaf() || !is_leaf_list_value(*source)) {
         return true;
     }
     const rdl_tqm_datatree *const before = node.origin_node;
@@ -68,14 +68,14 @@ bool Request::Impl::takes_value(OutputNode &node, const AddArguments &arguments)
 /// An add that gives neither source nor value sets nothing where the walk stands in a removal: it is part of that.
 uint32_t Request::Impl::operation_without_source(const OutputNode &node, const rdl_tqm_datatree *walked) const
 {
-    const bool removal = direction == Direction::forward && node.info->is_leaf && node.record.value == nullptr &&
+    const bool removal = direction == Direction::forward && node.info->is_leaf() && node.record.value == nullptr &&
                          walked != nullptr && takes_away(*walked);
     return removal ? walked->operation : uint32_t{TQM_OP_MERGE};
 }
 
 void Request::Impl::set_operation(OutputNode &node, const rdl_tqm_datatree *source)
 {
-    if (is_read() && !node.info->secret) {
+    if (is_read() && !node.info->schema->secret) {
         return;
     }
     const rdl_tqm_datatree *const origin = source == nullptr ? walked_node() : source;
@@ -133,7 +133,7 @@ void Request::Impl::settle_marker(OutputNode &entry)
     if (takes_away(operation)) {
         return;
     }
-    PathInfo *const info = paths.intern(entry.info->marker);
+    PathInfo *const info = paths.intern(entry.info->schema->marker);
     if (operation == operation_none) {
         OutputNode *marker = find_below(entry, *info);
         if (marker != nullptr && takes_away(marker->operation()) && marker->origin_node != entry.origin_node) {
@@ -141,8 +141,8 @@ void Request::Impl::settle_marker(OutputNode &entry)
         }
         return;
     }
-    const char *const ns = schema.ns_of(info->text);
-    OutputNode *const marker = below(entry, *info, {ns == nullptr ? entry.record.ns : intern_ns(ns), nullptr});
+    OutputNode *const marker = below(
+        entry, *info, {info->schema->ns.empty() ? entry.record.ns : intern_ns(info->schema->ns.c_str()), nullptr});
     if (!marker->operation() || takes_away(marker->operation())) {
         marker->record.operation = operation;
         marker->record.present |= TQM_PRESENT_OPERATION;

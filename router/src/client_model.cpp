@@ -1,8 +1,8 @@
 // Two contexts: the published model, and the one in which the deviations have changed it. Nodes are those of the first.
 #include "router/client_model.h"
 
-#include "memory.h"
 #include "report.h"
+#include "router/memory.h"
 
 #include <libyang/libyang.h>
 
@@ -118,9 +118,8 @@ Expected<ClientModel> ClientModel::load(const Models &models, const std::string 
     }
     watch.check();
     if (!published || !deviated) {
-        const char *reason = ly_errmsg(created);
         return tl::unexpected(Error{std::string("cannot load the YANG module ") + deviations_name + " from " +
-                                        yang_directory + ": " + (reason ? reason : "libyang gives no reason"),
+                                        yang_directory + ": " + watch.reason(created),
                                     ""});
     }
     const lysc_node *top = nullptr;

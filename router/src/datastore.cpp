@@ -6,10 +6,10 @@
 #include "document.h"
 #include "edit.h"
 #include "entries.h"
-#include "memory.h"
 #include "operational.h"
 #include "read.h"
 #include "report.h"
+#include "router/memory.h"
 #include "store_file.h"
 #include "tree.h"
 

@@ -5,8 +5,8 @@
 #include "earlier_forms.h"
 #include "entries.h"
 #include "envelope.h"
-#include "memory.h"
 #include "report.h"
+#include "router/memory.h"
 #include "router/models.h"
 
 #include <algorithm>

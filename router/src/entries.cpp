@@ -2,7 +2,7 @@
 // search by some keys goes through an index that the first one builds.
 #include "entries.h"
 
-#include "memory.h"
+#include "router/memory.h"
 #include "router/models.h"
 
 #include <algorithm>

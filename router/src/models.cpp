@@ -2,8 +2,8 @@
 #include "router/models.h"
 
 #include "entries.h"
-#include "memory.h"
 #include "report.h"
+#include "router/memory.h"
 #include "tree.h"
 
 #include <algorithm>
@@ -21,12 +21,6 @@ constexpr std::array<const char *, 6> module_names = {
     "openconfig-macsec", "Tarvex-crypto-macsec-mka-cfg",    "Tarvex-lib-keychain-cfg",
     "Tarvex-ifmgr-cfg",  "Tarvex-crypto-macsec-mka-if-cfg", "Tarvex-PRIVATE-oc-macsec-oper",
 };
-
-std::string libyang_reason(const ly_ctx *context)
-{
-    const char *reason = context ? ly_errmsg(context) : nullptr;
-    return reason ? reason : "libyang gives no reason";
-}
 
 std::vector<std::string> key_names(const lysc_node *list)
 {
@@ -48,50 +42,6 @@ void for_each_node(const lysc_module *module, const lysc_node *parent, const std
         visit(*node, path);
         for_each_node(nullptr, node, path, visit);
     }
-}
-
-template <typename Visit>
-void for_each_node(const ly_ctx *context, const char *module_name, Visit visit)
-{
-    if (const lys_module *module = ly_ctx_get_module_implemented(context, module_name)) {
-        for_each_node(module->compiled, nullptr, "", visit);
-    }
-}
-
-std::vector<ListInfo> collect_all(const ly_ctx *context, uint16_t kind)
-{
-    std::vector<ListInfo> found;
-    for (const char *name : module_names) {
-        for_each_node(context, name, [&](const lysc_node &node, const std::string &path) {
-            if (node.nodetype == kind) {
-                found.push_back({node.module->ns, path, key_names(&node)});
-            }
-        });
-    }
-    return found;
-}
-
-// Entries are addressed by so many keys at most.
-Expected<void> check_keys(const ly_ctx *context)
-{
-    for (const ListInfo &list : collect_all(context, LYS_LIST)) {
-        if (list.keys.size() > Keys::most) {
-            const lys_module *module = ly_ctx_get_module_implemented_ns(context, list.ns.c_str());
-            return tl::unexpected(Error{"the list " + list.path + " of the YANG module " + module->name + " has " +
-                                            std::to_string(list.keys.size()) + " keys; two are the most",
-                                        list.path});
-        }
-    }
-    return {};
-}
-
-std::vector<std::string> paths_of_all(const ly_ctx *context, uint16_t kind)
-{
-    std::vector<std::string> paths;
-    for (ListInfo &node : collect_all(context, kind)) {
-        paths.push_back(std::move(node.path));
-    }
-    return paths;
 }
 
 NodeKind kind_of(const lysc_node *node)
@@ -130,8 +80,11 @@ bool is_unspaced(const lysc_type *type)
     return type && type->basetype != LY_TYPE_STRING && type->basetype != LY_TYPE_BINARY;
 }
 
-std::optional<ValueForm> form_of(const lysc_type *type)
+ValueForm form_of(const lysc_type *type)
 {
+    if (type == nullptr) {
+        return ValueForm::text;
+    }
     while (type->basetype == LY_TYPE_LEAFREF) {
         type = reinterpret_cast<const lysc_type_leafref *>(type)->realtype;
     }
@@ -148,8 +101,63 @@ std::optional<ValueForm> form_of(const lysc_type *type)
     case LY_TYPE_EMPTY:
         return ValueForm::empty;
     default:
-        return std::nullopt;
+        return ValueForm::text;
     }
+}
+
+std::string path_of(const lysc_node *node)
+{
+    std::string path;
+    for (; node != nullptr; node = lysc_data_parent(node)) {
+        path.insert(0, std::string("/") + node->name);
+    }
+    return path;
+}
+
+// Path of the leaf that a leafref refers to; empty for other types.
+std::string target_of(const lysc_node &node, const lysc_type *type)
+{
+    if (type == nullptr || type->basetype != LY_TYPE_LEAFREF) {
+        return {};
+    }
+    const auto *const leafref = reinterpret_cast<const lysc_type_leafref *>(type);
+    const MemoryWatch watch;
+    ly_set *way = nullptr; // the nodes that the path leads through, the target last
+    lys_find_expr_atoms(&node, node.module, leafref->path, leafref->prefixes, 0, &way);
+    watch.check();
+    std::string target = way == nullptr || way->count == 0 ? "" : path_of(way->snodes[way->count - 1]);
+    ly_set_free(way, nullptr);
+    return target;
+}
+
+SchemaNode described(const lysc_node &node, std::string path)
+{
+    const lysc_type *const type = type_of(node);
+    return {.ns = node.module->ns,
+            .path = std::move(path),
+            .kind = kind_of(&node),
+            .keys = node.nodetype == LYS_LIST ? key_names(&node) : std::vector<std::string>(),
+            .form = form_of(type),
+            .config = (node.flags & LYS_CONFIG_W) != 0,
+            .is_key = node.nodetype == LYS_LEAF && (node.flags & LYS_KEY) != 0,
+            .unspaced = is_unspaced(type),
+            .secret = is_secret(&node),
+            .leafref = target_of(node, type)};
+}
+
+// Entries are addressed by so many keys at most.
+Expected<void> check_keys(const Models &models)
+{
+    for (const ModuleInfo &module : models.modules()) {
+        for (const SchemaNode &node : models.nodes(module.ns.c_str())) {
+            if (node.keys.size() > Keys::most) {
+                return tl::unexpected(Error{"the list " + node.path + " of the YANG module " + module.name + " has " +
+                                                std::to_string(node.keys.size()) + " keys; two are the most",
+                                            node.path});
+            }
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -170,50 +178,17 @@ Expected<Models> Models::load(const std::string &yang_directory)
     std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
     for (const char *name : module_names) {
         if (!ly_ctx_load_module(created, name, nullptr, nullptr)) {
-            watch.check();
             return tl::unexpected(Error{"cannot load the YANG module " + std::string(name) + " from " + yang_directory +
-                                            ": " + libyang_reason(created),
+                                            ": " + watch.reason(created),
                                         ""});
         }
     }
     watch.check();
-    if (auto good = check_keys(created); !good) {
+    Models models(std::move(context));
+    if (auto good = check_keys(models); !good) {
         return tl::unexpected(good.error());
     }
-    return Models(std::move(context));
-}
-
-std::vector<ListInfo> Models::lists() const
-{
-    return collect_all(context_.get(), LYS_LIST);
-}
-
-std::vector<ListInfo> Models::leaf_lists() const
-{
-    return collect_all(context_.get(), LYS_LEAFLIST);
-}
-
-std::vector<std::string> Models::leaves() const
-{
-    return paths_of_all(context_.get(), LYS_LEAF);
-}
-
-std::vector<std::string> Models::containers() const
-{
-    return paths_of_all(context_.get(), LYS_CONTAINER);
-}
-
-std::vector<std::string> Models::secrets() const
-{
-    std::vector<std::string> found;
-    for (const char *name : module_names) {
-        for_each_node(context_.get(), name, [&](const lysc_node &node, const std::string &path) {
-            if (is_secret(&node)) {
-                found.push_back(path);
-            }
-        });
-    }
-    return found;
+    return models;
 }
 
 std::vector<ModuleInfo> Models::modules() const
@@ -227,167 +202,23 @@ std::vector<ModuleInfo> Models::modules() const
     return found;
 }
 
-std::vector<LeafForm> Models::leaf_forms() const
+std::vector<SchemaNode> Models::nodes() const
 {
-    std::vector<LeafForm> found;
-    for (const char *name : module_names) {
-        for_each_node(context_.get(), name, [&](const lysc_node &node, const std::string &path) {
-            const lysc_type *const type = type_of(node);
-            if (const auto form = type != nullptr ? form_of(type) : std::nullopt) {
-                found.push_back({path, *form});
-            }
-        });
+    std::vector<SchemaNode> found;
+    for (const ModuleInfo &module : modules()) {
+        std::ranges::move(nodes(module.ns.c_str()), std::back_inserter(found));
     }
     return found;
 }
 
-std::vector<NodeInfo> Models::nodes(const char *module_ns) const
+std::vector<SchemaNode> Models::nodes(const char *module_ns) const
 {
-    std::vector<NodeInfo> found;
+    std::vector<SchemaNode> found;
     if (const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns)) {
-        for_each_node(module->compiled, nullptr, "", [&](const lysc_node &node, const std::string &path) {
-            found.push_back({path, kind_of(&node), (node.flags & LYS_CONFIG_W) != 0,
-                             node.nodetype == LYS_LEAF && (node.flags & LYS_KEY) != 0, is_unspaced(type_of(node)),
-                             node.module->ns});
-        });
+        for_each_node(module->compiled, nullptr, "",
+                      [&](const lysc_node &node, const std::string &path) { found.push_back(described(node, path)); });
     }
     return found;
-}
-
-namespace
-{
-
-// A leafref's path needs no prefixes within its own module.
-std::string without_prefix(std::string line, const std::string &prefix)
-{
-    for (size_t at = line.find(prefix); at != std::string::npos; at = line.find(prefix, at)) {
-        line.erase(at, prefix.size());
-    }
-    return line;
-}
-
-} // namespace
-
-Expected<std::vector<std::string>> Models::tree_lines(const char *module_ns) const
-{
-    const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), module_ns);
-    const MemoryWatch watch;
-    char *allocated = nullptr;
-    const bool failed = module == nullptr || lys_print_mem(&allocated, module, LYS_OUT_TREE, 0);
-    const Text printed(allocated);
-    watch.check();
-    if (failed) {
-        return tl::unexpected(Error{"libyang cannot print the tree of " + std::string(module_ns), ""});
-    }
-    const std::string text(printed.get());
-    std::vector<std::string> lines;
-    for (size_t begin = text.find('\n') + 1; begin < text.size();) {
-        const size_t end = std::min(text.find('\n', begin), text.size());
-        if (end > begin) {
-            lines.push_back(without_prefix(text.substr(begin, end - begin), std::string(module->prefix) + ":"));
-        }
-        begin = end + 1;
-    }
-    if (lines.size() != nodes(module_ns).size()) {
-        return tl::unexpected(
-            Error{"the tree of " + std::string(module_ns) + " does not have a line for each node", ""});
-    }
-    return lines;
-}
-
-namespace
-{
-
-const lysc_node *find_node(const lysc_module *module, const lysc_node *parent, std::string_view path)
-{
-    const size_t end = std::min(path.find('/', 1), path.size());
-    const lysc_node *node = nullptr;
-    while ((node = lys_getnext(node, parent, module, 0)) != nullptr) {
-        if (path.substr(1, end - 1) == node->name) {
-            return end == path.size() ? node : find_node(nullptr, node, path.substr(end));
-        }
-    }
-    return nullptr;
-}
-
-uint64_t largest(LY_DATA_TYPE type)
-{
-    return type == LY_TYPE_UINT8 ? UINT8_MAX : type == LY_TYPE_UINT16 ? UINT16_MAX : UINT32_MAX;
-}
-
-// Those of `texts` that the leaf takes are added for a string: a pattern may allow some of them only.
-void collect_samples(const lysc_type *type, const std::vector<std::string> &texts, std::vector<std::string> &samples)
-{
-    switch (type->basetype) {
-    case LY_TYPE_ENUM: {
-        const lysc_type_bitenum_item *const enums = reinterpret_cast<const lysc_type_enum *>(type)->enums;
-        for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(enums); ++i) {
-            samples.emplace_back(enums[i].name);
-        }
-        break;
-    }
-    case LY_TYPE_BOOL:
-        samples.insert(samples.end(), {"false", "true"});
-        break;
-    case LY_TYPE_UINT8:
-    case LY_TYPE_UINT16:
-    case LY_TYPE_UINT32: {
-        const lysc_range *const range = reinterpret_cast<const lysc_type_num *>(type)->range;
-        std::vector<uint64_t> ends = {0, largest(type->basetype)};
-        if (range != nullptr) {
-            ends.clear();
-            for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(range->parts); ++i) {
-                ends.insert(ends.end(), {range->parts[i].min_u64, range->parts[i].max_u64});
-            }
-            ends.erase(std::unique(ends.begin(), ends.end()), ends.end());
-        }
-        for (const uint64_t end : ends) {
-            samples.push_back(std::to_string(end));
-        }
-        break;
-    }
-    case LY_TYPE_LEAFREF:
-        collect_samples(reinterpret_cast<const lysc_type_leafref *>(type)->realtype, texts, samples);
-        break;
-    case LY_TYPE_UNION: {
-        lysc_type **const types = reinterpret_cast<const lysc_type_union *>(type)->types;
-        for (LY_ARRAY_COUNT_TYPE i = 0; i < LY_ARRAY_COUNT(types); ++i) {
-            collect_samples(types[i], texts, samples);
-        }
-        break;
-    }
-    case LY_TYPE_STRING:
-        samples.insert(samples.end(), texts.begin(), texts.end());
-        break;
-    default:
-        break;
-    }
-}
-
-} // namespace
-
-std::vector<std::string> Models::sample_values(const std::string &path) const
-{
-    static const std::vector<std::string> texts = {"0123456789abcdef0123456789abcdef", "2030-01-02T03:04:05",
-                                                   "2030-01-02T03:04:05Z+00:00", "2030-01-02T03:04:05.25Z+02:00"};
-    std::vector<std::string> samples;
-    const lys_module *module = ly_ctx_get_module_implemented_ns(context_.get(), ns::openconfig);
-    const lysc_node *node = find_node(module->compiled, nullptr, path);
-    if (node == nullptr || (node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) == 0) {
-        return samples;
-    }
-    collect_samples(type_of(*node), texts, samples);
-    const MemoryWatch watch;
-    std::erase_if(samples, [&](const std::string &sample) {
-        return lyd_value_validate(context_.get(), node, sample.c_str(), sample.size(), nullptr, nullptr, nullptr) ==
-               LY_EVALID;
-    });
-    watch.check();
-    // A text that takes anything needs one sample only.
-    if (samples == texts) {
-        samples.resize(1);
-    }
-    return samples;
 }
 
 } // namespace router

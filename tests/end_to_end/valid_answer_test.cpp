@@ -12,6 +12,7 @@
 
 #include "environment.h"
 #include "model_probe.h"
+#include "model_queries.h"
 #include "native_store.h"
 #include "support.h"
 #include "tqm/framework.h"
@@ -313,7 +314,7 @@ private:
     {
         std::string text;
         for (const ocmap::ProbedNode &node : nodes_) {
-            const router::NodeInfo &info = node.info;
+            const router::SchemaNode &info = node.info;
             const std::size_t slash = info.path.rfind('/');
             if (info.path.substr(0, slash) != path || !info.config || !node.supported) {
                 continue;
@@ -326,7 +327,7 @@ private:
             } else if (info.is_key || tag == "name" || tag == "id") { // a leaf of config repeats the key
                 text += "<" + tag + ">" + key + "</" + tag + ">";
             } else if (index_below(2) == 0) {
-                const std::vector<std::string> samples = environment_.models().sample_values(info.path);
+                const std::vector<std::string> samples = ocmap::sample_values(environment_.models(), info.path);
                 text += "<" + tag + ">" + samples[index_below(samples.size())] + "</" + tag + ">";
             }
         }
@@ -339,7 +340,7 @@ private:
         static const std::vector<std::string> names = {"P", "a  b", "it's \"&lt;&amp;", "\u00fc\u4e2d"};
         std::string text;
         for (const std::string &key : tag == "mka-key" ? ids : names) {
-            const std::string key_leaf = environment_.schema().list_keys(path)->front();
+            const std::string key_leaf = environment_.schema().find(path)->keys.front();
             switch (index_below(4)) {
             case 0:
                 break;

@@ -71,13 +71,12 @@ TEST_F(Operations, the_journal_shows_calls_and_masks_key_texts)
 TEST(Journal, hides_values_of_secrets_and_of_nodes_that_no_model_knows)
 {
     tqm::Schema models;
-    models.add_list("/n/entry", {"name"});
-    for (const char *leaf : {"/n/entry/name", "/n/entry/colour", "/n/entry/key"}) {
-        models.add_leaf(leaf);
-    }
-    models.add_leaf_list("/n/entry/suite");
-    models.add_container("/n/entry/box");
-    models.add_secret("/n/entry/key");
+    models.add({.path = "/n/entry", .kind = tqm::NodeKind::list, .keys = {"name"}});
+    models.add({.path = "/n/entry/name", .kind = tqm::NodeKind::leaf});
+    models.add({.path = "/n/entry/colour", .kind = tqm::NodeKind::leaf});
+    models.add({.path = "/n/entry/key", .kind = tqm::NodeKind::leaf, .secret = true});
+    models.add({.path = "/n/entry/suite", .kind = tqm::NodeKind::leaf_list});
+    models.add({.path = "/n/entry/box", .kind = tqm::NodeKind::container});
     std::vector<std::string> lines;
     tqm::Journal journal{[&](std::string_view line) { lines.emplace_back(line); }};
     tqm::Watch watch;
@@ -226,7 +225,7 @@ TEST_F(Operations, a_lookup_by_relative_path_gives_the_text)
 TEST_F(Operations, nothing_is_added_below_a_leaf_or_leaf_list)
 {
     tqm::Schema leaves = schema();
-    leaves.add_leaf("/pol/p/leaf");
+    leaves.add({.path = "/pol/p/leaf", .kind = tqm::NodeKind::leaf});
     for (const Direction direction : {Direction::forward, Direction::reverse}) {
         Request own{leaves, maps, TQM_REQ_GET, direction, watch()};
         rdl_tqm_datatree *value = nullptr;

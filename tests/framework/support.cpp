@@ -9,20 +9,25 @@ namespace test
 tqm::Schema schema()
 {
     tqm::Schema schema;
-    schema.add_list("/oc/policy", {"name"});
-    schema.add_leaf_list("/oc/policy/config/suite");
-    schema.add_list("/oc/chain", {"name"});
-    schema.add_list("/oc/chain/keys/key", {"id"});
-    schema.add_list("/oc/interface", {"name"});
-    schema.add_secret("/oc/chain/keys/key/config/key-clear-text");
-    schema.add_list("/pol/p", {"name"});
-    schema.add_leaf_list("/pol/p/suite");
-    schema.add_list("/kc/c", {"chain-name"});
-    schema.add_list("/kc/c/m/k", {"key-id"});
-    schema.add_secret("/kc/c/m/k/s/string");
-    schema.add_list("/ifs/if", {"active", "interface-name"});
-    schema.add_list("/op/oc/chain", {"name"});
-    schema.add_list("/op/oc/chain/keys/key", {"id"});
+    const auto list = [&](const char *path, std::vector<std::string> keys) {
+        schema.add({.path = path, .kind = tqm::NodeKind::list, .keys = std::move(keys)});
+    };
+    list("/oc/policy", {"name"});
+    list("/oc/chain", {"name"});
+    list("/oc/chain/keys/key", {"id"});
+    list("/oc/interface", {"name"});
+    list("/pol/p", {"name"});
+    list("/kc/c", {"chain-name"});
+    list("/kc/c/m/k", {"key-id"});
+    list("/ifs/if", {"active", "interface-name"});
+    list("/op/oc/chain", {"name"});
+    list("/op/oc/chain/keys/key", {"id"});
+    for (const char *path : {"/oc/policy/config/suite", "/pol/p/suite"}) {
+        schema.add({.path = path, .kind = tqm::NodeKind::leaf_list});
+    }
+    for (const char *path : {"/oc/chain/keys/key/config/key-clear-text", "/kc/c/m/k/s/string"}) {
+        schema.add({.path = path, .secret = true});
+    }
     return schema;
 }
 

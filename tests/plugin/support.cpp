@@ -10,28 +10,43 @@ const tqm::Schema &schema()
 {
     static const tqm::Schema schema = [] {
         tqm::Schema made;
-        made.add_list("/macsec/mka/policies/policy", {"name"});
-        made.add_list("/macsec/mka/key-chains/key-chain", {"name"});
-        made.add_list("/macsec/mka/key-chains/key-chain/mka-keys/mka-key", {"id"});
-        made.add_list("/macsec/interfaces/interface", {"name"});
-        made.add_list("/macsec/interfaces/interface/scsa-tx/scsa-tx", {"sci-tx"});
-        made.add_list("/macsec/interfaces/interface/scsa-rx/scsa-rx", {"sci-rx"});
-        made.add_leaf_list("/macsec/mka/policies/policy/config/macsec-cipher-suite");
-        made.add_leaf_list("/macsec/mka/policies/policy/state/macsec-cipher-suite");
-        made.add_list("/macsec/policy-names/policy-name", {"name"});
-        made.add_list("/keychains/keychain", {"chain-name"});
-        made.add_list("/keychains/keychain/macsec-keychain/macsec-keys/macsec-key", {"key-id"});
-        made.add_list("/keychains/keychain/keys/key", {"key-id"});
-        made.add_secret("/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/key-clear-text");
-        made.add_secret("/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-key-string/string");
-        made.add_list("/interface-configurations/interface-configuration", {"active", "interface-name"});
-        made.add_list("/oc-macsec/macsec/mka/policies/policy", {"name"});
-        made.add_list("/oc-macsec/macsec/mka/key-chains/key-chain", {"name"});
-        made.add_list("/oc-macsec/macsec/mka/key-chains/key-chain/mka-keys/mka-key", {"id"});
-        made.add_list("/oc-macsec/macsec/interfaces/interface", {"name"});
-        made.add_list("/oc-macsec/macsec/interfaces/interface/scsa-txes/scsa-tx", {"sci-tx"});
-        made.add_list("/oc-macsec/macsec/interfaces/interface/scsa-rxes/scsa-rx", {"sci-rx"});
-        made.add_leaf_list("/oc-macsec/macsec/mka/policies/policy/state/macsec-cipher-suite");
+        made.add({.path = "/macsec/mka/policies/policy", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add({.path = "/macsec/mka/key-chains/key-chain", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add(
+            {.path = "/macsec/mka/key-chains/key-chain/mka-keys/mka-key", .kind = tqm::NodeKind::list, .keys = {"id"}});
+        made.add({.path = "/macsec/interfaces/interface", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add(
+            {.path = "/macsec/interfaces/interface/scsa-tx/scsa-tx", .kind = tqm::NodeKind::list, .keys = {"sci-tx"}});
+        made.add(
+            {.path = "/macsec/interfaces/interface/scsa-rx/scsa-rx", .kind = tqm::NodeKind::list, .keys = {"sci-rx"}});
+        made.add({.path = "/macsec/mka/policies/policy/config/macsec-cipher-suite", .kind = tqm::NodeKind::leaf_list});
+        made.add({.path = "/macsec/mka/policies/policy/state/macsec-cipher-suite", .kind = tqm::NodeKind::leaf_list});
+        made.add({.path = "/macsec/policy-names/policy-name", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add({.path = "/keychains/keychain", .kind = tqm::NodeKind::list, .keys = {"chain-name"}});
+        made.add({.path = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key",
+                  .kind = tqm::NodeKind::list,
+                  .keys = {"key-id"}});
+        made.add({.path = "/keychains/keychain/keys/key", .kind = tqm::NodeKind::list, .keys = {"key-id"}});
+        made.add({.path = "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/key-clear-text", .secret = true});
+        made.add({.path = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-key-string/string",
+                  .secret = true});
+        made.add({.path = "/interface-configurations/interface-configuration",
+                  .kind = tqm::NodeKind::list,
+                  .keys = {"active", "interface-name"}});
+        made.add({.path = "/oc-macsec/macsec/mka/policies/policy", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add({.path = "/oc-macsec/macsec/mka/key-chains/key-chain", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add({.path = "/oc-macsec/macsec/mka/key-chains/key-chain/mka-keys/mka-key",
+                  .kind = tqm::NodeKind::list,
+                  .keys = {"id"}});
+        made.add({.path = "/oc-macsec/macsec/interfaces/interface", .kind = tqm::NodeKind::list, .keys = {"name"}});
+        made.add({.path = "/oc-macsec/macsec/interfaces/interface/scsa-txes/scsa-tx",
+                  .kind = tqm::NodeKind::list,
+                  .keys = {"sci-tx"}});
+        made.add({.path = "/oc-macsec/macsec/interfaces/interface/scsa-rxes/scsa-rx",
+                  .kind = tqm::NodeKind::list,
+                  .keys = {"sci-rx"}});
+        made.add({.path = "/oc-macsec/macsec/mka/policies/policy/state/macsec-cipher-suite",
+                  .kind = tqm::NodeKind::leaf_list});
         return made;
     }();
     return schema;

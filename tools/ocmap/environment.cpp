@@ -15,17 +15,34 @@ namespace
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
 
-tqm::JsonType json_type(router::ValueForm form)
+tqm::NodeKind kind_of(router::NodeKind kind)
+{
+    switch (kind) {
+    case router::NodeKind::container:
+        return tqm::NodeKind::container;
+    case router::NodeKind::list:
+        return tqm::NodeKind::list;
+    case router::NodeKind::leaf:
+        return tqm::NodeKind::leaf;
+    case router::NodeKind::leaf_list:
+        return tqm::NodeKind::leaf_list;
+    }
+    return tqm::NodeKind::unknown;
+}
+
+tqm::ValueForm form_of(router::ValueForm form)
 {
     switch (form) {
     case router::ValueForm::number:
-        return tqm::JsonType::number;
+        return tqm::ValueForm::number;
     case router::ValueForm::boolean:
-        return tqm::JsonType::boolean;
+        return tqm::ValueForm::boolean;
     case router::ValueForm::empty:
-        return tqm::JsonType::empty;
+        return tqm::ValueForm::empty;
+    case router::ValueForm::text:
+        break;
     }
-    return tqm::JsonType::text;
+    return tqm::ValueForm::text;
 }
 
 } // namespace
@@ -41,52 +58,37 @@ Locations default_locations()
     return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal()};
 }
 
-Environment::Environment(router::Models models, tqm::Plugin plugin)
-    : models_(std::move(models)), plugin_(std::move(plugin))
+tqm::Schema schema_of(const router::Models &models)
 {
-    for (router::ListInfo &list : models_.lists()) {
-        schema_.add_list(std::move(list.path), std::move(list.keys));
+    tqm::Schema schema;
+    for (router::ModuleInfo &module : models.modules()) {
+        schema.add_module({std::move(module.name), std::move(module.ns), std::move(module.prefix)});
     }
-    for (router::ListInfo &leaf_list : models_.leaf_lists()) {
-        schema_.add_leaf_list(std::move(leaf_list.path));
+    for (router::SchemaNode &node : models.nodes()) {
+        schema.add({.path = std::move(node.path),
+                    .ns = std::move(node.ns),
+                    .kind = kind_of(node.kind),
+                    .keys = std::move(node.keys),
+                    .form = form_of(node.form),
+                    .config = node.config,
+                    .unspaced = node.unspaced,
+                    .secret = node.secret,
+                    .leafref = std::move(node.leafref)});
     }
-    for (router::ModuleInfo &module : models_.modules()) {
-        for (router::NodeInfo &node : models_.nodes(module.ns.c_str())) {
-            add_node(std::move(node));
-        }
-        schema_.add_module(std::move(module.name), std::move(module.ns), std::move(module.prefix));
-    }
-    schema_.add_marker("/keychains/keychain", "/keychains/keychain/macsec-keychain");
-    schema_.add_marker("/interface-configurations/interface-configuration",
-                       "/interface-configurations/interface-configuration/macsec/psk-key-chain");
+    schema.find("/keychains/keychain")->marker = "/keychains/keychain/macsec-keychain";
+    schema.find("/interface-configurations/interface-configuration")->marker =
+        "/interface-configurations/interface-configuration/macsec/psk-key-chain";
     // An end that is kept as a duration is told from the start.
     const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
     for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
-        schema_.add_companion(lifetime + "life-time", lifetime + "start-" + part);
+        schema.find(lifetime + "life-time")->companions.push_back(lifetime + "start-" + part);
     }
-    for (router::LeafForm &leaf : models_.leaf_forms()) {
-        schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
-    }
-    for (std::string &path : models_.leaves()) {
-        schema_.add_leaf(std::move(path));
-    }
-    for (std::string &path : models_.secrets()) {
-        schema_.add_secret(std::move(path));
-    }
-    for (std::string &path : models_.containers()) {
-        schema_.add_container(std::move(path));
-    }
+    return schema;
 }
 
-void Environment::add_node(router::NodeInfo node)
+Environment::Environment(router::Models models, tqm::Plugin plugin)
+    : models_(std::move(models)), plugin_(std::move(plugin)), schema_(schema_of(models_))
 {
-    schema_.add_ns(node.path, node.ns);
-    if (node.unspaced) {
-        schema_.add_unspaced(node.path);
-    }
-    if (!node.config) {
-        schema_.add_state(std::move(node.path));
-    }
 }
 
 tqm::Expected<Environment> Environment::load(const Locations &locations)

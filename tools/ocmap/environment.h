@@ -21,6 +21,9 @@ struct Locations {
 /// Where the files of the build tree or installation that the running program belongs to are.
 Locations default_locations();
 
+/// What the framework is to know of the models: their nodes, and what the mapping says of some of them.
+tqm::Schema schema_of(const router::Models &models);
+
 class Environment
 {
 public:
@@ -34,7 +37,6 @@ public:
 
 private:
     Environment(router::Models models, tqm::Plugin plugin);
-    void add_node(router::NodeInfo node);
 
     router::Models models_;
     tqm::Plugin plugin_;

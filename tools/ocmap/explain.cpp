@@ -104,12 +104,13 @@ private:
         shown.depth = depth;
         shown.tag = node.tag;
         shown.path = outer_path + "/" + node.tag;
-        if (const std::vector<std::string> *const keys = schema_.list_keys(schema_path)) {
-            tqm::append_keys(shown.path, node, *keys);
+        const tqm::SchemaNode *const known = schema_.find(schema_path);
+        if (known != nullptr && known->is_list()) {
+            tqm::append_keys(shown.path, node, known->keys);
         }
         if ((node.present & TQM_PRESENT_VALUE) != 0) {
             shown.value = shown_value(schema_, schema_path, node.value);
-        } else if (schema_.is_leaf_list(schema_path)) { // a value that goes is told by itself
+        } else if (known != nullptr && known->is_leaf_list()) { // a value that goes is told by itself
             shown.value = shown_value(schema_, schema_path, request_.deleted_text(node));
         }
         if ((node.present & TQM_PRESENT_OPERATION) != 0) {

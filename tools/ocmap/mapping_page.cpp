@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "model_queries.h"
 #include "model_tree.h"
 #include "native_store.h"
 #include "tqm/framework.h"
@@ -159,8 +160,9 @@ private:
             const std::string step = path.substr(begin, slash - begin);
             walked += "/" + step;
             open += "<" + step + (begin == 1 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">");
-            if (const std::vector<std::string> *const keys = environment_.schema().list_keys(walked)) {
-                open += "<" + keys->front() + ">01</" + keys->front() + ">";
+            if (const tqm::SchemaNode *const known = environment_.schema().find(walked);
+                known != nullptr && known->is_list()) {
+                open += "<" + known->keys.front() + ">01</" + known->keys.front() + ">";
             }
             close.insert(0, "</" + step + ">");
         }
@@ -176,10 +178,10 @@ private:
 };
 
 // The values of one edit each.
-std::vector<Values> edits_of(const router::Models &models, const router::NodeInfo &leaf)
+std::vector<Values> edits_of(const router::Models &models, const router::SchemaNode &leaf)
 {
     std::vector<Values> edits;
-    const Values samples = models.sample_values(leaf.path);
+    const Values samples = sample_values(models, leaf.path);
     for (const std::string &sample : samples) {
         edits.push_back({sample});
     }
@@ -191,8 +193,8 @@ bool repeats_key(const std::string &path, const tqm::Schema &schema)
 {
     const std::size_t slash = path.rfind('/');
     const std::size_t outer = path.rfind('/', slash - 1);
-    const std::vector<std::string> *const keys = schema.list_keys(path.substr(0, outer));
-    return keys != nullptr && keys->front() == path.substr(slash + 1);
+    const tqm::SchemaNode *const entry = schema.find(path.substr(0, outer));
+    return entry != nullptr && entry->is_list() && entry->keys.front() == path.substr(slash + 1);
 }
 
 tqm::Expected<std::string> changed_rows(const Environment &environment, const std::vector<ProbedNode> &nodes)

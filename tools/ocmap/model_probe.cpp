@@ -38,7 +38,7 @@ class Prober
 public:
     explicit Prober(const Environment &environment) : environment_(environment) {}
 
-    tqm::Expected<ProbedNode> probe(const router::NodeInfo &info) const
+    tqm::Expected<ProbedNode> probe(const router::SchemaNode &info) const
     {
         ProbedNode node{info, true, {}, {}};
         const auto read = map(info, TQM_REQ_GET, "");
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-    tqm::Expected<Mapped> map(const router::NodeInfo &info, uint32_t kind, const std::string &operation) const
+    tqm::Expected<Mapped> map(const router::SchemaNode &info, uint32_t kind, const std::string &operation) const
     {
         auto document = tqm::Document::parse(request(info, kind, operation));
         if (!document) {
@@ -89,7 +89,7 @@ private:
     }
 
     // A document that names the node, and the keys of the entries around it.
-    std::string request(const router::NodeInfo &info, uint32_t kind, const std::string &operation) const
+    std::string request(const router::SchemaNode &info, uint32_t kind, const std::string &operation) const
     {
         const bool is_edit = kind == TQM_REQ_EDIT;
         const std::string attribute =
@@ -101,13 +101,13 @@ private:
         for (std::size_t i = 0; i < steps.size(); ++i) {
             path += "/" + steps[i];
             const bool is_target = i + 1 == steps.size();
-            const std::vector<std::string> *const keys = environment_.schema().list_keys(path);
+            const tqm::SchemaNode *const known = environment_.schema().find(path);
             const bool is_leaf = is_target && info.kind != router::NodeKind::list;
             const bool names_own_key = info.is_key && i + 2 == steps.size();
             open += "<" + steps[i] + (is_target ? attribute : "");
             open += i == 0 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">";
-            if (keys != nullptr && !names_own_key) {
-                open += "<" + keys->front() + ">" + any_key + "</" + keys->front() + ">";
+            if (known != nullptr && known->is_list() && !names_own_key) {
+                open += "<" + known->keys.front() + ">" + any_key + "</" + known->keys.front() + ">";
             }
             if (is_leaf && operation != "remove" && (is_edit || info.is_key)) {
                 open += any_value;
@@ -152,7 +152,7 @@ tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environmen
 {
     const Prober prober(environment);
     std::vector<ProbedNode> nodes;
-    for (const router::NodeInfo &info : environment.models().nodes(router::ns::openconfig)) {
+    for (const router::SchemaNode &info : environment.models().nodes(router::ns::openconfig)) {
         auto node = prober.probe(info);
         if (!node) {
             return tl::unexpected(node.error());

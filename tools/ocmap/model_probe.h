@@ -14,7 +14,7 @@ namespace ocmap
 using Paths = std::set<std::string>;
 
 struct ProbedNode {
-    router::NodeInfo info;
+    router::SchemaNode info;
     bool supported = true; ///< false: a request that names it is refused as "not supported"
     Paths read;            ///< native paths that a read of it alone fetches
     Paths edit;            ///< native paths that an edit of it writes or takes away; empty for state

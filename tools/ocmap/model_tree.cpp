@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "model_queries.h"
 #include "native_store.h"
 
 namespace ocmap
@@ -48,11 +49,8 @@ using NativePaths = std::unordered_set<std::string>;
 NativePaths native_paths(const router::Models &models)
 {
     NativePaths paths;
-    for (const router::ModuleInfo &module : models.modules()) {
-        if (module.ns == router::ns::openconfig) {
-            continue;
-        }
-        for (router::NodeInfo &node : models.nodes(module.ns.c_str())) {
+    for (router::SchemaNode &node : models.nodes()) {
+        if (node.ns != router::ns::openconfig) {
             paths.insert(std::move(node.path));
         }
     }
@@ -124,7 +122,7 @@ tqm::Expected<std::string> model_tree(const Environment &environment)
 
 tqm::Expected<std::string> tree_of(const Environment &environment, const std::vector<ProbedNode> &nodes)
 {
-    const auto lines = environment.models().tree_lines(router::ns::openconfig);
+    const auto lines = tree_lines(environment.models(), router::ns::openconfig);
     if (!lines) {
         return tl::unexpected(from_router(lines.error()));
     }

@@ -28,6 +28,17 @@ public:
         }
     }
 
+    // The reason of a call that has failed in `context`. Files that are read on the way change errno; but a failure
+    // whose reason could not even be kept is want of memory.
+    const char *reason(const ly_ctx *context) const
+    {
+        check();
+        if (ly_errmsg(context) == nullptr || ly_errcode(context) == LY_EMEM) {
+            throw std::bad_alloc();
+        }
+        return ly_errmsg(context);
+    }
+
 private:
     int before_;
 };

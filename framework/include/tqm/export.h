@@ -1,0 +1,4 @@
+// What libtqm.so shows: the operations of tqm_map.h, and what is marked so. All else is hidden.
+#pragma once
+
+#define TQM_EXPORT __attribute__((visibility("default")))
