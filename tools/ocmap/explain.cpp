@@ -333,10 +333,7 @@ public:
     // Entries that turned out to be one have been joined.
     std::optional<std::size_t> position_of(const tqm::OutputNode *node) const
     {
-        while (node != nullptr && node->merged_into != nullptr) {
-            node = node->merged_into;
-        }
-        const auto found = positions_.find(node);
+        const auto found = node == nullptr ? positions_.end() : positions_.find(&node->joined());
         return found == positions_.end() ? std::nullopt : std::optional(found->second);
     }
 

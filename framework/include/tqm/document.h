@@ -10,19 +10,20 @@
 #include <string_view>
 
 #include "tqm/error.h"
+#include "tqm/export.h"
 
 namespace tqm
 {
 
-/// default-operation of an edit (RFC 6241, section 7.2).
-enum class DefaultOperation { merge, replace, none };
+struct DocumentContent;
 
-class Document
+/// A parsed document, until a request takes it. It shares nothing: any thread may make one and hand it on.
+class TQM_EXPORT Document
 {
 public:
     /// Parses `text`. Fails with line and column where the text is no XML.
     static Expected<Document> parse(std::string_view text);
-    /// Reads `file` to its end. The caller closes it.
+    /// Reads `file` to its end. The caller closes it. Fails as parse() does, and where the file cannot be read.
     static Expected<Document> read(std::FILE *file);
     static Expected<Document> read_file(const std::filesystem::path &path);
 
@@ -35,21 +36,18 @@ public:
 
     /// TQM_REQ_* where the wrapper says it, else nothing: then whoever asks decides.
     std::optional<uint32_t> kind() const;
-    DefaultOperation default_operation() const;
     /// True for a bare <filter>: a read, of the state or not.
     bool is_filter() const;
     /// True for a read that names no filter.
     bool selects_all() const;
 
-    struct Content;
-    /// For the framework: gives up what is inside.
-    std::unique_ptr<Content> take();
-
 private:
-    explicit Document(std::unique_ptr<Content> content);
-    static Expected<Document> parse_buffer(std::unique_ptr<Content> content);
+    friend struct DocumentAccess;
 
-    std::unique_ptr<Content> content_;
+    explicit Document(std::unique_ptr<DocumentContent> content);
+    static Expected<Document> parse_buffer(std::unique_ptr<DocumentContent> content);
+
+    std::unique_ptr<DocumentContent> content_;
 };
 
 } // namespace tqm

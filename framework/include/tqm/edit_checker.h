@@ -6,13 +6,14 @@
 #include <functional>
 
 #include "tqm/error.h"
+#include "tqm/export.h"
 #include "tqm_map.h"
 
 namespace tqm
 {
 
 /// An edit as it came, and before it is walked.
-class EditTree
+class TQM_EXPORT EditTree
 {
 public:
     using Visit = std::function<bool(const rdl_tqm_datatree &child)>;
@@ -29,7 +30,7 @@ public:
     virtual const char *text(const rdl_tqm_datatree &node) const = 0;
 };
 
-class EditChecker
+class TQM_EXPORT EditChecker
 {
 public:
     virtual ~EditChecker() = default;

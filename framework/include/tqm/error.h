@@ -10,6 +10,8 @@
 
 #include <tl/expected.hpp>
 
+#include "tqm/export.h"
+
 extern "C" {
 #include "tqm_rcode.h"
 }
@@ -47,12 +49,12 @@ enum class ErrorTag {
 };
 
 /// Their names in a message, as "data-missing".
-std::string_view name_of(ErrorTag tag);
-std::string_view name_of(ErrorType type);
-std::string_view name_of(ErrorSeverity severity);
+TQM_EXPORT std::string_view name_of(ErrorTag tag);
+TQM_EXPORT std::string_view name_of(ErrorType type);
+TQM_EXPORT std::string_view name_of(ErrorSeverity severity);
 
 /// The tag of a failure of which only the plug-in's code is known.
-ErrorTag tag_of(rcode code);
+TQM_EXPORT ErrorTag tag_of(rcode code);
 
 /// The application tag of a leaf-list with more values than its max-elements (RFC 7950, section 15.2).
 inline constexpr const char *too_many_elements = "too-many-elements";
@@ -99,9 +101,9 @@ inline Error out_of_memory()
 }
 
 /// The error's place in the form of an XML message; an empty text where it has none.
-InstanceIdentifier xml_path(const Error &error);
+TQM_EXPORT InstanceIdentifier xml_path(const Error &error);
 /// The same in JSON's form (RFC 7951, section 6.11): names of modules, only where they change.
-std::string json_path(const Error &error);
+TQM_EXPORT std::string json_path(const Error &error);
 
 template <class T>
 using Expected = tl::expected<T, Error>;

@@ -10,6 +10,7 @@
 
 #include "tqm/document.h"
 #include "tqm/edit_checker.h"
+#include "tqm/export.h"
 #include "tqm/native_side.h"
 #include "tqm/plugin.h"
 #include "tqm/request.h"
@@ -26,8 +27,9 @@ enum class Envelope {
     none     ///< nothing: the trees one after another, in JSON the members of one object
 };
 
-/// Built trees together with all that they live in.
-class Trees
+/// Built trees together with all that they live in; the schema that they were built with must outlive them. Reading and
+/// printing them needs no lock: several threads may, each its own or one at a time the same.
+class TQM_EXPORT Trees
 {
 public:
     /// Configuration trees come before the operational one, in the order of the registrations.
@@ -47,15 +49,21 @@ private:
 
     bool print_to(const std::function<bool(std::string_view)> &sink, Format format, Envelope envelope) const;
 
-    std::shared_ptr<Request> request_;
+    std::shared_ptr<Request> request_; ///< which the nodes live in
+    const Schema *schema_ = nullptr;
     std::vector<const OutputNode *> roots_;
     uint32_t kind_ = 0;
     Wrapper wrapper_ = Wrapper::data;
 };
 
-/// Serves one request at a time. `plugin`, `schema` and `checker` are borrowed. Errors carry their place also node by
-/// node (Error::instance).
-class Framework
+/// `plugin`, `schema`, `checker` and what `watch` points at are borrowed, and must outlive it. Errors carry their place
+/// also node by node (Error::instance).
+///
+/// One framework is one thread's at a time. Several may share a plug-in and a schema: one walk runs at a time in a
+/// process, from its root walker to the return, as plug-ins keep data between their calls; what surrounds it - parsing,
+/// checking, reading from and writing to the native side, filtering, printing - runs side by side. Want of memory is
+/// thrown as std::bad_alloc, by the library or out of a walk once the plug-in has returned.
+class TQM_EXPORT Framework
 {
 public:
     /// Without a `checker` an edit is judged by the plug-in's walkers and the native side alone.

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tqm/export.h"
+
 extern "C" {
 #include "tqm_rcode.h"
 }
@@ -23,7 +25,7 @@ extern "C" {
 namespace tqm
 {
 
-class Journal
+class TQM_EXPORT Journal
 {
 public:
     /// `sink` gets each line, without a line end. With `questions` the operations that only ask, compare and log are
@@ -41,7 +43,7 @@ private:
     bool questions_;
 };
 
-class Faults
+class TQM_EXPORT Faults
 {
 public:
     /// Lets the `nth` call (from 1) of `operation` answer `code` without doing anything. Of tqm_strdup the answer is

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tqm/error.h"
+#include "tqm/export.h"
 #include "tqm/tree.h"
 
 namespace tqm
@@ -21,7 +22,7 @@ struct NativeError {
 
 /// One edit reads first what it asks of the data, and then writes: whoever shares the data among several editors keeps
 /// the others out from the first read to the end of the edit.
-class NativeSide
+class TQM_EXPORT NativeSide
 {
 public:
     virtual ~NativeSide() = default;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "tqm/export.h"
 #include "tqm/tree.h"
 
 namespace tqm
@@ -21,7 +22,7 @@ struct Added {
 
 /// Nodes are those of the request tree. Walkers may move a node's record, but never the text of its tag: its address
 /// is what a node is known by.
-class Observer
+class TQM_EXPORT Observer
 {
 public:
     virtual ~Observer() = default;

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "tqm/error.h"
+#include "tqm/export.h"
 #include "tqm_map.h"
 
 namespace tqm
 {
 
-class Plugin
+class TQM_EXPORT Plugin
 {
 public:
     /// Loads `library` and calls each of `entry_points` once with a zeroed record. An entry point that leaves its

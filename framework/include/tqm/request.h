@@ -45,10 +45,16 @@ struct LeftOut {
     const char *reason = nullptr; ///< one sentence; null for the leaf of an edit
 };
 
+/// One request: what it holds - trees, nodes, texts - lives until it ends.
+///
 /// The operations find their request through the context; those without a context argument serve the request that was
-/// made last on the thread, or that a Framework is walking. An operation that gets no memory answers its plug-in
+/// made last on the thread, or that a Framework is walking there. An operation that gets no memory answers its plug-in
 /// TQM_ERR_INVALID_REQUEST; whoever then asks the request for its output or its error is thrown std::bad_alloc.
-class Request
+///
+/// A request is one thread's at a time. Several may be loaded, read and printed side by side; of those that a plug-in
+/// walks only one is walked at a time in a process (Framework::walk sees to that; who calls a plug-in's functions by
+/// hand must).
+class TQM_EXPORT Request
 {
 public:
     /// `schema` and what `registrations` names must outlive the request. `kind` is TQM_REQ_* or any other number.
@@ -83,9 +89,8 @@ public:
     /// In document order; empty without an observer.
     std::span<const LeftOut> left_out() const;
 
-    /// What was built so far. Operations that wait for the walk are settled first.
-    OutputForest output();
-    /// The output's roots in the order of the registrations, those that no registration names last.
+    /// The roots of what was built so far, in the order of the registrations, those that no registration names last.
+    /// Operations that wait for the walk are settled first.
     std::vector<const OutputNode *> roots();
     /// Reverse reads: takes leaves without a value, entries without a key and empty containers out of the output.
     void drop_unanswered();
@@ -96,10 +101,12 @@ public:
     /// and tag unless a fill left them behind.
     Error error(rcode code) const;
 
-    struct Impl;
-    Impl &impl() { return *impl_; }
+    /// The framework's side of it.
+    class Impl;
 
 private:
+    friend class Framework;
+
     std::unique_ptr<Impl> impl_;
 };
 

@@ -7,18 +7,19 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
+#include "tqm/export.h"
 #include "tqm_map.h"
 
 namespace tqm
 {
 
 class Arena;
-struct PathInfo;
 
 /// Operation of nodes under the default-operation "none" that say nothing themselves: they lead to other nodes, must
 /// exist and are not changed. The others are TQM_OP_*.
@@ -49,17 +50,27 @@ inline bool takes_away(const rdl_tqm_datatree &node)
     return takes_away(operation_of(node));
 }
 
+/// The children of a walked node as a range; empty where none are given.
+inline std::span<const rdl_tqm_datatree> children_of(const rdl_tqm_datatree &node)
+{
+    const bool given = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
+    return given ? std::span<const rdl_tqm_datatree>(node.subtree, node.subtree_count)
+                 : std::span<const rdl_tqm_datatree>();
+}
+
 /// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). A text with a single quote
 /// stands in double ones, where double quotes and backslashes have a backslash before them, as in strings of YANG.
-void append_key(std::string &path, std::string_view key, std::string_view value);
+TQM_EXPORT void append_key(std::string &path, std::string_view key, std::string_view value);
 /// Appends those of the keys that `entry` has as children with a value.
-void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys);
+TQM_EXPORT void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys);
 
-/// One node of an output tree. Its address, and that of the record in it, stays the same until the request ends.
-class OutputNode
+/// One node of an output tree, made by a request and read by whoever takes the trees. It lives as long as the request,
+/// at one address; reading it needs no lock once the walk is over.
+class TQM_EXPORT OutputNode
 {
 public:
-    class Iterator
+    /// Over siblings, in the order in which the walk made them.
+    class TQM_EXPORT Iterator
     {
     public:
         using iterator_category = std::forward_iterator_tag;
@@ -69,14 +80,10 @@ public:
         using reference = const OutputNode &;
 
         Iterator() = default;
-        explicit Iterator(const OutputNode *node) : node_(skip_dropped(node)) {}
+        explicit Iterator(const OutputNode *node) : node_(node) {}
         reference operator*() const { return *node_; }
         pointer operator->() const { return node_; }
-        Iterator &operator++()
-        {
-            node_ = skip_dropped(node_->next);
-            return *this;
-        }
+        Iterator &operator++();
         Iterator operator++(int)
         {
             Iterator before = *this;
@@ -86,13 +93,6 @@ public:
         friend bool operator==(const Iterator &a, const Iterator &b) { return a.node_ == b.node_; }
 
     private:
-        static const OutputNode *skip_dropped(const OutputNode *node)
-        {
-            while (node != nullptr && node->dropped) {
-                node = node->next;
-            }
-            return node;
-        }
         const OutputNode *node_ = nullptr;
     };
     struct Children {
@@ -102,46 +102,32 @@ public:
         bool empty() const { return first == Iterator(); }
     };
 
-    const char *tag() const { return record.tag; }
-    const char *ns() const { return record.ns; }
+    const char *tag() const;
+    /// Namespace URI.
+    const char *ns() const;
     /// Null when the node has none: a container, a list entry, or a leaf without a value (which differs from "").
-    const char *value() const { return record.value; }
+    const char *value() const;
     /// The node's own edit operation (TQM_OP_* or operation_none); none on nodes that were only made on the way to
     /// others, which have that of the node around them, and on all nodes of a read.
-    std::optional<uint32_t> operation() const
-    {
-        if ((record.present & TQM_PRESENT_OPERATION) == 0) {
-            return std::nullopt;
-        }
-        return record.operation;
-    }
+    std::optional<uint32_t> operation() const;
     /// The client's node that an edit's node comes from: the source of the add, or, where an add gave none, the node
     /// that the walk had matched last. Null on nodes that were only made on the way to others, and in reads.
-    const rdl_tqm_datatree *origin() const { return origin_node; }
-    /// In the order in which the walk made them; a list's entries stand among the other children.
-    Children children() const { return {Iterator(first_child)}; }
-    bool is_list_entry() const { return list_entry; }
+    const rdl_tqm_datatree *origin() const;
+    /// The node around this one; null at the top.
+    const OutputNode *parent() const;
+    /// A list's entries stand among the other children.
+    Children children() const;
+    bool is_list_entry() const;
     /// True on the key leaves of a list entry.
-    bool is_key() const { return record.is_key != 0; }
+    bool is_key() const;
+    /// The entry that has taken over this one's children, as both turned out to be the same one; else the node itself.
+    const OutputNode &joined() const;
     /// Path of the node without keys, as "/macsec/policy-names/policy-name/name".
     std::string_view path() const;
 
-    // What follows belongs to the framework. `record` comes first, so that a record's address is its node's.
-    rdl_tqm_datatree record{};
-    const PathInfo *info = nullptr;
-    const rdl_tqm_datatree *origin_node = nullptr;
-    OutputNode *parent = nullptr;
-    OutputNode *first_child = nullptr;
-    OutputNode *last_child = nullptr;
-    OutputNode *next = nullptr;
-    OutputNode *next_named = nullptr;  ///< chain of the parent's children that are no list entries or values
-    OutputNode *first_named = nullptr; ///< head of that chain among this node's children
-    struct ListSlot *slots = nullptr;  ///< the lists and leaf-lists among this node's children
-    OutputNode *merged_into = nullptr; ///< the entry that took over this one's children
-    bool list_entry = false;
-    bool pending = false; ///< the operation is yet to be read from the context
-    bool dropped = false; ///< no longer part of the tree
-    uint8_t kept = 0;     ///< a filter selects: 1 the node on the way to others, 2 all below it
+protected:
+    OutputNode() = default;
+    ~OutputNode() = default;
 };
 
 /// What a document says of a node's operation.
@@ -152,23 +138,12 @@ struct WrittenOperation {
 
 /// An operation is written where it is not the one that the node has from the nodes around it. Merge is not written on
 /// keys, which only name their entry, nor in an entry that goes away as a whole.
-WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
+TQM_EXPORT WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
 
-/// The roots of an output: one tree for each top tag.
-class OutputForest
-{
-public:
-    OutputNode::Children roots() const { return base_->children(); }
-    explicit OutputForest(OutputNode *base) : base_(base) {}
-    OutputNode *base() const { return base_; }
-
-private:
-    OutputNode *base_;
-};
-
-/// Builds walked trees. Texts are copied into the arena. Calls must be balanced; leaves and nodes may come in any
-/// order, and all nodes opened at the outermost level are roots.
-class TreeBuilder
+/// Builds walked trees. Texts are copied into the memory of the request that the builder comes from (Request::builder),
+/// which must outlive it. Calls must be balanced; leaves and nodes may come in any order, and all nodes opened at the
+/// outermost level are roots.
+class TQM_EXPORT TreeBuilder
 {
 public:
     struct Roots {
@@ -185,7 +160,7 @@ public:
     /// Sets the operation (TQM_OP_*) of the node opened or leaf added last.
     void operation(uint32_t operation);
 
-    /// The closed roots, in one array that lives as long as the arena. The builder is empty afterwards.
+    /// The closed roots, in one array that lives as long as the request. The builder is empty afterwards.
     Roots finish();
 
 private:

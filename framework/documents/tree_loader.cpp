@@ -1,0 +1,448 @@
+// The document object is walked once and dropped; what stays is its buffer, which the tags and values point into.
+#include "documents/tree_loader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "documents/element_reader.h"
+#include "documents/read_tree.h"
+
+namespace tqm
+{
+
+namespace
+{
+
+constexpr unsigned int depth_max = 256;
+
+/// What a node without an operation of its own has from the nodes around it.
+enum class Inherited { nothing, create, none };
+
+/// The number of child elements; `split` tells whether other children cut the text into pieces.
+uint32_t count_elements(pugi::xml_node element, bool &split)
+{
+    uint32_t count = 0;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element) {
+            ++count;
+        } else {
+            split = true;
+        }
+    }
+    return count;
+}
+
+void replace_all(const LoadRules &rules, const LoadTarget &target);
+
+class TreeLoader
+{
+public:
+    TreeLoader(const LoadRules &rules, const LoadTarget &target, const DocumentContent &content)
+        : rules_(rules), target_(target), content_(content), reader_(rules, target, content)
+    {
+    }
+
+    Expected<void> run();
+
+private:
+    std::vector<pugi::xml_node> elements();
+    bool is_registered(const XmlName &name, const char *&expected_ns) const;
+    bool check_top(const XmlName &name, pugi::xml_node element);
+    bool is_passed_over(const XmlName &name);
+    bool convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *outer, Inherited inherited,
+                 unsigned int depth, bool &left_out);
+    bool convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info, Inherited inherited,
+                          unsigned int depth, uint32_t count);
+    bool deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list);
+    void note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record);
+    void keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree &record, bool split, const PathInfo *info);
+    Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
+    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+              const PathInfo *info);
+    bool check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &outer,
+                     const PathInfo &outer_info);
+    bool fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute = {})
+    {
+        return reader_.fail(tag, std::move(text), element, std::move(attribute));
+    }
+
+    const LoadRules &rules_;
+    const LoadTarget &target_;
+    const DocumentContent &content_;
+    ElementReader reader_;
+    const char *top_ns_ = nullptr;
+};
+
+std::vector<pugi::xml_node> TreeLoader::elements()
+{
+    std::vector<pugi::xml_node> elements;
+    if (content_.single) {
+        elements.push_back(content_.single);
+    }
+    for (pugi::xml_node child : content_.holder.children()) {
+        if (child.type() == pugi::node_element) {
+            elements.push_back(child);
+        }
+    }
+    return elements;
+}
+
+Expected<void> TreeLoader::run()
+{
+    const std::vector<pugi::xml_node> tops = elements();
+    auto *trees = target_.arena.make_array<rdl_tqm_datatree>(tops.size());
+    if (content_.holder && !is_blank(content_.holder.child_value())) {
+        fail(ErrorTag::bad_element, "there is text between the elements", content_.holder);
+    }
+    if (!reader_.has_failed() && !reader_.is_reverse() && !reader_.is_filter() && tops.size() > 1) {
+        fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
+             tops[1]);
+    }
+    for (const SchemaNode &node : rules_.schema.nodes()) {
+        target_.paths.intern(node.path);
+    }
+    Inherited inherited = Inherited::nothing;
+    if (reader_.is_edit() && content_.default_operation == DefaultOperation::none) {
+        inherited = Inherited::none;
+    }
+
+    uint32_t count = 0;
+    for (std::size_t i = 0; !reader_.has_failed() && i < tops.size(); ++i) {
+        if (content_.single) {
+            reader_.leave(0); // the element's declarations are taken in again below
+        }
+        const std::size_t mark = reader_.enter(tops[i]);
+        const auto name = reader_.name_of(tops[i]);
+        const bool passed_over = name && is_passed_over(*name);
+        const bool good = passed_over || (name && check_top(*name, tops[i]));
+        reader_.leave(mark);
+        if (passed_over) {
+            continue;
+        }
+        if (good && reader_.is_filter() && count != 0 && std::strcmp(name->local, trees[0].tag) != 0) {
+            fail(ErrorTag::bad_element,
+                 std::string("a request has one tree, and <") + tops[i].name() + "> is a second one", tops[i]);
+        }
+        bool left_out = false;
+        if (reader_.has_failed() || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out)) {
+            break;
+        }
+        if (reader_.is_edit() && content_.default_operation == DefaultOperation::replace &&
+            (trees[count].present & TQM_PRESENT_OPERATION) == 0) {
+            trees[count].operation = TQM_OP_REPLACE;
+            trees[count].present |= TQM_PRESENT_OPERATION;
+        }
+        ++count;
+    }
+    if (reader_.has_failed()) {
+        return tl::unexpected(reader_.error());
+    }
+    if (count == 0 && reader_.is_edit() && !reader_.is_reverse() &&
+        content_.default_operation == DefaultOperation::replace) {
+        replace_all(rules_, target_); // an empty <config> takes everything's place
+        return {};
+    }
+    target_.tree.adopt({trees, count});
+    return {};
+}
+
+/// Native modules may register a top tag of their own on the OpenConfig side, too: it names no tree of a client.
+bool is_client_top(const tqm_map_reg_info &registration)
+{
+    return std::strcmp(registration.oc_top, registration.native_top) != 0;
+}
+
+/// `expected_ns` is the namespace in which the tag is registered, null if it is in none.
+bool TreeLoader::is_registered(const XmlName &name, const char *&expected_ns) const
+{
+    const auto &registrations = rules_.registrations;
+    const bool any_client_top = std::ranges::any_of(registrations, is_client_top);
+    expected_ns = nullptr;
+    for (const tqm_map_reg_info &registration : registrations) {
+        if (!reader_.is_reverse() && any_client_top && !is_client_top(registration)) {
+            continue;
+        }
+        if (std::strcmp(name.local, reader_.is_reverse() ? registration.native_top : registration.oc_top) != 0) {
+            continue;
+        }
+        expected_ns = reader_.is_reverse() ? registration.native_ns : registration.oc_ns;
+        // A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
+        if (std::strcmp(name.ns, expected_ns) == 0 || (!reader_.is_edit() && *name.ns == '\0')) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool TreeLoader::check_top(const XmlName &name, pugi::xml_node element)
+{
+    const char *expected_ns = nullptr;
+    if (is_registered(name, expected_ns)) {
+        return true;
+    }
+    if (expected_ns != nullptr) {
+        reader_.error().bad_namespace = name.ns;
+        return fail(ErrorTag::unknown_namespace,
+                    std::string("<") + name.local + "> is in namespace '" + name.ns + "', not in '" + expected_ns + "'",
+                    element);
+    }
+    return fail(ErrorTag::unknown_element, std::string("no mapping is registered for the element <") + name.local + ">",
+                element);
+}
+
+/// A filter's top element of a model that is not here selects nothing (RFC 6241, section 6.2.1).
+bool TreeLoader::is_passed_over(const XmlName &name)
+{
+    const char *expected_ns = nullptr;
+    if (!reader_.is_filter() || is_registered(name, expected_ns)) {
+        return false;
+    }
+    if (rules_.keeps_left_out) {
+        rdl_tqm_datatree top{};
+        top.tag = target_.arena.keep(name.local);
+        top.ns = reader_.kept_ns(name.ns);
+        target_.tree.leave_out({nullptr, 0, top, "it is of another module, and selects nothing"});
+    }
+    return true;
+}
+
+bool TreeLoader::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *outer, Inherited inherited,
+                         unsigned int depth, bool &left_out)
+{
+    if (depth > depth_max) {
+        return fail(ErrorTag::too_big, "the request is nested deeper than " + std::to_string(depth_max) + " elements",
+                    element.parent());
+    }
+    const bool has_attributes = static_cast<bool>(element.first_attribute());
+    const std::size_t mark = has_attributes ? reader_.enter(element) : 0;
+    if (has_attributes && reader_.declares_too_much()) {
+        return fail(ErrorTag::too_big, "too many namespaces are declared", element);
+    }
+    const auto name = reader_.name_of(element);
+    if (!name) {
+        return false;
+    }
+    record.tag = target_.arena.keep(name->local);
+    record.ns = reader_.kept_ns(name->ns);
+    if (has_attributes && !reader_.attributes(element, record)) {
+        return false;
+    }
+    if (depth == 1) {
+        top_ns_ = record.ns;
+    } else if (reader_.is_edit() && !reader_.is_reverse() && record.ns != top_ns_) {
+        note_foreign(element, record);
+    }
+
+    bool split = false;
+    const uint32_t child_elements = count_elements(element, split);
+    const bool is_key = outer != nullptr && outer->has_key(name->local);
+    const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
+    const bool deleted = reader_.is_edit() && !reader_.is_reverse() && tqm_map_is_request_delete(&record) != 0;
+    if (is_key && has_operation && !deleted && !reader_.is_reverse()) {
+        return fail(ErrorTag::bad_attribute, "the key of a list entry carries no operation of its own", element,
+                    "operation");
+    }
+    // Under the default-operation none a leaf that says nothing is not part of the edit.
+    left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
+    inherited = take_operation(record, inherited, is_key);
+    const PathInfo *info = depth == 1 ? target_.paths.find(name->local) : nullptr;
+    if (outer != nullptr) {
+        info = outer->child(name->local);
+    }
+    // What is deleted needs no value; a mapper that passed one on would set it.
+    if (deleted && !is_key && child_elements == 0) {
+        keep_deleted_text(element, record, split, info);
+    } else if (!text(element, record, child_elements, split, info)) {
+        return false;
+    }
+    if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements)) {
+        return false;
+    }
+    if (deleted && info != nullptr && info->is_list() && !deletes_entry_only(element, record, *info)) {
+        return false;
+    }
+    if (has_attributes) {
+        reader_.leave(mark);
+    }
+    return true;
+}
+
+/// A delete covers all that an entry holds; content beside the keys would be mapped as if it were to be merged.
+bool TreeLoader::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list)
+{
+    for (uint32_t i = 0; i < record.subtree_count; ++i) {
+        if (std::ranges::find(list.keys(), record.subtree[i].tag) == list.keys().end()) {
+            return fail(ErrorTag::invalid_value, "a list entry that is deleted names nothing but its keys", element);
+        }
+    }
+    return true;
+}
+
+/// Leaves have no children, and only lists and leaf-lists more than one instance (RFC 7950, section 3). A filter may
+/// name a node again, and what matches nothing; an element of another module may have a known name; keys of a request
+/// are counted by the walkers.
+bool TreeLoader::check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &outer,
+                             const PathInfo &outer_info)
+{
+    PathInfo *const info = outer_info.child(child.tag);
+    const bool is_filter = !reader_.is_edit() && !reader_.is_reverse();
+    if (is_filter || info == nullptr) {
+        return true;
+    }
+    if ((info->is_leaf() || info->is_leaf_list()) && child.subtree_count != 0 && child.ns == outer.ns) {
+        return fail(ErrorTag::bad_element, "a leaf holds no child elements", element);
+    }
+    const bool is_single = info->is_container() || (info->is_leaf() && (reader_.is_reverse() || !info->is_key));
+    if (!is_single) {
+        return true;
+    }
+    const PathInfo::Place place{&outer, child.ns};
+    if (std::exchange(info->last_seen, place) == place) {
+        return fail(ErrorTag::bad_element, std::string("the element <") + child.tag + "> stands twice", element);
+    }
+    return true;
+}
+
+void TreeLoader::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
+{
+    if (target_.tree.foreign()) {
+        return;
+    }
+    Error error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" + top_ns_ +
+                    "', and no other module can be edited here",
+                reader_.path_of(element), record.tag, TQM_ERR_AUGMENT, ErrorTag::unknown_namespace};
+    error.bad_element = record.tag;
+    error.bad_namespace = record.ns;
+    target_.tree.note_foreign(record.tag, std::move(error));
+}
+
+bool TreeLoader::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
+                                  Inherited inherited, unsigned int depth, uint32_t count)
+{
+    auto *children = target_.arena.make_array<rdl_tqm_datatree>(count);
+    uint32_t filled = 0;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element) {
+            continue;
+        }
+        bool left_out = false;
+        children[filled] = {};
+        if (!convert(child, children[filled], info, inherited, depth + 1, left_out)) {
+            return false;
+        }
+        if (info != nullptr && !check_child(child, children[filled], record, *info)) {
+            return false;
+        }
+        if (!left_out) {
+            ++filled;
+        } else {
+            target_.tree.leave_out({&record, filled, children[filled]});
+        }
+    }
+    record.subtree = children;
+    record.subtree_count = filled;
+    record.present |= TQM_PRESENT_SUBTREE;
+    return true;
+}
+
+Inherited TreeLoader::take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const
+{
+    if ((record.present & TQM_PRESENT_OPERATION) != 0) {
+        return record.operation == TQM_OP_CREATE ? Inherited::create : Inherited::nothing;
+    }
+    if (inherited == Inherited::none) {
+        record.operation = operation_none;
+    } else if (inherited == Inherited::create && !is_key) {
+        record.operation = TQM_OP_CREATE;
+    } else {
+        return inherited;
+    }
+    record.present |= TQM_PRESENT_OPERATION;
+    return inherited;
+}
+
+void TreeLoader::keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree &record, bool split,
+                                   const PathInfo *info)
+{
+    const char *const value = reader_.whole_text(element, split);
+    if (is_blank(value)) {
+        return;
+    }
+    target_.tree.keep_deleted_text(record, info != nullptr && info->schema->unspaced ? reader_.trimmed(value)
+                                                                                     : target_.arena.keep(value));
+}
+
+bool TreeLoader::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+                      const PathInfo *info)
+{
+    const bool is_container = info != nullptr && info->is_container();
+    const char *value = reader_.whole_text(element, split);
+    // White space is the value of a text (RFC 7950, section 9.4), where an edit gives it to one.
+    const bool holds_text = info != nullptr && (info->is_leaf() || info->is_leaf_list()) && !info->schema->unspaced;
+    const bool is_text =
+        reader_.is_edit() && !reader_.is_reverse() && holds_text && *value != '\0' && child_elements == 0;
+    if (is_blank(value) && !is_text) {
+        // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
+        if (!reader_.is_reverse() || child_elements != 0 || is_container) {
+            return true;
+        }
+        value = "";
+    } else if (child_elements != 0) {
+        return fail(ErrorTag::bad_element, "an element holds text beside its child elements", element);
+    } else if (is_container) {
+        return fail(ErrorTag::bad_element, "a container holds no text", element);
+    }
+    const bool as_it_is = reader_.is_filter() || info == nullptr || !info->schema->unspaced;
+    record.value = as_it_is ? target_.arena.keep(value) : reader_.trimmed(value);
+    record.present |= TQM_PRESENT_VALUE;
+    return true;
+}
+
+/// The tree of a read without a filter: the client's top node alone.
+void select_all(const LoadRules &rules, const LoadTarget &target)
+{
+    auto top = std::ranges::find_if(rules.registrations, is_client_top);
+    if (top == rules.registrations.end()) {
+        top = rules.registrations.begin();
+    }
+    if (top == rules.registrations.end()) {
+        return;
+    }
+    auto *tree = target.arena.make<rdl_tqm_datatree>();
+    tree->tag = target.arena.copy(top->oc_top);
+    tree->ns = target.namespaces.intern(top->oc_ns);
+    target.tree.adopt({tree, 1});
+}
+
+/// The tree of an edit that leaves nothing.
+void replace_all(const LoadRules &rules, const LoadTarget &target)
+{
+    select_all(rules, target);
+    const RequestTree::Roots &roots = target.tree.roots();
+    for (rdl_tqm_datatree &top : std::span(roots.nodes, roots.count)) {
+        top.operation = TQM_OP_REPLACE;
+        top.present |= TQM_PRESENT_OPERATION;
+    }
+}
+
+} // namespace
+
+Expected<void> load_tree(Document document, const LoadRules &rules, const LoadTarget &target)
+{
+    const std::unique_ptr<DocumentContent> content = DocumentAccess::take(std::move(document));
+    if (content->selects_all) {
+        select_all(rules, target);
+        return {};
+    }
+    target.tree.own(content->buffer);
+    target.arena.keep_alive(content->buffer.get(), content->size);
+    Expected<void> loaded = TreeLoader(rules, target, *content).run();
+    if (loaded && rules.kind.is_forward() && rules.kind.is_read()) {
+        target.tree.keep_filter();
+        make_read_tree(rules, target);
+    }
+    return loaded;
+}
+
+} // namespace tqm

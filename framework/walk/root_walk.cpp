@@ -1,0 +1,17 @@
+#include "walk/root_walk.h"
+
+#include <mutex>
+
+namespace tqm
+{
+
+rcode walk_root(Request::Impl &request, tqm_map_function root, rdl_tqm_datatree &tree)
+{
+    static std::mutex one_walk;
+    const std::lock_guard lock(one_walk);
+    serving() = &request;
+    const rcode code = root(&request.context(), &tree, &request.output().base().record);
+    return code == TQM_ERR_SKIP_NODE ? 0 : code;
+}
+
+} // namespace tqm
