@@ -11,12 +11,12 @@ namespace oc_macsec
 enum class line_kind : unsigned char { plain, leaf_list, key, container, list, end };
 
 struct table_line {
-    line_kind kind = line_kind::end;
-    bool state = false; // of a container or list: what it holds is operational data
     const char *tag = nullptr;
     const char *name = nullptr;
     tqm_map_function walker = nullptr;
     int number = 0; // of the line in the file
+    line_kind kind = line_kind::end;
+    bool state = false; // of a container or list: what it holds is operational data
 };
 
 constexpr bool holds_lines(line_kind kind)
@@ -125,7 +125,7 @@ constexpr bool names_fit(const table_line (&lines)[count])
 } // namespace oc_macsec
 
 // The second reading by a _parser file: the lines as data.
-#define LINE_(kind, state, tag, name) {oc_macsec::line_kind::kind, state, tag, #name, WALKER(name), __LINE__},
+#define LINE_(kind, state, tag, name) {tag, #name, WALKER(name), __LINE__, oc_macsec::line_kind::kind, state},
 #define LINE_LEAF(variant, tag, name, ...) LINE_(variant, false, tag, name)
 #define LINE_END() {},
 

@@ -28,18 +28,26 @@
 #define MAPPER_ARGUMENTS ctx, node, out
 #define CONTAINER_ARGUMENTS ctx, node, child_count, out
 
-// A function that runs a template, `run`, on a constant descriptor of `type`, which begins with the function's frame.
-// The file that an assertion names is the _parser or _auto file, the line that of the node in the .def file.
-#define FRAMED_(linkage, exported, family, type, run, ...)                                                             \
+// A function that runs a template, `run`, on a constant descriptor of `type`, whose fields follow.
+#define DESCRIBED_(linkage, exported, family, type, run, ...)                                                          \
     linkage rcode exported(family##_PARAMETERS)                                                                        \
     {                                                                                                                  \
         static oc_macsec::call_sites sites;                                                                            \
-        static constexpr oc_macsec::type self = {QUOTE_(exported), __BASE_FILE__, __LINE__,                            \
-                                                 &sites __VA_OPT__(, ) __VA_ARGS__};                                   \
+        static constexpr oc_macsec::type self = {__VA_ARGS__};                                                         \
         return oc_macsec::run(self, family##_ARGUMENTS);                                                               \
     }
+// The file that an assertion names is the _parser or _auto file, the line that of the node in the .def file.
+#define FRAME_(exported)                                                                                               \
+    oc_macsec::frame                                                                                                   \
+    {                                                                                                                  \
+        QUOTE_(exported), __BASE_FILE__, __LINE__, &sites                                                              \
+    }
 
-// The same for a template without a frame.
+// The same where the function's frame stands first in the descriptor.
+#define FRAMED_(linkage, exported, family, type, run, ...)                                                             \
+    DESCRIBED_(linkage, exported, family, type, run, FRAME_(exported) __VA_OPT__(, ) __VA_ARGS__)
+
+// A function that runs a template without a frame.
 #define BARE_(linkage, exported, family, run)                                                                          \
     linkage rcode exported(family##_PARAMETERS)                                                                        \
     {                                                                                                                  \
@@ -67,8 +75,9 @@
 #define MAP_LEAF(variant, tag, name, how, ...) how(LEAF, LEAF_FUNCTION(name) __VA_OPT__(, ) __VA_ARGS__)
 #define MAP_END()
 
-#define NODE_FUNCTION_(exported, family, type, run, ...)                                                               \
-    FRAMED_(OC_MACSEC_EXPORT_WEAK, exported, family, type, run, oc_macsec::trace_lines::__VA_ARGS__)
+#define NODE_FUNCTION_(exported, family, type, run, lines, ...)                                                        \
+    DESCRIBED_(OC_MACSEC_EXPORT_WEAK, exported, family, type, run,                                                     \
+               oc_macsec::generated{FRAME_(exported), oc_macsec::trace_lines::lines} __VA_OPT__(, ) __VA_ARGS__)
 
 #define EMPTY_(kind, exported) EMPTY_##kind##_(exported)
 #define EMPTY_CONTAINER_(exported) NODE_FUNCTION_(exported, CONTAINER, generated, empty_container, TABLE_NODE_LINES)
