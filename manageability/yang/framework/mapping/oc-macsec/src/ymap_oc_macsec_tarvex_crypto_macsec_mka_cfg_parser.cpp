@@ -12,7 +12,7 @@ static constexpr oc_macsec::table_line lines[] = {
 #define NODE(kind, ...) LINE_##kind(__VA_ARGS__)
 #include "ymap_oc_macsec_tarvex_crypto_macsec_mka_cfg.def"
 };
-static_assert(oc_macsec::names_fit(lines));
+static_assert(oc_macsec::names_fit(lines), "an exported name does not end in its tag");
 
 #define NODE(kind, ...) WALK_##kind(__VA_ARGS__)
 #include "ymap_oc_macsec_tarvex_crypto_macsec_mka_cfg.def"
