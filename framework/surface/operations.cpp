@@ -157,7 +157,7 @@ rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
         path.remove_prefix(std::min(slash + 1, path.size()));
     }
     if (node == nullptr) {
-        return not_found;
+        return TQM_ERR_NOT_FOUND;
     }
     if (request.watch().observer != nullptr) {
         request.watch().observer->read(*node);
@@ -187,7 +187,7 @@ rcode search_list(Request::Impl &request, rdl_tqm_datatree *tree, rdl_tqm_datatr
         entry = request.placing().add_keyed_entry(tree, *list, ns, key_leaf, key_value);
     }
     if (entry == nullptr) {
-        return add_missing ? TQM_ERR_BAD_ARGS : not_found;
+        return add_missing ? TQM_ERR_BAD_ARGS : TQM_ERR_NOT_FOUND;
     }
     *found = &entry->record;
     return 0;

@@ -29,7 +29,7 @@ constexpr CodeText code_texts[] = {
     {TQM_ERR_INVALID_REQUEST, "the request is invalid"},
     {TQM_ERR_SKIP_NODE, "there is nothing to do at this node"},
     {TQM_ERR_AUGMENT, "a node of another module cannot be edited here"},
-    {not_found, "there is no such entry or node"},
+    {TQM_ERR_NOT_FOUND, "there is no such entry or node"},
 };
 
 /// Copies `length` bytes of `src`, or empties `dest` if they do not fit.

@@ -214,7 +214,7 @@ TEST_F(Operations, a_lookup_by_relative_path_gives_the_text)
     ops.mode = TQM_XPATH_MODE_LOOKUP;
     for (const auto &[path, rc, length] : {std::tuple{"macsec/psk", rcode{0}, 299u},
                                            {"macsec", rcode{0}, 0u},
-                                           {"macsec/eap", tqm::not_found, 0u},
+                                           {"macsec/eap", TQM_ERR_NOT_FOUND, 0u},
                                            {"", TQM_ERR_BAD_ARGS, 0u}}) {
         std::strcpy(ops.path, path);
         EXPECT_EQ(tqm_map_tree_xpath_operations(ctx, &ops), rc) << path;

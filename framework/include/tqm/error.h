@@ -108,7 +108,4 @@ TQM_EXPORT std::string json_path(const Error &error);
 template <class T>
 using Expected = tl::expected<T, Error>;
 
-/// Result code of a search that finds no entry and of a lookup that finds no node.
-inline constexpr rcode not_found = 0xaaf2fa00u;
-
 } // namespace tqm

@@ -2,6 +2,10 @@
 // on its own, and a message is formatted only for a sink that is on. Needs C++; no heap and no run-time library.
 #pragma once
 
+#ifndef __cplusplus
+#error "tqm_log.h is for plug-ins in C++20; C needs tqm_map.h alone"
+#endif
+
 #include <stdio.h>
 
 #include "tqm_map.h"

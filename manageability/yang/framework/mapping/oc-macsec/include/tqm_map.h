@@ -2,9 +2,27 @@
  * and the operations that a framework offers. C and C++ can include it, and either side can be replaced by anything
  * that keeps to it. A framework defines every operation below with C linkage; a plug-in defines none of them.
  *
- * All texts are null-terminated. A text handed to an operation belongs to the caller and is copied if the framework
- * keeps it; a text or node handed out stays the framework's and is valid until the end of the request. Operations
- * that return rcode give 0 for success; which other codes each can give stands with it. */
+ * How the two work together. A framework makes its operations visible to libraries that it loads (an executable links
+ * with -rdynamic, a library is loaded with RTLD_GLOBAL), loads the plug-in and calls its entry points, each with a
+ * tqm_map_reg_info of zeros. For an edit or a read it fills the records of a request (header, request, context), hands
+ * the top node to a forward_root with an output tree, and lets the adds build native trees there; from each native
+ * answer it calls the reverse_root of that tree, and the adds build the OpenConfig tree. Both roots give 0, or the code
+ * of what failed; TQM_ERR_SKIP_NODE is no failure. Of a failure error_tag, error_msg and the error path
+ * (tqm_oc_error_path) say more.
+ *
+ * Threads. One thread serves one request at a time. A plug-in keeps data between its calls, takes no locks, and asks
+ * the C library for the local time: one walk, from a root walker's call to its return, runs at a time in a process.
+ * Operations are called on the thread of the walk, and must not throw or jump out.
+ *
+ * Texts and nodes. All texts are null-terminated. A text handed to an operation belongs to the caller and is copied if
+ * the framework keeps it. A text or node handed out stays the framework's and is valid, at its address, until the end
+ * of the request. Request and answer nodes must be writable: walkers mark them (role, key, operation, hidden children).
+ * Walkers do not free nodes, and put back what they have hidden.
+ *
+ * Result codes. Operations that return rcode give 0 for success. Each can give TQM_ERR_BAD_ARGS, for a null `ctx` or
+ * another null pointer where null is not said to be admitted, and TQM_ERR_INVALID_REQUEST where it cannot be carried
+ * out at all (no memory); what else it can give stands with it. Out-parameters of a failed operation are as they were.
+ * Plug-ins tell 0, TQM_ERR_SKIP_NODE and all others apart. */
 #pragma once
 
 #include <stddef.h>
@@ -227,13 +245,19 @@ typedef struct xpath_list_type_t {
 #define TQM_ADD_ENTRY_NAME 32u  /* the name leaf of a reverse interface entry */
 
 /* Adds the absolute schema path `path` to `tree`, creating missing ancestors, in namespace `ns`.
+ *   tree         the output tree, or a node of it that an operation has handed out
+ *   path         without keys, and with or without its leading "/": which entry of a list on the way is meant follows
+ *                from the node hierarchy (forward) or is the current one (reverse)
  *   value        text for the last node, or null
  *   source_node  node whose operation the new node takes on, or null
  *   out_node     if not null, receives the new last node
- *   list_entry   1 when the add addresses a list instance, else 0
+ *   list_entry   1 when the add addresses a list instance: the list itself, or one of several keys; else 0
  *   flags        TQM_ADD_*
- * Some callers give `tree` a request node and `path` a bare leaf name: the leaf is added to that node.
- * A path is accepted with and without its leading "/". TQM_ERR_BAD_ARGS for a null context, tree or path. */
+ * A node that is there already is not added again: its last value and operation win. But a leaf-list takes each value,
+ * and in the reverse direction each add of a list makes an entry, which becomes the current one. Walkers also give
+ * `tree` a request node and `path` a bare leaf name: the leaf is added to that node's children, which move to a longer
+ * array; the old one stays readable. TQM_ERR_BAD_ARGS also for an empty step in the path, a path below a leaf, another
+ * `list_entry` or unknown flags. */
 rcode tqm_map_datatree_add_path_flagged(tqm_map_ctx ctx, rdl_tqm_datatree *tree, const char *path, const char *ns,
                                         const char *value, const rdl_tqm_datatree *source_node,
                                         rdl_tqm_datatree **out_node, uint32_t list_entry, uint32_t flags);
@@ -243,32 +267,37 @@ rcode tqm_map_datatree_add_path(tqm_map_ctx ctx, rdl_tqm_datatree *tree, const c
                                 const char *value, const rdl_tqm_datatree *source_node, rdl_tqm_datatree **out_node,
                                 uint32_t list_entry);
 
-/* Adds a read of one leaf to `out`. `components` are `count` (5 to 9) texts, each with its leading slash, whose
- * joining gives the leaf's path from `root` on. Keys on the way are taken from the node hierarchy. */
+/* Adds a read of one leaf to `out`, for state that is read for `node`. `components` are `count` (5 to 9) texts, each
+ * with its leading slash, whose joining gives the leaf's path; `root` is the first. Keys on the way are taken from the
+ * node hierarchy. TQM_ERR_BAD_ARGS also for no components, a null one, or a path that does not begin with `root`. */
 rcode tqm_map_add_leaf_from_xpath(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out,
                                   const char *root, const char *ns, const char *const *components, uint32_t count);
 
 /* Looks up in `tree` the entry of the list at `path` whose `key_leaf` equals `key_value` and stores it through
- * `found`. Not 0 if there is none. */
+ * `found`. TQM_ERR_NOT_FOUND if there is none. */
 rcode tqm_map_search_list(tqm_map_ctx ctx, rdl_tqm_datatree *tree, rdl_tqm_datatree **found, const char *path,
                           const char *key_value, const char *key_leaf, const char *ns);
 
-/* The same, and adds the entry when it is missing. */
+/* The same, but adds the entry when it is missing, so never TQM_ERR_NOT_FOUND; found or added, what follows is filled
+ * in there. */
 rcode tqm_map_search_or_add_list(tqm_map_ctx ctx, rdl_tqm_datatree *tree, rdl_tqm_datatree **found, const char *path,
                                  const char *key_value, const char *key_leaf, const char *ns);
 
-/* Makes the list entry named by ops->path the place where the answer that follows is filled in, in ops->tree.
- * May answer TQM_ERR_SKIP_NODE: the entry is then left out. */
+/* Makes the list entry named by ops->path the place where the answer that follows is filled in, in ops->tree, until the
+ * node on top of the hierarchy is popped. `ops` stays the caller's. TQM_ERR_SKIP_NODE if there is no such entry: the
+ * native entry is then left out. TQM_ERR_BAD_ARGS also for another operation or mode than those of a stitch. */
 rcode tqm_map_stitch_list_to_list(tqm_map_ctx ctx, tqm_map_xpath_ops *ops);
 
-/* The same, with the list's path given as `count` (3 to 6) components and the key taken from `node`. */
+/* The same with the list's path given as `count` (3 to 6) components, as above, and the key taken from the child of
+ * `node` that is marked as key; a missing entry is added. TQM_ERR_SKIP_NODE if `node` has no key with a value. */
 rcode tqm_map_auto_stitch_list_to_list(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out,
                                        const char *ns, const char *const *components, uint32_t count);
 
-/* Looks up the relative ops->path below ops->tree; 0 if found, with the text in ops->data. */
+/* Looks up the relative ops->path below ops->tree; 0 if found, with the text (empty where the node has none, cut where
+ * it is too long) in ops->data. TQM_ERR_NOT_FOUND if not. TQM_ERR_BAD_ARGS also for another operation, or no path. */
 rcode tqm_map_tree_xpath_operations(tqm_map_ctx ctx, tqm_map_xpath_ops *ops);
 
-/* Copies `path` into the list context, trimmed to the current list. */
+/* Copies `path` into the list context, trimmed to the current list. No further code. */
 rcode tqm_map_copy_trim_path_list_ctx(tqm_map_ctx ctx, const char *path);
 
 /* ---- Walk bookkeeping ------------------------------------------------------------------------------------------ */
@@ -277,53 +306,64 @@ rcode tqm_map_copy_trim_path_list_ctx(tqm_map_ctx ctx, const char *path);
 #define TQM_HIER_CONTAINER 1u
 #define TQM_HIER_LIST 2u
 
-/* Pushes `node` on the node hierarchy: the nodes from the root down to where the walker stands. */
+/* Pushes `node` on the node hierarchy: the nodes from the root down to where the walker stands. In a fill nothing is
+ * pushed. The framework keeps the address. TQM_ERR_BAD_ARGS also for another level kind. */
 rcode tqm_map_add_to_node_hierarchy(tqm_map_ctx ctx, const rdl_tqm_datatree *node, uint32_t level_kind);
 
-/* Pops `node`. */
+/* Pops `node`, and with it what a walker that failed has left above it. TQM_ERR_BAD_ARGS also if it is not there. */
 rcode tqm_map_remove_from_node_hierarchy(tqm_map_ctx ctx, const rdl_tqm_datatree *node);
 
-/* Records `path` as the schema path of the list instance on top of the hierarchy. */
+/* Records `path` as the schema path of the list instance on top of the hierarchy. Any code but 0 ends the walker of
+ * that instance. No further code. */
 rcode tqm_map_update_current_list_node(tqm_map_ctx ctx, const char *path);
 
-/* Finds the node at schema `path` on the hierarchy and stores the value of its child `leaf` through `value_out`, or
- * leaves that alone when there is none. */
+/* Finds the innermost node at schema `path` on the hierarchy and stores the value of its child `leaf` through
+ * `value_out`, or leaves that alone, with 0 all the same, when there is none: callers clear it before. Children that
+ * a walker has hidden for a while are seen, as they were when the node was pushed. The text stays the tree's. */
 rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const char *leaf, const char **value_out);
 
 /* Checks that leaf `key_tag` in `container` of the list entry `list_node` agrees with the entry's key: an OpenConfig
- * key is a leafref to it. Not 0 on a mismatch. */
+ * key is a leafref to it. What is missing agrees. TQM_ERR_INVALID_REQUEST on a mismatch, with error_msg, where that was
+ * null, and the error path set. */
 rcode tqm_map_check_oc_leafref(tqm_map_ctx ctx, const char *list_path, const char *container, const char *key_tag,
                                const rdl_tqm_datatree *list_node);
 
-/* The iteration-tree stack. The size is a number of elements; `element_out` receives the top element's address. */
+/* The iteration-tree stack. The size is a number of elements, 0 for a null context. The nodes of an element stay their
+ * owner's. `element_out` receives the top element's address, which holds until the next push or pop. TQM_ERR_BAD_ARGS
+ * for null nodes of a count other than 0, and for a pop or peak of an empty stack. */
 uint32_t tqm_map_util_itree_stack_size(tqm_map_ctx ctx);
 rcode tqm_map_util_itree_stack_push(tqm_map_ctx ctx, rdl_tqm_datatree *nodes, uint32_t count,
                                     rcode (*callback)(tqm_map_ctx, rdl_tqm_datatree *, rdl_tqm_datatree *, uint32_t));
 rcode tqm_map_util_itree_stack_pop(tqm_map_ctx ctx);
 rcode tqm_map_util_itree_stack_peak(tqm_map_ctx ctx, tqm_map_itree **element_out);
 
-/* Adds `node` to the output list, raising request->output_depth when it really added; and undoes that. */
+/* Adds `node` to the output list, raising request->output_depth when it really added (where the entry of the answer
+ * leads to one of the output); and undoes that. 0 whether it added or not. No further code. */
 rcode tqm_add_to_output_list_ctx(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out);
 rcode tqm_remove_from_output_list_ctx(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out);
 
 /* ---- Questions and texts --------------------------------------------------------------------------------------- */
 
-/* Not 0 if the node's own operation is given and is delete or remove. */
+/* Not 0 if the node's own operation is given and is delete or remove; 0 for a null node. */
 int tqm_map_is_request_delete(const rdl_tqm_datatree *node);
-/* Not 0 if the request adds data. */
+/* Not 0 if the request adds data: it is no read. */
 int tqm_map_is_request_add(tqm_map_ctx ctx);
-/* Not 0 if the texts are equal; a null `a` matches nothing. */
+/* Not 0 if the texts are equal; a null text matches nothing. */
 int tqm_map_do_these_match(const char *a, const char *b);
-/* Takes the present path of the node hierarchy as the error path of the request. */
+/* Takes the present path of the node hierarchy as the error path of the request. Does nothing for a null context. */
 void tqm_oc_error_path(tqm_map_ctx ctx);
 
-/* Duplicates `text` (null gives null); `owner` is a label for the allocator. Free with plat_named_free. */
+/* Duplicates `text`; null for a null text and without memory. `owner` is a label for the allocator. The text is the
+ * caller's, or that of the request field it is stored in; it is freed with plat_named_free. */
 char *tqm_strdup(const char *text, const char *owner);
-/* Bounded copies; `owner` is the calling function's name, sizes are bytes. */
+/* Bounded copies; `owner` is the calling function's name, sizes are bytes, `max` of them at most are taken of `src`.
+ * TQM_ERR_BAD_ARGS for a null `dest` or one without size, and, with an empty text in `dest`, for a null `src` and for
+ * one that does not fit with its terminator. */
 rcode tqm_strcpy_s(const char *owner, char *dest, size_t dest_size, const char *src);
 rcode tqm_strncpy_s(const char *owner, char *dest, size_t dest_size, const char *src, size_t max);
+/* Frees what tqm_strdup has made; a null pointer is no fault. */
 void plat_named_free(void *pointer);
-/* Text of a result code, for logs; never null. */
+/* Text of a result code, for logs; never null, valid until the next call. */
 const char *rcode_strerror(rcode rc);
 
 /* Owner label of the plug-ins' texts. */
@@ -347,12 +387,12 @@ const char *rcode_strerror(rcode rc);
 /* Not 0 if a message of `level` (TQM_LOG_*) is to be logged. */
 int tqm_debug_should_log(const tqm_debug_ctx *debug, uint32_t level);
 /* Filtered log write. `site` is a word of its own for each call site, initially 0xffffffff, in which the logger keeps
- * its filter state. The first argument behind `format` is the context. */
+ * its filter state. `handle` is the context's for the level, the first argument behind `format` the context. */
 void _plat_dt_log_filter_adv(tqm_log_handle handle, uint32_t a, uint32_t b, uint32_t c, uint32_t d, uint32_t e,
                              uint32_t *site, const char *format, ...) TQM_PRINTF_ARGS(8, 9);
-/* Returns the next number of the trace line sequence. */
+/* Returns the next number of the request's trace line sequence, the first being 1. */
 uint32_t ret_nc_tqm_trace_index_incr(void);
-/* Writes a finished line to the trace buffer; `flags` is TQM_TRACE_FLAGS. */
+/* Writes a finished line to the trace buffer; `flags` is TQM_TRACE_FLAGS. `line` is the caller's. */
 void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line);
 
 #ifdef __cplusplus

@@ -23,3 +23,5 @@ typedef uint32_t rcode;
 #define TQM_ERR_SKIP_NODE ((rcode)0xaaf2f600u)
 /* A child from another namespace in a request that adds data. */
 #define TQM_ERR_AUGMENT ((rcode)0xaaf2f800u)
+/* No such list entry, or no such node: from operations that search. */
+#define TQM_ERR_NOT_FOUND ((rcode)0xaaf2fa00u)

@@ -33,7 +33,7 @@ struct list_walk {
 
 bool is_key(const list_walk &walk, const rdl_tqm_datatree *child)
 {
-    return tqm_map_do_these_match(child->tag, walk.list.key) != 0;
+    return tqm_map_do_these_match(child->tag, walk.list.key.tag) != 0;
 }
 
 void end_own_delete_mode(const list_walk &walk)
@@ -104,7 +104,7 @@ bool key_count_is_wrong(const list_walk &walk)
 void refuse_key_count(list_walk &walk)
 {
     log(walk.list.of, walk.ctx, MESSAGE_KEY_NODE_ERROR);
-    set_error_tag(walk.ctx, walk.list.key);
+    set_error_tag(walk.ctx, walk.list.key.tag);
     tqm_oc_error_path(walk.ctx);
     walk.rc = TQM_ERR_LIST_KEY;
 }
@@ -170,7 +170,7 @@ rcode dispatch_key(list_walk &walk, rdl_tqm_datatree *child)
             return TQM_ERR_KEY_DELETE;
         }
     }
-    const rcode rc = walk.list.key_walker(walk.ctx, child, walk.out);
+    const rcode rc = walk.list.key.walker(walk.ctx, child, walk.out);
     if (has(child, TQM_PRESENT_VALUE)) {
         walk.key_nodes = 1;
     }
@@ -276,11 +276,11 @@ void own_fill(list_walk &walk)
             ctx->request->delete_mode = 1;
             walk.own_delete_mode = true;
         }
-        list.key_walker(ctx, walk.node, walk.out);
+        list.key.walker(ctx, walk.node, walk.out);
         fill_children(list.children, side::config, ctx, walk.node, walk.out);
         restore_delete(walk.node, lowered);
     } else if (TQM_MAP_KIND(ctx) == TQM_REQ_GET) {
-        list.key_walker(ctx, walk.node, walk.out);
+        list.key.walker(ctx, walk.node, walk.out);
     }
     fill_children(list.children, side::state, ctx, walk.node, walk.out);
     list.augments(ctx, walk.node, walk.out);
@@ -333,7 +333,7 @@ void add_key_to_filter(list_walk &walk)
         return;
     }
     rdl_tqm_datatree *added = nullptr;
-    walk.rc = tqm_map_datatree_add_path_flagged(walk.ctx, walk.node, walk.list.key, walk.node->ns, nullptr, nullptr,
+    walk.rc = tqm_map_datatree_add_path_flagged(walk.ctx, walk.node, walk.list.key.tag, walk.node->ns, nullptr, nullptr,
                                                 &added, 0, TQM_ADD_PLAIN);
     if (added != nullptr) {
         mark_key(added);

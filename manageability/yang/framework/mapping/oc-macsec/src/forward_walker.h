@@ -46,12 +46,16 @@ struct forward_container {
     forward_children children;
 };
 
+struct list_key {
+    const char *tag;
+    tqm_map_function walker;
+};
+
 struct forward_list {
     frame of;
     side on; // config: a keyed list; state: a state list
     const char *path;
-    const char *key;
-    tqm_map_function key_walker;
+    list_key key;
     tqm_map_function node_function;
     tqm_map_function augments;
     forward_children children; // without the key leaf

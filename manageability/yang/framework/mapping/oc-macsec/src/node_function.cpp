@@ -31,28 +31,37 @@ rcode leave(const generated &function, tqm_map_ctx ctx, rcode rc)
 
 } // namespace
 
-rcode empty_node(const generated &function, const char *parameters, MAPPER_PARAMETERS)
+rcode empty_list(const generated &function, MAPPER_PARAMETERS)
 {
-    if (enter(function, parameters, ctx, node, out)) {
+    if (enter(function, MAPPER_SIGNATURE, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;
     }
     return leave(function, ctx, 0);
 }
 
-rcode delegating_node(const generated &function, tqm_map_function mapper, MAPPER_PARAMETERS)
-{
-    if (enter(function, MAPPER_SIGNATURE, ctx, node, out)) {
-        return TQM_ERR_BAD_ARGS;
-    }
-    return leave(function, ctx, mapper(ctx, node, out));
-}
-
-rcode delegating_container(const generated &function, tqm_map_container_function mapper, CONTAINER_PARAMETERS)
+rcode empty_container(const generated &function, tqm_map_ctx ctx, const rdl_tqm_datatree *node, unsigned int,
+                      rdl_tqm_datatree *out)
 {
     if (enter(function, CONTAINER_SIGNATURE, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;
     }
-    return leave(function, ctx, mapper(ctx, node, child_count, out));
+    return leave(function, ctx, 0);
+}
+
+rcode delegate(const mapped_node &node_function, MAPPER_PARAMETERS)
+{
+    if (enter(node_function.function, MAPPER_SIGNATURE, ctx, node, out)) {
+        return TQM_ERR_BAD_ARGS;
+    }
+    return leave(node_function.function, ctx, node_function.mapper(ctx, node, out));
+}
+
+rcode delegate_container(const mapped_container &node_function, CONTAINER_PARAMETERS)
+{
+    if (enter(node_function.function, CONTAINER_SIGNATURE, ctx, node, out)) {
+        return TQM_ERR_BAD_ARGS;
+    }
+    return leave(node_function.function, ctx, node_function.mapper(ctx, node, child_count, out));
 }
 
 rcode add_direct_leaf(const direct_leaf &leaf, MAPPER_PARAMETERS)
@@ -81,12 +90,12 @@ rcode add_state_read(const state_read &leaf, MAPPER_PARAMETERS)
     if (!TQM_MAP_IS_READ(ctx)) {
         return leave(leaf.function, ctx, 0);
     }
-    const rcode rc =
-        tqm_map_add_leaf_from_xpath(ctx, node, out, leaf.components[0], OPER_NS, leaf.components, leaf.count);
+    const rcode rc = tqm_map_add_leaf_from_xpath(ctx, node, out, leaf.path.component[0], OPER_NS, leaf.path.component,
+                                                 leaf.path.count);
     return leave(leaf.function, ctx, rc);
 }
 
-rcode refuse_leaf(tqm_map_ctx ctx, const rdl_tqm_datatree *node)
+rcode refuse_leaf(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *)
 {
     tqm_oc_error_path(ctx);
     if (ctx != nullptr && ctx->request != nullptr && node != nullptr) {
@@ -105,7 +114,7 @@ rcode test_and_refuse_leaf(const generated &function, MAPPER_PARAMETERS)
     if (enter(function, MAPPER_SIGNATURE, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;
     }
-    return refuse_leaf(ctx, node);
+    return refuse_leaf(ctx, node, out);
 }
 
 rcode copy_leaf(const copied_leaf &leaf, MAPPER_PARAMETERS)
@@ -126,7 +135,8 @@ rcode stitch_list(const stitched_list &list, MAPPER_PARAMETERS)
     if (enter(list.function, MAPPER_SIGNATURE, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;
     }
-    const rcode rc = tqm_map_auto_stitch_list_to_list(ctx, node, out, OC_MACSEC_NS, list.components, list.count);
+    const rcode rc =
+        tqm_map_auto_stitch_list_to_list(ctx, node, out, OC_MACSEC_NS, list.path.component, list.path.count);
     return leave(list.function, ctx, rc);
 }
 

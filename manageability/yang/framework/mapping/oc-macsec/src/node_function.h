@@ -16,11 +16,33 @@ struct generated {
 };
 
 // A node that maps to nothing of its own.
-rcode empty_node(const generated &function, const char *parameters, MAPPER_PARAMETERS);
+rcode empty_list(const generated &function, MAPPER_PARAMETERS);
+rcode empty_container(const generated &function, CONTAINER_PARAMETERS);
 
 // A node whose mapping is a hand-written mapper's.
-rcode delegating_node(const generated &function, tqm_map_function mapper, MAPPER_PARAMETERS);
-rcode delegating_container(const generated &function, tqm_map_container_function mapper, CONTAINER_PARAMETERS);
+struct mapped_node {
+    generated function;
+    tqm_map_function mapper;
+};
+
+struct mapped_container {
+    generated function;
+    tqm_map_container_function mapper;
+};
+
+rcode delegate(const mapped_node &node_function, MAPPER_PARAMETERS);
+rcode delegate_container(const mapped_container &node_function, CONTAINER_PARAMETERS);
+
+// A path in the components that operations take, each with its leading slash.
+struct component_path {
+    const char *component[9];
+    uint32_t count;
+
+    template <class... Text>
+    constexpr component_path(Text... text) : component{text...}, count(sizeof...(text))
+    {
+    }
+};
 
 // ---- Forward -------------------------------------------------------------------------------------------------------
 
@@ -34,17 +56,16 @@ struct direct_leaf {
 
 rcode add_direct_leaf(const direct_leaf &leaf, MAPPER_PARAMETERS);
 
-// A state leaf: a read of one leaf of the operational model, given by the components of its path.
+// A state leaf: a read of one leaf of the operational model.
 struct state_read {
     generated function;
-    const char *const *components;
-    uint32_t count;
+    component_path path;
 };
 
 rcode add_state_read(const state_read &leaf, MAPPER_PARAMETERS);
 
 // A leaf without a native counterpart: refused, with its tag for the client. Has no frame of its own.
-rcode refuse_leaf(tqm_map_ctx ctx, const rdl_tqm_datatree *node);
+rcode refuse_leaf(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *);
 // The same behind an argument test.
 rcode test_and_refuse_leaf(const generated &function, MAPPER_PARAMETERS);
 
@@ -59,13 +80,22 @@ struct copied_leaf {
 
 rcode copy_leaf(const copied_leaf &leaf, MAPPER_PARAMETERS);
 
-// A list of the operational model: its entry is joined to the OpenConfig list at `components`.
+// A list of the operational model: its entry is joined to the OpenConfig list at `path`.
 struct stitched_list {
     generated function;
-    const char *const *components;
-    uint32_t count;
+    component_path path;
 };
 
 rcode stitch_list(const stitched_list &list, MAPPER_PARAMETERS);
+
+// A node, or a hook, that has nothing to do. Has no frame.
+inline rcode map_nothing(tqm_map_ctx, const rdl_tqm_datatree *, rdl_tqm_datatree *)
+{
+    return 0;
+}
+inline rcode map_nothing(tqm_map_ctx, const rdl_tqm_datatree *, unsigned int, rdl_tqm_datatree *)
+{
+    return 0;
+}
 
 } // namespace oc_macsec

@@ -109,7 +109,7 @@ namespace
 void mark_keys(const reverse_list &list, const child_array &children)
 {
     for (uint32_t index = 0; index < children.count; ++index) {
-        for (const char *key : list.keys) {
+        for (const char *key : list.keys.tag) {
             if (key != nullptr && tqm_map_do_these_match(children.first[index].tag, key) != 0) {
                 mark_key(&children.first[index]);
             }

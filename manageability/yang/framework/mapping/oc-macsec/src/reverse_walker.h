@@ -44,11 +44,15 @@ struct reverse_container {
 };
 
 // A list has one or two keys; the second is null where there is none.
+struct list_keys {
+    const char *tag[2];
+};
+
 struct reverse_list {
     frame of;
     const reverse_module *module;
     const char *path;
-    const char *keys[2];
+    list_keys keys;
     tqm_map_function node_function;
     tqm_map_function augments;
     reverse_children children;

@@ -4,6 +4,7 @@
 
 #include <safe_mem_lib.h>
 #include <safe_str_lib.h>
+#include <stdlib.h>
 
 namespace oc_macsec
 {
@@ -21,6 +22,11 @@ __attribute__((noinline)) bool text_equals(const char *text, const char *expecte
 __attribute__((noinline)) size_t bounded_length(const char *text, size_t limit)
 {
     return text == nullptr ? 0 : strnlen_s(text, limit);
+}
+
+int number_of(const char *text)
+{
+    return static_cast<int>(static_cast<unsigned int>(strtol(text, nullptr, 10)));
 }
 
 __attribute__((noinline)) void copy_text(char *destination, size_t size, const char *text, size_t length)

@@ -10,10 +10,6 @@ namespace oc_macsec
 // text equals nothing: the library would leave a result there that reads as "equal".
 bool text_equals(const char *text, const char *expected, size_t limit);
 
-// The months as the native models write them, January first.
-constexpr const char *month_names[] = {"jan", "feb", "mar", "apr", "may", "jun",
-                                       "jul", "aug", "sep", "oct", "nov", "dec"};
-
 struct value_pair {
     const char *from;
     const char *to;
@@ -33,6 +29,9 @@ const char *translate(const value_pair (&table)[count], const char *value, size_
 
 // The number of bytes of `text` up to its terminator, at most `limit`; 0 for a null text.
 size_t bounded_length(const char *text, size_t limit);
+
+// The number that `text` begins with, in its low 32 bits and with their sign; no number counts as 0.
+int number_of(const char *text);
 
 // Copies `length` bytes of `text` and a terminator; a text that does not fit, or a null one, leaves `destination`
 // empty.

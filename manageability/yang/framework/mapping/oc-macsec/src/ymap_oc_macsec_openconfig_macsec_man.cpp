@@ -4,17 +4,14 @@
 #include <stdlib.h>
 #include <strings.h>
 #include <sys/time.h>
-#include <time.h>
 
+#include "date_time.h"
 #include "frame.h"
 #include "namespaces.h"
 #include "text.h"
 #include "ymap_oc_macsec.h"
 
-using oc_macsec::set_error_message;
-using oc_macsec::text_equals;
-using oc_macsec::translate;
-using oc_macsec::value_pair;
+using namespace oc_macsec;
 
 namespace
 {
@@ -224,9 +221,9 @@ namespace
 
 // The native leaves of the rekey interval. Reads ask for both, edits write the one in seconds.
 constexpr xpath_list_type_t sak_rekey_rows[] = {
-    {POLICY_LIST "/sak-rekey-interval", MKA_CFG_NS, oc_macsec::value_of, 0, TQM_ADD_PLAIN, "NULL"},
-    {POLICY_LIST "/sak-rekey-interval-sec", MKA_CFG_NS, oc_macsec::value_of, 0, TQM_ADD_PLAIN, "NULL"},
-    {"NULL", "NULL", oc_macsec::value_of, 0, TQM_ADD_PLAIN, "None"},
+    {POLICY_LIST "/sak-rekey-interval", MKA_CFG_NS, value_of, 0, TQM_ADD_PLAIN, "NULL"},
+    {POLICY_LIST "/sak-rekey-interval-sec", MKA_CFG_NS, value_of, 0, TQM_ADD_PLAIN, "NULL"},
+    {"NULL", "NULL", value_of, 0, TQM_ADD_PLAIN, "None"},
 };
 constexpr size_t sak_rekey_row_count = sizeof sak_rekey_rows / sizeof sak_rekey_rows[0];
 
@@ -245,7 +242,7 @@ OC_MACSEC_EXPORT rcode ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd(tqm_map_ct
 OC_MACSEC_EXPORT rcode ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_sakrekeyinterval(MAPPER_PARAMETERS)
 {
     xpath_list_type_t rows[sak_rekey_row_count];
-    oc_macsec::copy_bytes(rows, sizeof rows, sak_rekey_rows, sizeof sak_rekey_rows);
+    copy_bytes(rows, sizeof rows, sak_rekey_rows, sizeof sak_rekey_rows);
     ENTER_MAPPER(ctx, node, out);
     (void)ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd(ctx, 0, rows);
     const bool read = TQM_MAP_IS_READ(ctx);
@@ -404,16 +401,16 @@ rcode add_key_text(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatr
         return refuse_key_text(ctx, "No memory for key-clear-text");
     }
     buffer[0] = '!';
-    const size_t length = oc_macsec::bounded_length(key, key_buffer_size);
+    const size_t length = bounded_length(key, key_buffer_size);
     rcode rc = 0;
     if (length > longest_key) {
         rc = refuse_key_text(ctx, "Invalid request : key-clear-text is longer than 998 bytes");
     } else {
-        oc_macsec::copy_bytes(buffer + 1, key_buffer_size - 1, key, length);
+        copy_bytes(buffer + 1, key_buffer_size - 1, key, length);
         (void)add_plain(ctx, out, KEY_STRING "/string", KEYCHAIN_CFG_NS, buffer, node);
         rc = add_plain(ctx, out, KEY_STRING "/encryption-type", KEYCHAIN_CFG_NS, "type7", node);
     }
-    oc_macsec::clear_memory(buffer, key_buffer_size);
+    clear_memory(buffer, key_buffer_size);
     free(buffer);
     return rc;
 }
@@ -463,16 +460,6 @@ OC_MACSEC_EXPORT rcode ymap_ot_ocmacsec_crypto_alg_fwd(MAPPER_PARAMETERS)
 namespace
 {
 
-// A date and time as the native model holds it, in parts.
-struct date_time {
-    int year = 0;
-    int month = 0;
-    int date = 0;
-    int hour = 0;
-    int minutes = 0;
-    int seconds = 0;
-};
-
 // The paths of the six leaves that hold one end of a lifetime, in the order in which an edit writes them.
 struct lifetime_paths {
     const char *year;
@@ -488,50 +475,13 @@ constexpr lifetime_paths start_paths = {LIFETIME "/start-year", LIFETIME "/start
 constexpr lifetime_paths end_paths = {LIFETIME "/end-year", LIFETIME "/end-month",   LIFETIME "/end-date",
                                       LIFETIME "/end-hour", LIFETIME "/end-minutes", LIFETIME "/end-seconds"};
 
-constexpr size_t date_time_length = 19;
-
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-// 1 if the text begins with a date and time in digits, 0 if not. What stands behind the seconds (a fraction, a zone) is
-// not looked at, nor are the ranges.
-int check_oc_date_time_format(const char *text)
-{
-    static constexpr char form[] = "dddd-dd-ddTdd:dd:dd";
-    static_assert(sizeof form - 1 == date_time_length);
-    if (oc_macsec::bounded_length(text, date_time_length) < date_time_length) {
-        return 0;
-    }
-    for (size_t index = 0; index < date_time_length; ++index) {
-        const bool fits = form[index] == 'd' ? is_digit(text[index]) : text[index] == form[index];
-        if (!fits) {
-            return 0;
-        }
-    }
-    return 1;
-}
-
-// `text` has passed the format test.
-date_time parse_date_time(const char *text)
-{
-    date_time parsed;
-    (void)sscanf(text, "%04d-%02d-%02dT%02d:%02d:%02d", &parsed.year, &parsed.month, &parsed.date, &parsed.hour,
-                 &parsed.minutes, &parsed.seconds);
-    return parsed;
-}
-
 date_time local_time_now()
 {
     struct timeval now = {};
     (void)gettimeofday(&now, nullptr);
-    const time_t seconds = now.tv_sec;
-    const struct tm *const local = localtime(&seconds);
-    if (local == nullptr) {
-        return {};
-    }
-    return {local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour, local->tm_min, local->tm_sec};
+    date_time when;
+    (void)local_date_time(now.tv_sec, &when);
+    return when;
 }
 
 // A text that is too long for its buffer counts as badly formed, as does a missing one; it gives zeros, which the
@@ -542,20 +492,15 @@ date_time start_time_of(const char *text)
         return local_time_now();
     }
     char copy[100];
-    oc_macsec::copy_text(copy, sizeof copy, text, oc_macsec::bounded_length(text, sizeof copy));
-    return check_oc_date_time_format(copy) != 0 ? parse_date_time(copy) : date_time{};
+    copy_text(copy, sizeof copy, text, bounded_length(text, sizeof copy));
+    return begins_with_date_time(copy) ? parse_date_time(copy) : date_time{};
 }
 
-const char *month_name(int month)
+rcode add_number(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out, const char *path, long number)
 {
-    return month >= 1 && month <= 12 ? oc_macsec::month_names[month - 1] : "NA";
-}
-
-rcode add_number(tqm_map_ctx ctx, const rdl_tqm_datatree *node, rdl_tqm_datatree *out, const char *path, int number)
-{
-    char text[10];
-    oc_macsec::clear_memory(text, sizeof text);
-    (void)snprintf(text, sizeof text, "%d", number);
+    char text[24];
+    clear_memory(text, sizeof text);
+    (void)snprintf(text, sizeof text, "%ld", number);
     return add_plain(ctx, out, path, KEYCHAIN_CFG_NS, text, node);
 }
 
@@ -637,7 +582,7 @@ OC_MACSEC_EXPORT rcode ymap_ot_ocmacsec_macsec_keychain_end_time_fwd(MAPPER_PARA
     rcode rc = 0;
     if (text_equals(text, "NO_EXPIRATION", 14)) {
         rc = add_plain(ctx, out, LIFETIME "/infinite-flag", KEYCHAIN_CFG_NS, "true", node);
-    } else if (check_oc_date_time_format(text) != 0) {
+    } else if (begins_with_date_time(text)) {
         rc = add_date_time(ctx, node, out, end_paths, parse_date_time(text));
     } else {
         TQM_TRC(ctx, "Invalid expiration-date-time string(not OC complaint)");

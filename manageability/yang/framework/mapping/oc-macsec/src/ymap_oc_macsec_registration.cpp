@@ -1,11 +1,12 @@
 // The four entry points, one for each native tree that the plug-in maps onto the OpenConfig MACsec model. One request
 // is walked once, so that all four name the same forward root.
+#include "ymap_oc_macsec.h"
+
 #include <sys/stat.h>
 
 #include "frame.h"
 #include "namespaces.h"
 #include "table_macros.h"
-#include "ymap_oc_macsec.h"
 
 DECLARE_MAPPER(ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec)
 DECLARE_MAPPER(ymap_to_oc_macsec_tarvexcryptomacsecmkacfg_lvla_macsec)

@@ -1,7 +1,6 @@
 // The reverse mappers of MKA policies: entries of policy-name become entries of OpenConfig's policy list, with their
 // config leaves. State comes from the operational model.
 #include <stdio.h>
-#include <stdlib.h>
 
 #include "namespaces.h"
 #include "reverse_mapping.h"
@@ -186,7 +185,7 @@ ymap_to_oc_macsec_tarvexcryptomacsecmkacfg_leaf_lvla_macsec_policyname_sakrekeyi
     }
     char text[128] = {};
     (void)tqm_strcpy_s(__func__, text, sizeof text, node->value);
-    const uint32_t seconds = static_cast<uint32_t>(strtol(text, nullptr, 10)) * 60u;
+    const uint32_t seconds = static_cast<uint32_t>(number_of(text)) * 60u;
     clear_memory(text, sizeof text);
     (void)snprintf(text, sizeof text, "%u", seconds);
     const rcode rc = add_row(ctx, out, rows[0], text, nullptr);

@@ -1,25 +1,19 @@
-// The walkers of Tarvex-ifmgr-cfg (interfaces), children before their parents. The hook of the interface list, which
-// lets the MACsec module's children in, stands in the _man file.
-#define REVERSE_MODULE tarvexifmgrcfg
+// The walkers of Tarvex-ifmgr-cfg (interfaces). The hook of the interface list, which lets the MACsec module's children
+// in, stands in the _man file.
+#define TABLE_MODULE to_oc_macsec_tarvexifmgrcfg
 #define REVERSE_HOOK DEFAULT_HOOK
 #include "reverse_tables.h"
 
 static constexpr oc_macsec::reverse_module module = {IFMGR_CFG_NS, false};
 
-// The tables keep one child a line.
-// clang-format off
+#define NODE(kind, ...) DECLARE_##kind(__VA_ARGS__)
+#include "ymap_oc_macsec_tarvex_ifmgr_cfg.def"
 
-CONTAINER (lvla_interfaceconfigurations_interfaceconfiguration_dampening)
-LIST      (lvla_interfaceconfigurations_mtus_mtu, "/interface-configurations/interface-configuration/mtus/mtu", KEYS("owner"))
-CONTAINER (lvla_interfaceconfigurations_interfaceconfiguration_mtus,
-           LIST_CHILD("mtu", lvla_interfaceconfigurations_mtus_mtu))
-CONTAINER (lvla_interfaceconfigurations_interfaceconfiguration_encapsulation)
-LEAF      (lvla_interfaceconfigurations_interfaceconfiguration_interfacename)
-LIST      (lvla_interfaceconfigurations_interfaceconfiguration, "/interface-configurations/interface-configuration", KEYS("active", "interface-name"),
-           CHILD    ("dampening",      lvla_interfaceconfigurations_interfaceconfiguration_dampening),
-           CHILD    ("mtus",           lvla_interfaceconfigurations_interfaceconfiguration_mtus),
-           CHILD    ("encapsulation",  lvla_interfaceconfigurations_interfaceconfiguration_encapsulation),
-           KEY_CHILD("interface-name", lvla_interfaceconfigurations_interfaceconfiguration_interfacename))
-CONTAINER (lvla_interfaceconfigurations,
-           LIST_CHILD("interface-configuration", lvla_interfaceconfigurations_interfaceconfiguration))
-CONTAINER (lvla_globalinterfaceconfiguration)
+static constexpr oc_macsec::table_line lines[] = {
+#define NODE(kind, ...) LINE_##kind(__VA_ARGS__)
+#include "ymap_oc_macsec_tarvex_ifmgr_cfg.def"
+};
+static_assert(oc_macsec::names_fit(lines), "an exported name does not end in its tag");
+
+#define NODE(kind, ...) WALK_##kind(__VA_ARGS__)
+#include "ymap_oc_macsec_tarvex_ifmgr_cfg.def"

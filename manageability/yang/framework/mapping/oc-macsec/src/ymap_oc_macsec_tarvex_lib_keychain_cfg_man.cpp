@@ -1,9 +1,6 @@
 // The reverse mappers of key chains. The native module holds every key chain of the router; only those with a
 // macsec-keychain container become OpenConfig key chains. The key text itself never comes back.
-#include <stdio.h>
-#include <stdlib.h>
-#include <time.h>
-
+#include "date_time.h"
 #include "namespaces.h"
 #include "reverse_mapping.h"
 #include "text.h"
@@ -280,59 +277,11 @@ collected collect(tqm_map_ctx ctx, const child_array &children, lifetime_texts &
     return collected::done;
 }
 
-// The number in `text` less `offset`; no number counts as 0, and a huge one wraps.
-int number(const char *text, unsigned int offset = 0)
+date_time parts_of(const date_time_texts &texts)
 {
-    return static_cast<int>(static_cast<unsigned int>(strtol(text, nullptr, 10)) - offset);
-}
-
-// Writes the text of one end. False when a part is missing: a date is not made up.
-bool print_date_time(const date_time_texts &texts, char *line, size_t size)
-{
-    if (!texts.complete()) {
-        return false;
-    }
-    (void)snprintf(line, size, "%04d-%02d-%02dT%02d:%02d:%02d", number(texts.year),
-                   static_cast<int>(convert_month_to_number(texts.month)), number(texts.date), number(texts.hour),
-                   number(texts.minutes), number(texts.seconds));
-    return true;
-}
-
-// The duration's low 32 bits, with their sign.
-int32_t duration(const char *life_time)
-{
-    return static_cast<int32_t>(static_cast<uint32_t>(strtol(life_time, nullptr, 10)));
-}
-
-// The start as the process's local time zone reads it, with daylight saving time off.
-bool start_time(const date_time_texts &start, time_t *seconds)
-{
-    struct tm *const record = static_cast<struct tm *>(calloc(1, sizeof(struct tm)));
-    if (record == nullptr) {
-        return false;
-    }
-    record->tm_sec = number(start.seconds);
-    record->tm_min = number(start.minutes);
-    record->tm_hour = number(start.hour);
-    record->tm_mday = number(start.date);
-    record->tm_mon = static_cast<int>(convert_month_to_number(start.month)) - 1;
-    record->tm_year = number(start.year, 1900);
-    *seconds = mktime(record);
-    free(record);
-    return true;
-}
-
-// False when the end lies beyond all calendars.
-bool print_end_by_duration(time_t start, const char *life_time, char *line, size_t size)
-{
-    const time_t end = start + static_cast<time_t>(duration(life_time));
-    const struct tm *const local = localtime(&end);
-    if (local == nullptr) {
-        return false;
-    }
-    (void)snprintf(line, size, "%04ld-%02d-%02dT%02d:%02d:%02d", local->tm_year + 1900L, local->tm_mon + 1,
-                   local->tm_mday, local->tm_hour, local->tm_min, local->tm_sec);
-    return true;
+    return {number_of(texts.year),    static_cast<int>(convert_month_to_number(texts.month)),
+            number_of(texts.date),    number_of(texts.hour),
+            number_of(texts.minutes), number_of(texts.seconds)};
 }
 
 rcode add_expiration(tqm_map_ctx ctx, rdl_tqm_datatree *out, const char *text)
@@ -368,25 +317,29 @@ OC_MACSEC_EXPORT rcode ymap_to_ocmacsec_keychain_valid_date_time_rev(CONTAINER_P
         }
     }
 
+    // A date with a part missing is not made up.
     char text[100];
-    if (print_date_time(texts.start, text, sizeof text)) {
+    if (texts.start.complete()) {
+        print_date_time(parts_of(texts.start), text, sizeof text);
         rdl_tqm_datatree *added = nullptr;
         (void)add_oc_leaf(ctx, out, OC_VALID, text, &added);
     }
     if (text_equals(texts.infinite_flag, "true", 4)) {
         rc = add_expiration(ctx, out, "NO_EXPIRATION");
-    } else if (texts.life_time != nullptr && duration(texts.life_time) != 0) {
+    } else if (texts.life_time != nullptr && number_of(texts.life_time) != 0) {
         time_t start = 0;
-        if (texts.start.complete() && !start_time(texts.start, &start)) {
+        if (texts.start.complete() && !moment_of(parts_of(texts.start), &start)) {
             set_error_message(ctx, "No memory for expiration-date-time", TQM_MAP_OWNER);
             LEAVE_MAPPER(ctx, TQM_ERR_INVALID_REQUEST);
         }
-        char end[256] = {};
-        if (texts.start.complete() && print_end_by_duration(start, texts.life_time, end, sizeof end)) {
-            TQM_TRC(ctx, "%s:%d, life_time: %s, end_time: %s", __func__, __LINE__, texts.life_time, end);
-            rc = add_expiration(ctx, out, end);
+        date_time end;
+        if (texts.start.complete() && local_date_time(start + number_of(texts.life_time), &end)) {
+            print_date_time(end, text, sizeof text);
+            TQM_TRC(ctx, "%s:%d, life_time: %s, end_time: %s", __func__, __LINE__, texts.life_time, text);
+            rc = add_expiration(ctx, out, text);
         }
-    } else if (print_date_time(texts.end, text, sizeof text)) {
+    } else if (texts.end.complete()) {
+        print_date_time(parts_of(texts.end), text, sizeof text);
         rc = add_expiration(ctx, out, text);
     }
     LEAVE_MAPPER(ctx, rc);

@@ -1,83 +1,11 @@
-// The node functions of Tarvex-PRIVATE-oc-macsec-oper, in schema order. The model mirrors the state subtrees of
-// OpenConfig: lists are joined to OpenConfig's, and leaves are copied, but for three with a value table.
-#define REVERSE_MODULE tarvexprivateocmacsecoper
-#define REVERSE_NODE_LINES start_and_end
-#define REVERSE_LEAF_BY_LINES start_and_end
+// The node functions of Tarvex-PRIVATE-oc-macsec-oper.
+#define TABLE_MODULE to_oc_macsec_tarvexprivateocmacsecoper
+#define TABLE_NODE_LINES start_and_end
+#define TABLE_LEAF_BY_LINES start_and_end
+#define REVERSE_UNMAPPED DEFAULT_FUNCTION
 #include "reverse_tables.h"
-
-// The tables keep one node a line.
-// clang-format off
 
 DUCK_MAP_FUNCTIONS
 
-EMPTY_CONTAINER (lvla_ocmacsec)
-EMPTY_CONTAINER (lvla_ocmacsec_macsec)
-EMPTY_CONTAINER (lvla_ocmacsec_macsec_mka)
-EMPTY_CONTAINER (lvla_ocmacsec_mka_policies)
-STITCHED_LIST   (lvla_ocmacsec_policies_policy,                       "/macsec", "/mka", "/policies", "/policy")
-EMPTY_CONTAINER (lvla_ocmacsec_policy_state)
-STATE_LEAF      (lvla_ocmacsec_state_name,                            "/macsec/mka/policies/policy/state/name")
-STATE_LEAF      (lvla_ocmacsec_state_keyserverpriority,               "/macsec/mka/policies/policy/state/key-server-priority")
-LEAF_BY         (lvla_ocmacsec_state_confidentialityoffset,           ymap_to_ocmacsec_conf_offset_oper_rev)
-STATE_LEAF      (lvla_ocmacsec_state_delayprotection,                 "/macsec/mka/policies/policy/state/delay-protection")
-STATE_LEAF      (lvla_ocmacsec_state_includeicvindicator,             "/macsec/mka/policies/policy/state/include-icv-indicator")
-STATE_LEAF      (lvla_ocmacsec_state_sakrekeyinterval,                "/macsec/mka/policies/policy/state/sak-rekey-interval")
-LEAF_BY         (lvla_ocmacsec_state_macsecciphersuite,               ymap_to_ocmacsec_cipher_suite_oper_rev)
-EMPTY_CONTAINER (lvla_ocmacsec_mka_mkastate)
-EMPTY_CONTAINER (lvla_ocmacsec_mkastate_counters)
-STATE_LEAF      (lvla_ocmacsec_counters_outmkpduerrors,               "/macsec/mka/state/counters/out-mkpdu-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_inmkpduicvverificationerrors, "/macsec/mka/state/counters/in-mkpdu-icv-verification-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_inmkpduvalidationerrors,      "/macsec/mka/state/counters/in-mkpdu-validation-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_inmkpdubadpeererrors,         "/macsec/mka/state/counters/in-mkpdu-bad-peer-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_inmkpdupeerlisterrors,        "/macsec/mka/state/counters/in-mkpdu-peer-list-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_sakgenerationerrors,          "/macsec/mka/state/counters/sak-generation-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_sakhasherrors,                "/macsec/mka/state/counters/sak-hash-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_sakencryptionerrors,          "/macsec/mka/state/counters/sak-encryption-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_sakdecryptionerrors,          "/macsec/mka/state/counters/sak-decryption-errors")
-STATE_LEAF      (lvla_ocmacsec_counters_sakciphermismatcherrors,      "/macsec/mka/state/counters/sak-cipher-mismatch-errors")
-EMPTY_CONTAINER (lvla_ocmacsec_mka_keychains)
-STITCHED_LIST   (lvla_ocmacsec_keychains_keychain,                    "/macsec", "/mka", "/key-chains", "/key-chain")
-EMPTY_CONTAINER (lvla_ocmacsec_keychain_mkakeys)
-STITCHED_LIST   (lvla_ocmacsec_mkakeys_mkakey,                        "/macsec", "/mka", "/key-chains", "/key-chain", "/mka-keys", "/mka-key")
-EMPTY_CONTAINER (lvla_ocmacsec_mkakey_state)
-STATE_LEAF      (lvla_ocmacsec_state_id,                              "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/id")
-LEAF_BY         (lvla_ocmacsec_state_cryptographicalgorithm,          ymap_to_ocmacsec_kc_crypto_algo_rev)
-STATE_LEAF      (lvla_ocmacsec_state_validdatetime,                   "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/valid-date-time")
-STATE_LEAF      (lvla_ocmacsec_state_expirationdatetime,              "/macsec/mka/key-chains/key-chain/mka-keys/mka-key/state/expiration-date-time")
-EMPTY_CONTAINER (lvla_ocmacsec_keychain_state)
-STATE_LEAF      (lvlb_ocmacsec_state_name,                            "/macsec/mka/key-chains/key-chain/state/name")
-EMPTY_CONTAINER (lvla_ocmacsec_macsec_interfaces)
-STITCHED_LIST   (lvla_ocmacsec_interfaces_interface,                  "/macsec", "/interfaces", "/interface")
-EMPTY_CONTAINER (lvla_ocmacsec_interface_interfacesstate)
-EMPTY_CONTAINER (lvla_ocmacsec_interfacesstate_counters)
-STATE_LEAF      (lvla_ocmacsec_counters_txuntaggedpkts,               "/macsec/interfaces/interface/state/counters/tx-untagged-pkts")
-STATE_LEAF      (lvla_ocmacsec_counters_rxuntaggedpkts,               "/macsec/interfaces/interface/state/counters/rx-untagged-pkts")
-STATE_LEAF      (lvla_ocmacsec_counters_rxbadtagpkts,                 "/macsec/interfaces/interface/state/counters/rx-badtag-pkts")
-STATE_LEAF      (lvla_ocmacsec_counters_rxunknownscipkts,             "/macsec/interfaces/interface/state/counters/rx-unknownsci-pkts")
-STATE_LEAF      (lvla_ocmacsec_counters_rxnoscipkts,                  "/macsec/interfaces/interface/state/counters/rx-nosci-pkts")
-EMPTY_CONTAINER (lvla_ocmacsec_interface_scsatxes)
-STITCHED_LIST   (lvla_ocmacsec_scsatxes_scsatx,                       "/macsec", "/interfaces", "/interface", "/scsa-tx", "/scsa-tx")
-EMPTY_CONTAINER (lvla_ocmacsec_scsatx_state)
-EMPTY_CONTAINER (lvla_ocmacsec_state_counters)
-STATE_LEAF      (lvla_ocmacsec_counters_scencrypted,                  "/macsec/interfaces/interface/scsa-tx/scsa-tx/state/counters/sc-encrypted")
-STATE_LEAF      (lvla_ocmacsec_counters_saencrypted,                  "/macsec/interfaces/interface/scsa-tx/scsa-tx/state/counters/sa-encrypted")
-STATE_LEAF      (lvla_ocmacsec_state_scitx,                           "/macsec/interfaces/interface/scsa-tx/scsa-tx/state/sci-tx")
-EMPTY_CONTAINER (lvla_ocmacsec_interface_interfacesmka)
-EMPTY_CONTAINER (lvla_ocmacsec_interfacesmka_state)
-EMPTY_CONTAINER (lvlb_ocmacsec_state_counters)
-STATE_LEAF      (lvla_ocmacsec_counters_inmkpdu,                      "/macsec/interfaces/interface/mka/state/counters/in-mkpdu")
-STATE_LEAF      (lvla_ocmacsec_counters_insakmkpdu,                   "/macsec/interfaces/interface/mka/state/counters/in-sak-mkpdu")
-STATE_LEAF      (lvla_ocmacsec_counters_outmkpdu,                     "/macsec/interfaces/interface/mka/state/counters/out-mkpdu")
-STATE_LEAF      (lvla_ocmacsec_counters_outsakmkpdu,                  "/macsec/interfaces/interface/mka/state/counters/out-sak-mkpdu")
-STATE_LEAF      (lvla_ocmacsec_state_mkapolicy,                       "/macsec/interfaces/interface/mka/state/mka-policy")
-STATE_LEAF      (lvla_ocmacsec_state_keychain,                        "/macsec/interfaces/interface/mka/state/key-chain")
-EMPTY_CONTAINER (lvla_ocmacsec_interface_scsarxes)
-STITCHED_LIST   (lvla_ocmacsec_scsarxes_scsarx,                       "/macsec", "/interfaces", "/interface", "/scsa-rx", "/scsa-rx")
-EMPTY_CONTAINER (lvla_ocmacsec_scsarx_state)
-EMPTY_CONTAINER (lvlc_ocmacsec_state_counters)
-STATE_LEAF      (lvla_ocmacsec_counters_scinvalid,                    "/macsec/interfaces/interface/scsa-rx/scsa-rx/state/counters/sc-invalid")
-STATE_LEAF      (lvla_ocmacsec_counters_scvalid,                      "/macsec/interfaces/interface/scsa-rx/scsa-rx/state/counters/sc-valid")
-STATE_LEAF      (lvla_ocmacsec_counters_sainvalid,                    "/macsec/interfaces/interface/scsa-rx/scsa-rx/state/counters/sa-invalid")
-STATE_LEAF      (lvla_ocmacsec_counters_savalid,                      "/macsec/interfaces/interface/scsa-rx/scsa-rx/state/counters/sa-valid")
-STATE_LEAF      (lvla_ocmacsec_state_scirx,                           "/macsec/interfaces/interface/scsa-rx/scsa-rx/state/sci-rx")
-STATE_LEAF      (lvla_ocmacsec_interface_name,                        "/macsec/interfaces/interface/state/name")
+#define NODE(kind, ...) MAP_##kind(__VA_ARGS__)
+#include "ymap_oc_macsec_tarvex_private_oc_macsec_oper.def"
