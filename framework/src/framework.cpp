@@ -153,6 +153,7 @@ Expected<void> Framework::walk_request(Request &request) const
         if (std::strcmp(registration.oc_top, tree->tag) != 0) {
             continue;
         }
+        request.impl().observation.begin(*tree);
         const rcode code = without_skip(registration.forward_root(request.ctx(), tree, request.out()));
         if (code != 0) {
             return with_instance(placed(request.error(code), *tree, schema_), schema_);
@@ -226,6 +227,7 @@ Expected<void> Framework::walk_answers(Request &request, TreeBuilder::Roots answ
                 continue;
             }
             request.impl().start_walk();
+            request.impl().observation.begin(answer);
             const rcode code = without_skip(registration.reverse_root(request.ctx(), &answer, request.out()));
             if (code != 0) {
                 return with_instance(request.error(code), schema_);

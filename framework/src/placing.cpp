@@ -64,13 +64,13 @@ rcode Request::Impl::add(const AddArguments &arguments)
     return rc;
 }
 
-void Request::Impl::tell(const AddArguments &arguments, const OutputNode *node, rcode code) const
+void Request::Impl::tell(const AddArguments &arguments, const OutputNode *node, rcode code)
 {
-    if (watch.observer == nullptr) {
+    if (!observation) {
         return;
     }
     const bool settled = node != nullptr && !node->pending;
-    watch.observer->added({arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
+    observation.added({arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
 }
 
 rcode Request::Impl::place(const AddArguments &arguments)

@@ -60,7 +60,7 @@ constinit thread_local Request::Impl *serving_request [[gnu::tls_model("initial-
 Request::Impl::Impl(const Schema &schema_in, std::span<const tqm_map_reg_info> registrations_in, uint32_t kind,
                     Direction direction_in, Watch watch_in)
     : schema(schema_in), registrations(registrations_in), direction(direction_in), watch(std::move(watch_in)),
-      paths(schema, arena), output(arena)
+      observation(watch.observer), paths(schema, arena), output(arena)
 {
     header.kind = kind;
     record.hdr = &header;
@@ -72,7 +72,7 @@ Request::Impl::Impl(const Schema &schema_in, std::span<const tqm_map_reg_info> r
     ctx.err_log = error_log;
     ctx.trc_log = trace_log;
     ctx.trace_buf = trace_buffer;
-    ctx.trace_on = watch.trace_on ? 1 : 0;
+    ctx.trace_on = watch.trace_on || observation ? 1 : 0;
     serving() = this;
 }
 

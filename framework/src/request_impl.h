@@ -14,6 +14,7 @@
 
 #include "arena.h"
 #include "hierarchy.h"
+#include "observation.h"
 #include "output.h"
 #include "paths.h"
 #include "tqm/request.h"
@@ -93,6 +94,7 @@ struct Request::Impl {
     std::span<const tqm_map_reg_info> registrations;
     Direction direction;
     Watch watch;
+    Observation observation;
 
     Arena arena;
     PathTable paths;
@@ -164,7 +166,7 @@ private:
     };
 
     rcode place(const AddArguments &arguments);
-    void tell(const AddArguments &arguments, const OutputNode *node, rcode code) const;
+    void tell(const AddArguments &arguments, const OutputNode *node, rcode code);
     Naming naming_for(const AddArguments &arguments, const PathInfo &info);
     void read_beside(OutputNode &parent, const std::string &path, const Naming &naming);
     rcode add_to_request_node(const AddArguments &arguments);
