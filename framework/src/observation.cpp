@@ -1,4 +1,3 @@
-// See observation.h.
 #include "observation.h"
 
 #include <algorithm>

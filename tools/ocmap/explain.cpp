@@ -1,4 +1,3 @@
-// See explain.h.
 #include "explain.h"
 
 #include <optional>

@@ -1,4 +1,3 @@
-// See help.h.
 #include "help.h"
 
 #include <algorithm>

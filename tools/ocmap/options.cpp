@@ -1,4 +1,3 @@
-// See options.h.
 #include "options.h"
 
 #include <charconv>

@@ -1,4 +1,3 @@
-// See request_outline.h.
 #include "request_outline.h"
 
 #include "shown_value.h"

@@ -1,4 +1,3 @@
-// See result_outline.h.
 #include "result_outline.h"
 
 #include <optional>
