@@ -33,7 +33,8 @@ std::vector<Case> cases()
     std::ifstream file(EXPLAINED);
     for (std::string line; std::getline(file, line);) {
         if (line.starts_with("==== ")) {
-            part = &cases.emplace_back(line.substr(5)).document;
+            cases.emplace_back().title = line.substr(5);
+            part = &cases.back().document;
         } else if (line == "----") {
             part = &cases.back().printed;
         } else if (part == &cases.back().document && part->empty() && line.starts_with("--")) {
