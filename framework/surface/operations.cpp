@@ -127,8 +127,8 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     if (key == nullptr || key->tag == nullptr || key->value == nullptr) {
         return TQM_ERR_SKIP_NODE;
     }
-    if (request.watch().observer != nullptr) {
-        request.watch().observer->read(*key);
+    if (request.observation()) {
+        request.observation().read(*key);
     }
     PathInfo *list = list_at(request, path, key->tag);
     if (list == nullptr) {
@@ -141,7 +141,7 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     return request.placing().add_keyed_entry(out, *list, ns, key->tag, key->value) == nullptr ? TQM_ERR_BAD_ARGS : 0;
 }
 
-rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
+rcode look_up(Request::Impl &request, tqm_map_xpath_ops *ops)
 {
     if (ops == nullptr || ops->tree == nullptr || ops->operation != TQM_XPATH_OP_LOOKUP) {
         return TQM_ERR_BAD_ARGS;
@@ -159,8 +159,8 @@ rcode look_up(const Request::Impl &request, tqm_map_xpath_ops *ops)
     if (node == nullptr) {
         return TQM_ERR_NOT_FOUND;
     }
-    if (request.watch().observer != nullptr) {
-        request.watch().observer->read(*node);
+    if (request.observation()) {
+        request.observation().read(*node);
     }
     const std::string_view text = node->value == nullptr ? "" : node->value;
     const std::size_t length = std::min(text.size(), sizeof ops->data - 1);

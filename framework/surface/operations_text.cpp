@@ -164,6 +164,9 @@ TQM_EXPORT void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line)
         return;
     }
     journal_question(request, "_rbtrace", [&](JournalLine &entry) { entry.number("flags", flags).result_text(line); });
+    if (request->observation()) {
+        without_exceptions(request, [&] { request->observation().traced(line); });
+    }
     if (request->watch().trace) {
         without_exceptions(request, [&] { request->watch().trace(line); });
     }

@@ -72,8 +72,8 @@ TQM_EXPORT rcode tqm_map_add_to_node_hierarchy(tqm_map_ctx ctx, const rdl_tqm_da
                 return TQM_ERR_BAD_ARGS;
             }
             request.enter(*node, level_kind == TQM_HIER_LIST);
-            if (request.watch().observer != nullptr) {
-                request.watch().observer->entered(*node);
+            if (request.observation()) {
+                request.observation().entered(*node);
             }
             return 0;
         },
@@ -120,8 +120,8 @@ TQM_EXPORT rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const 
                 *value_out = value;
                 request.hierarchy().note_lookup(frame->node, child);
             }
-            if (value != nullptr && request.watch().observer != nullptr) {
-                request.watch().observer->read(*child);
+            if (value != nullptr && request.observation()) {
+                request.observation().read(*child);
             }
             return 0;
         },
@@ -245,8 +245,8 @@ TQM_EXPORT int tqm_map_do_these_match(const char *a, const char *b)
     const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
     if (match && serving() != nullptr) {
         serving()->hierarchy().note_match(a);
-        if (serving()->watch().observer != nullptr) {
-            without_exceptions(serving(), [&] { serving()->watch().observer->matched(a); });
+        if (serving()->observation()) {
+            without_exceptions(serving(), [&] { serving()->observation().matched(a); });
         }
     }
     journal_question(serving(), "tqm_map_do_these_match",

@@ -64,11 +64,12 @@ rcode Placing::add(const AddArguments &arguments)
 
 void Placing::tell(const AddArguments &arguments, const OutputRecord *node, rcode code) const
 {
-    if (around_.observer == nullptr) {
+    if (!around_.observation) {
         return;
     }
     const bool settled = node != nullptr && !node->pending;
-    around_.observer->added({arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
+    around_.observation.added(
+        {arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
 }
 
 rcode Placing::place(const AddArguments &arguments)

@@ -15,6 +15,7 @@
 #include "trees/namespaces.h"
 #include "trees/output.h"
 #include "walk/hierarchy.h"
+#include "walk/observation.h"
 #include "walk/walk_kind.h"
 
 namespace tqm
@@ -40,7 +41,7 @@ public:
         const WalkKind &kind;
         const tqm_map_ctx_record &context; ///< for the operation that a list walker leaves there
         std::span<const tqm_map_reg_info> registrations;
-        Observer *observer; ///< null: nobody is told
+        Observation &observation;
         Arena &arena;
         Namespaces &namespaces;
         PathTable &paths;

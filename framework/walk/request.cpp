@@ -44,9 +44,9 @@ constinit thread_local Request::Impl *serving_request [[gnu::tls_model("initial-
 Request::Impl::Impl(const Schema &schema, std::span<const tqm_map_reg_info> registrations, uint32_t kind,
                     Direction direction, Watch watch)
     : schema_(schema), registrations_(registrations), watch_(std::move(watch)), kind_(header_, direction),
-      namespaces_(arena_), paths_(schema, arena_), output_(arena_), failure_(record_, hierarchy_),
-      placing_(
-          {kind_, context_.record, registrations_, watch_.observer, arena_, namespaces_, paths_, hierarchy_, output_})
+      namespaces_(arena_), paths_(schema, arena_), output_(arena_), observation_(watch_.observer),
+      failure_(record_, hierarchy_),
+      placing_({kind_, context_.record, registrations_, observation_, arena_, namespaces_, paths_, hierarchy_, output_})
 {
     header_.kind = kind;
     record_.hdr = &header_;
@@ -58,7 +58,7 @@ Request::Impl::Impl(const Schema &schema, std::span<const tqm_map_reg_info> regi
     ctx.err_log = error_log;
     ctx.trc_log = trace_log;
     ctx.trace_buf = trace_buffer;
-    ctx.trace_on = watch_.trace_on ? 1 : 0;
+    ctx.trace_on = watch_.trace_on || observation_ ? 1 : 0;
     serving() = this;
 }
 

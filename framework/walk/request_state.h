@@ -14,6 +14,7 @@
 #include "trees/request_tree.h"
 #include "walk/failure.h"
 #include "walk/hierarchy.h"
+#include "walk/observation.h"
 #include "walk/placing.h"
 #include "walk/walk_kind.h"
 
@@ -59,6 +60,7 @@ public:
     Hierarchy &hierarchy() { return hierarchy_; }
     Placing &placing() { return placing_; }
     const Placing &placing() const { return placing_; }
+    Observation &observation() { return observation_; }
     Failure &failure() { return failure_; }
     const Failure &failure() const { return failure_; }
     std::deque<tqm_map_itree> &iterations() { return iterations_; }
@@ -100,6 +102,7 @@ private:
     RequestTree tree_;
     Output output_;
     Hierarchy hierarchy_;
+    Observation observation_;
     Failure failure_;
     Placing placing_;
     std::deque<tqm_map_itree> iterations_;

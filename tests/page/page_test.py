@@ -106,6 +106,10 @@ class Page(unittest.TestCase):
             self.press(Keys.TAB)
         self.fail('no focus gets to ' + css)
 
+    def facts(self):
+        """The rows of the details: what is known of a node, and what the row says."""
+        return self.rows('#about dt, #about dd')
+
     def lit(self):
         return self.rows('#request .lit'), self.rows('#results .lit')
 
@@ -154,7 +158,7 @@ class Page(unittest.TestCase):
             self.assertEqual((title['left'], title['bottom'] < place['top']), (place['left'], True))
         self.assertEqual(self.script("performance.getEntriesByType('resource').length"), 0)
         self.open('<macsec xmlns="http://openconfig.net/yang/macsec"/>')
-        self.assertEqual(self.text('summary'), '1 node: 1 passed; 0 adds')
+        self.assertEqual((self.text('summary'), self.rows('#results > *')), ('1 node: 1 passed; 0 adds', ['Nothing.']))
 
     def test_lights_counterparts(self):
         self.open(EXAMPLES / 'policies/merge.xml')
@@ -188,10 +192,14 @@ class Page(unittest.TestCase):
         self.point('results', 'key-server-priority = 5')
         self.assertEqual(self.lit(), (['config (replace)', 'key-server-priority = 5'], ['key-server-priority = 5']))
         self.assertEqual(self.lit_lines(), (1, 1))
+        self.assertEqual(self.facts(), ['value', '5', 'namespace',
+                                        'http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'])
+        self.assertEqual(self.text('what'), "/macsec/policy-names/policy-name[name='P1']/key-server-priority")
         self.assertRegex(self.text('details'), r'#4 for .*/config\b.* \(remove\), lost to #10\n')
         self.assertRegex(self.text('details'), r'#10 for .*/key-server-priority .* = 5, wins over #4')
         self.point('request', 'config (replace)')
         self.assertEqual(self.lit_lines(), (5, 1))
+        self.assertEqual(self.facts(), ['operation', 'replace'])
         self.assertIn('#5 /macsec/policy-names/policy-name/cipher-suite (remove)', self.text('details'))
         self.browser.find_element(By.XPATH, '//button[text()="1 lost"]').click()
         self.assertTrue(self.text('details').startswith("/macsec/mka/policies/policy[name='P1']/config\n"))
@@ -203,17 +211,48 @@ class Page(unittest.TestCase):
         self.assertEqual(self.lit_lines(), (1, 1))
         self.assertIn('not taken: a key keeps its value', self.text('details'))
 
+    def test_tells_what_each_add_did(self):
+        self.open(EXAMPLES / 'policies/create.xml')
+        self.assertIn('delay-protection = ""', self.rows('#results > *'))
+        self.point('results', 'policy-names')
+        self.assertIn('Made on the way to the nodes below it.', self.text('details'))
+        self.point('request', 'sak-rekey-interval = 3600 (create)')  # its mapper is called by the function that adds
+        self.assertEqual(self.rows('#about > ul > li'), [
+            'ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd',
+            'ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_sakrekeyinterval'
+            '#9 /macsec/policy-names/policy-name/sak-rekey-interval-sec = 3600'])
+        self.open('<data><macsec xmlns="http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg"><policy-names>'
+                  '<policy-name><name>P</name><conf-offset/></policy-name></policy-names></macsec></data>', '--reverse')
+        self.point('request', 'conf-offset = "" dropped')
+        self.assertRegex(self.text('details'), r'#4 /macsec/.* = "", not in the result\n')
+
+    def test_finds(self):
+        self.open(EXAMPLES / 'policies/merge.xml')
+        self.press('/', ' P2 ')
+        self.assertEqual(self.text('found'), '3 found')
+        for place in '1 of 3', '2 of 3', '3 of 3', '1 of 3':
+            self.press(Keys.ENTER)
+            self.assertEqual((self.text('found'), self.rows('[aria-selected]')), (place, ['name = P2']))
+        find = self.browser.find_element(By.ID, 'find')
+        find.send_keys(Keys.SHIFT, Keys.ENTER)
+        self.assertEqual(self.text('found'), '3 of 3')
+        self.press(Keys.ESCAPE)
+        for wanted, rows in ('/cipher-suite', ['cipher-suite = gcm-aes-128']), ('', []), (
+                'policyname_name_fwd', ['name = P1', 'name = P2']):
+            find.send_keys(Keys.CONTROL, 'a', Keys.NULL, wanted or Keys.DELETE)
+            self.assertEqual(self.rows('.found'), rows)
+            self.assertEqual(self.text('found'), f'{len(rows)} found' if rows else '')
+        find.send_keys(Keys.CONTROL, 'a', Keys.NULL, 'macsec', Keys.ENTER)
+        self.assertEqual(self.rows('[aria-selected]'), ['macsec'])
+        self.open(EXAMPLES / 'interfaces/attach.xml')
+        self.press('/', 'HundredGigE0/0/0/1')
+        self.assertEqual(self.rows('.found'), ['name = HundredGigE0/0/0/1', 'name = HundredGigE0/0/0/1',
+                                               'interface-name = HundredGigE0/0/0/1'])
+
     def test_works_with_the_keyboard(self):
         self.open(EXAMPLES / 'policies/merge.xml')
-        self.press('/', 'p2')
-        self.assertEqual(self.text('found'), '3 found')
-        self.press(Keys.ENTER, Keys.ENTER)
-        self.assertEqual(self.text('found'), '2 of 3')
+        self.press('/', 'p2', Keys.ENTER)
         self.assertEqual(self.rows('[aria-selected]'), ['name = P2'])
-        self.browser.find_element(By.ID, 'find').send_keys(Keys.SHIFT, Keys.ENTER, Keys.ENTER)
-        self.assertEqual(self.text('found'), '3 of 3')
-        self.press(Keys.BACKSPACE, Keys.BACKSPACE, '/cipher-suite')
-        self.assertEqual(self.rows('.found'), ['cipher-suite = gcm-aes-128'])
         self.press(Keys.ESCAPE)
         self.assertEqual(self.rows('[aria-selected]'), [])
         self.tab_to('#request')
@@ -229,7 +268,8 @@ class Page(unittest.TestCase):
         self.point('request', 'mka')  # what is selected next goes before what is pointed at
         self.press(Keys.LEFT)
         self.assertEqual(self.lit(), (['policy'], ['policy-name']))
-        self.press(Keys.RIGHT, Keys.DOWN)
+        self.press(Keys.RIGHT, Keys.RIGHT, Keys.DOWN)  # a leaf has nothing to its right
+        ActionChains(self.browser).key_down(Keys.CONTROL).send_keys(Keys.END).key_up(Keys.CONTROL).perform()
         self.assertEqual(self.rows('#results [aria-selected]'), ['created'])
         self.tab_to('#details button')
         self.point('request', 'policies')  # lights up, but the link stays
@@ -245,12 +285,6 @@ class Page(unittest.TestCase):
         self.press(Keys.ESCAPE)
         self.assertEqual((self.rows('[aria-selected]'), self.script('document.activeElement.id')), ([], 'request'))
 
-    def test_finds_values_with_a_slash(self):
-        self.open(EXAMPLES / 'interfaces/attach.xml')
-        self.press('/', 'HundredGigE0/0/0/1')
-        self.assertEqual(self.rows('.found'), ['name = HundredGigE0/0/0/1', 'name = HundredGigE0/0/0/1',
-                                               'interface-name = HundredGigE0/0/0/1'])
-
     def test_shows_a_refusal(self):
         self.open(policies(policy('P1', REFUSED)), status=1)
         self.assertEqual(self.text('refusal'),
@@ -258,8 +292,12 @@ class Page(unittest.TestCase):
                          "/macsec/mka/policies/policy[name='P1']/config/use-updated-eth-header")
         self.assertEqual(self.rows('.refused'), ['use-updated-eth-header = true refused'])
         self.assertEqual(self.rows('.not-reached'), ['delay-protection = true not reached'])
+        self.assertEqual(self.text('results-title'), 'result (native) up to the refusal')
+        self.assertEqual(self.text('summary'), '9 nodes: 2 mapped, 5 passed, 1 refused, 1 not reached; 3 adds')
         self.browser.find_element(By.CSS_SELECTOR, '#refusal button').click()
         self.assertEqual(self.text('said'), 'refused: this router does not support it; no counterpart')
+        self.open(policies(policy('P1', '<delay-protection/>', 'delete')), status=1)
+        self.assertRegex(self.text('refusal'), r'children in the request \(0xaaf2a000\), at /macsec/.*/config$')
 
     def test_leaves_room_for_the_trees(self):
         """However long a refusal is, and in small windows: the page scrolls to a row, and rows go on to the right."""
@@ -350,9 +388,12 @@ class Page(unittest.TestCase):
         self.tab_to('#request')
         number = "Number(document.querySelector('[aria-selected]').id.slice('request'.length))"
         page = self.script("Math.floor(document.getElementById('request').clientHeight / 24) - 1")
-        for key, place in (Keys.HOME, 0), (Keys.PAGE_DOWN, page), (Keys.PAGE_DOWN, 2 * page), (Keys.PAGE_UP, page):
-            self.press(key)
+        for keys, place in ((Keys.HOME,), 0), ((Keys.PAGE_DOWN,), page), ((Keys.PAGE_DOWN,), 2 * page), (
+                (Keys.PAGE_UP,), page), ((Keys.UP, Keys.PAGE_UP), 0), ((Keys.END, Keys.UP, Keys.PAGE_DOWN), 2102):
+            self.press(*keys)
             self.assertEqual(self.script(number), place)
+        self.press(*[Keys.UP] * (page + 2))  # to the edge, row by row
+        self.assertEqual(self.script("document.getElementById('request').scrollTop"), 24 * self.script(number))
         self.press(Keys.ESCAPE, Keys.HOME, Keys.ESCAPE)
         self.point('request', 'mka')
         self.assertLess(self.lines('lit')[0], 50)  # of all 1,750: those that begin or end in view
@@ -367,6 +408,14 @@ class Page(unittest.TestCase):
         places = [self.script(f'({place})("{tree} .lit")') for tree in ('#request', '#results')]
         self.assertIsNotNone(places[0])
         self.assertEqual(*places)  # face to face
+        middle = self.script("(({ top, height }) => top + height / 2)(document.getElementById('request')"
+                             ".getBoundingClientRect())")
+        self.assertAlmostEqual(places[0], middle, delta=36)
+        results = self.script("document.getElementById('results').scrollTop")
+        self.tab_to('#request')
+        self.press(Keys.DOWN)  # its counterparts are in view
+        self.assertEqual(self.script("document.getElementById('results').scrollTop"), results)
+        self.press(Keys.UP)
         self.assertEqual(self.lit_lines(), (2, 0))
         for tree in 'request', 'results':  # one goes to the end, and links are drawn for the other
             self.script(f'document.getElementById("{tree}").scrollTop = 1e6')

@@ -1,4 +1,4 @@
-// See deviations.h. What is not supported is found by running the mapping; where values differ is written down here.
+// What is not supported is found by running the mapping; where values differ is written down here.
 #include "deviations.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// See dry_run.h.
 #include "dry_run.h"
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,3 @@
-// See explanation_table.h.
 #include "explanation_table.h"
 
 #include <algorithm>

@@ -1,8 +1,6 @@
-// See help.h.
 #include "help.h"
 
 #include <algorithm>
-#include <map>
 #include <vector>
 
 namespace ocmap
@@ -10,60 +8,11 @@ namespace ocmap
 namespace
 {
 
-// Tests run these lines from top to bottom: the store that `edit` makes is there for `get`.
-const std::map<std::string, std::vector<const char *>> examples = {
-    {"",
-     {
-         "ocmap forward examples/policies/merge.xml",
-         "ocmap edit examples/policies/merge.xml --store /tmp/router",
-         "ocmap get --store /tmp/router",
-     }},
-    {"forward",
-     {
-         "ocmap forward examples/policies/merge.xml",
-         "ocmap forward examples/policies/get-policy.xml --json",
-         "ocmap forward examples/key-chains/rotate.xml --journal",
-     }},
-    {"reverse",
-     {
-         "ocmap reverse examples/state/busy-router.xml",
-         "ocmap forward examples/policies/merge.xml | ocmap reverse - --kind get-config --json",
-     }},
-    {"edit",
-     {
-         "ocmap edit examples/policies/merge.xml --store /tmp/router",
-         "ocmap edit - --store /tmp/router < examples/interfaces/attach.xml",
-         "ocmap edit examples/key-chains/create.xml --store /tmp/router --wait 5",
-         "ocmap edit examples/policies/replace.xml --store /tmp/router --dry-run",
-     }},
-    {"get",
-     {
-         "ocmap get --store /tmp/router",
-         "ocmap get examples/policies/get-all.xml --store /tmp/router --json",
-         "ocmap get examples/interfaces/get-counters.xml --store /tmp/router --oper examples/state/busy-router.xml",
-     }},
-    {"get-config",
-     {
-         "ocmap get-config --store /tmp/router",
-         "ocmap get-config examples/policies/get-by-content.xml --store /tmp/router --json",
-     }},
-    {"explain",
-     {
-         "ocmap explain examples/policies/replace.xml",
-         "ocmap explain examples/state/busy-router.xml --reverse",
-         "ocmap explain examples/policies/replace.xml --html /tmp/replace.html",
-     }},
-    {"tree",
-     {
-         "ocmap tree",
-         "ocmap tree --markdown",
-     }},
-    {"deviations",
-     {
-         "ocmap deviations",
-         "ocmap deviations > /tmp/deviations.yang",
-     }},
-};
+// What calls it: the names of the commands that lead to it, the tool's first.
+std::string words_of(const CLI::App &app)
+{
+    return app.get_parent() == nullptr ? app.get_name() : words_of(*app.get_parent()) + " " + app.get_name();
+}
 
 class HelpFormatter final : public CLI::Formatter
 {
@@ -90,8 +39,7 @@ public:
 
     std::string make_usage(const CLI::App *app, std::string) const override
     {
-        std::string text = "Usage: ocmap";
-        text += app->get_parent() == nullptr ? " COMMAND" : " " + app->get_name();
+        std::string text = "Usage: " + words_of(*app) + (app->get_subcommands({}).empty() ? "" : " COMMAND");
         for (const CLI::Option *option : app->get_options(&CLI::Option::get_positional)) {
             text += " " + make_option_usage(option);
         }
@@ -125,24 +73,20 @@ std::shared_ptr<CLI::FormatterBase> help_formatter()
     return std::make_shared<HelpFormatter>();
 }
 
-std::string help_footer(const std::string &command)
+std::string help_footer(std::span<const char *const> examples)
 {
-    std::string text = command.empty() ? "'ocmap COMMAND --help' shows a command's options and examples.\n\n" : "";
-    if (const auto found = examples.find(command); found != examples.end()) {
-        text += "Examples:\n";
-        for (const char *example : found->second) {
-            text += std::string("  ") + example + "\n";
-        }
-        text += "\n";
+    std::string text = "Examples:\n";
+    for (const char *example : examples) {
+        text += std::string("  ") + example + "\n";
     }
-    return text + "Exit status: 0 done; 1 refused or failed, with the reason on standard error; 2 wrong command line.";
+    return text +
+           "\nExit status: 0 done; 1 refused or failed, with the reason on standard error; 2 wrong command line.";
 }
 
 std::string usage_error(const CLI::App &app, const CLI::ParseError &error)
 {
-    const std::vector<CLI::App *> chosen = app.get_subcommands();
-    if (!chosen.empty()) {
-        return std::string(error.what()) + "; see 'ocmap " + chosen.front()->get_name() + " --help'";
+    if (const std::vector<CLI::App *> chosen = app.get_subcommands(); !chosen.empty()) {
+        return std::string(error.what()) + "; see '" + words_of(*chosen.front()) + " --help'";
     }
     const std::vector<std::string> words = app.remaining();
     const auto word = std::ranges::find_if(words, [](const std::string &text) { return !text.starts_with("-"); });

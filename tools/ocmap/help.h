@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -12,8 +13,8 @@ namespace ocmap
 /// Gives help with the options that a command insists on in its usage line.
 std::shared_ptr<CLI::FormatterBase> help_formatter();
 
-/// Examples and exit statuses of a command; of the whole tool for "". The examples work from the project's root.
-std::string help_footer(const std::string &command);
+/// The end of help: examples, and exit statuses.
+std::string help_footer(std::span<const char *const> examples);
 
 /// One line for an error in the command line, with the command, if one was named, whose help it points to.
 std::string usage_error(const CLI::App &app, const CLI::ParseError &error);

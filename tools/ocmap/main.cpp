@@ -1,13 +1,13 @@
-// ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is its command line; what the
-// commands do stands in commands.cpp.
+// ocmap: runs the OpenConfig MACsec mapping at a desk, without a router. This file is the table of its commands, and
+// what a process owes its users; the options stand in options.cpp, what the commands do in commands.cpp.
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <initializer_list>
 #include <iostream>
-#include <map>
 #include <new>
+#include <span>
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -16,11 +16,132 @@
 
 #include "commands.h"
 #include "help.h"
+#include "options.h"
 #include "report.h"
 #include "want_of_memory.h"
 
 namespace
 {
+
+namespace option = ocmap::option;
+
+// ---- The commands ---------------------------------------------------------------------------------------------------
+
+using Run = tqm::Expected<void> (*)(const ocmap::Options &);
+
+struct Command {
+    const char *name;
+    const char *description;
+    Run run;
+    std::initializer_list<option::Declare> options; // arguments and options of its own, in the order of its help
+    std::span<const option::Declare> common;        // those that it shares with others
+    std::initializer_list<const char *> examples;   // in its help
+};
+
+constexpr option::Declare plain[] = {option::plugin, option::yang};
+// Of commands that run the plug-in's walkers, which can be watched.
+constexpr option::Declare watched[] = {option::plugin, option::yang, option::trace, option::journal,
+                                       option::journal_all};
+
+// Tests run the examples from top to bottom, at the project's root: the store that `edit` makes is there for `get`.
+constexpr Command commands[] = {
+    {"forward",
+     "Print the native trees that a request becomes",
+     ocmap::forward,
+     {option::file, option::kind, option::json, option::bare, option::check},
+     watched,
+     {"ocmap forward examples/policies/merge.xml", "ocmap forward examples/policies/get-policy.xml --json",
+      "ocmap forward examples/key-chains/rotate.xml --journal"}},
+    {"reverse",
+     "Print the OpenConfig tree of native trees",
+     ocmap::reverse,
+     {option::file, option::kind, option::json, option::bare},
+     watched,
+     {"ocmap reverse examples/state/busy-router.xml",
+      "ocmap forward examples/policies/merge.xml | ocmap reverse - --kind get-config --json"}},
+    {"edit",
+     "Apply an edit-config to a native datastore",
+     ocmap::edit,
+     {option::file, option::store, option::wait, option::dry_run, option::json_report},
+     watched,
+     {"ocmap edit examples/policies/merge.xml --store /tmp/router",
+      "ocmap edit - --store /tmp/router < examples/interfaces/attach.xml",
+      "ocmap edit examples/key-chains/create.xml --store /tmp/router --wait 5",
+      "ocmap edit examples/policies/replace.xml --store /tmp/router --dry-run"}},
+    {"get",
+     "Read configuration and state as OpenConfig",
+     ocmap::get,
+     {option::optional_file, option::store, option::json, option::bare, option::oper},
+     watched,
+     {"ocmap get --store /tmp/router", "ocmap get examples/policies/get-all.xml --store /tmp/router --json",
+      "ocmap get examples/interfaces/get-counters.xml --store /tmp/router --oper examples/state/busy-router.xml"}},
+    {"get-config",
+     "Read configuration as OpenConfig",
+     ocmap::get_config,
+     {option::optional_file, option::store, option::json, option::bare},
+     watched,
+     {"ocmap get-config --store /tmp/router",
+      "ocmap get-config examples/policies/get-by-content.xml --store /tmp/router --json"}},
+    {"explain",
+     "Show what a request becomes, node by node, and why",
+     ocmap::explain,
+     {option::file, option::kind, option::reverse, option::judging_store, option::html},
+     watched,
+     {"ocmap explain examples/policies/replace.xml", "ocmap explain examples/state/busy-router.xml --reverse",
+      "ocmap explain examples/policies/replace.xml --html /tmp/replace.html"}},
+    {"tree",
+     "Print the OpenConfig tree with its native paths",
+     ocmap::tree,
+     {option::markdown},
+     plain,
+     {"ocmap tree", "ocmap tree --markdown"}},
+    {"deviations",
+     "Print the YANG module of what is not supported",
+     ocmap::deviations,
+     {},
+     plain,
+     {"ocmap deviations", "ocmap deviations > /tmp/deviations.yang"}},
+};
+
+constexpr std::initializer_list<const char *> examples_of_all = {
+    "ocmap forward examples/policies/merge.xml", "ocmap edit examples/policies/merge.xml --store /tmp/router",
+    "ocmap get --store /tmp/router"};
+
+// What the command line has chosen, and the options for it.
+struct Chosen {
+    ocmap::Options options;
+    Run run = nullptr;
+};
+
+void add(CLI::App &app, const Command &command, Chosen &chosen)
+{
+    CLI::App &added = *app.add_subcommand(command.name, command.description);
+    added.callback([&chosen, run = command.run] { chosen.run = run; });
+    added.footer(ocmap::help_footer(command.examples));
+    added.group("Commands");
+    added.get_help_ptr()->group(option::common);
+    for (const option::Declare declare : command.common) {
+        declare(added, chosen.options);
+    }
+    for (const option::Declare declare : command.options) {
+        declare(added, chosen.options);
+    }
+}
+
+void describe(CLI::App &app, Chosen &chosen)
+{
+    app.require_subcommand(1);
+    app.formatter(ocmap::help_formatter());
+    app.footer("'ocmap COMMAND --help' shows a command's options and examples.\n\n" +
+               ocmap::help_footer(examples_of_all));
+    app.set_help_flag("-h,--help", "Show this help and exit");
+    app.set_version_flag("--version", "ocmap " OC_MACSEC_VERSION, "Show the version and exit");
+    for (const Command &command : commands) {
+        add(app, command, chosen);
+    }
+}
+
+// ---- The process ----------------------------------------------------------------------------------------------------
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
@@ -37,102 +158,26 @@ const char *text_of_no_memory()
     return format_of_errors == tqm::Format::json ? out_of_memory_json : out_of_memory;
 }
 
-const std::map<std::string, uint32_t> kinds = {
-    {"edit", TQM_REQ_EDIT}, {"get", TQM_REQ_GET}, {"get-config", TQM_REQ_GET_CONFIG}};
-
-using Run = tqm::Expected<void> (*)(const ocmap::Options &);
-
-// What the command line has chosen, and the options for it.
-struct Chosen {
-    ocmap::Options options;
-    Run run = nullptr;
-};
-
-constexpr const char *common = "Common options";
-
-// A command with the options that every one has.
-CLI::App *add_plain_command(CLI::App &app, const char *name, const char *description, Chosen &chosen, Run run)
-{
-    CLI::App *const command = app.add_subcommand(name, description);
-    command->callback([&chosen, run] { chosen.run = run; });
-    command->footer(ocmap::help_footer(name));
-    ocmap::Locations &locations = chosen.options.locations;
-    command->add_option("--plugin", locations.plugin, "The plug-in, libymap_oc_macsec.so")
-        ->type_name("FILE")
-        ->group(common);
-    command->add_option("--yang", locations.yang, "Directory of the YANG modules")->type_name("DIR")->group(common);
-    command->group("Commands");
-    command->get_help_ptr()->group(common);
-    return command;
-}
-
-// A command that runs the plug-in's walkers, which can be watched.
-CLI::App *add_command(CLI::App &app, const char *name, const char *description, Chosen &chosen, Run run)
-{
-    ocmap::Options &options = chosen.options;
-    CLI::App *const command = add_plain_command(app, name, description, chosen, run);
-    command->add_flag("--trace", options.trace, "Show the plug-in's log lines on standard error")->group(common);
-    command->add_flag("--journal", options.journal, "Show the plug-in's calls of the framework on standard error")
-        ->group(common);
-    command->add_flag("--journal-all", options.questions, "Show also the calls that only ask, compare and log")
-        ->group(common);
-    return command;
-}
-
-void add_file(CLI::App *command, ocmap::Options &options, bool required)
-{
-    command->add_option("FILE", options.file, "NETCONF document, XML or JSON; - for standard input")
-        ->required(required);
-}
-
-void add_kind(CLI::App *command, ocmap::Options &options)
-{
-    const auto number_of = [](std::string &text) -> std::string {
-        const auto found = kinds.find(text);
-        if (found == kinds.end()) {
-            return "must be edit, get or get-config, not '" + text + "'";
-        }
-        text = std::to_string(found->second);
-        return "";
-    };
-    command->add_option("--kind", options.kind, "edit, get or get-config, where the document does not say it")
-        ->transform(CLI::Validator(number_of, ""))
-        ->type_name("KIND");
-}
-
-// How trees are printed.
-void add_form(CLI::App *command, ocmap::Options &options)
-{
-    command->add_flag_callback(
-        "--json", [&options] { options.format = tqm::Format::json; }, "Print JSON (RFC 7951) instead of XML");
-    command->add_flag_callback(
-        "--bare", [&options] { options.envelope = tqm::Envelope::none; },
-        "Print the trees alone, without the element around them");
-}
-
-void add_store(CLI::App *command, ocmap::Options &options)
-{
-    command->add_option("--store", options.store, "Directory of the native datastore")->required()->type_name("DIR");
-}
-
-void add_wait(CLI::App *command, ocmap::Options &options)
-{
-    const auto is_number = [](const std::string &text) -> std::string {
-        uint32_t number = 0;
-        const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number);
-        const bool whole = failed == std::errc() && end == text.data() + text.size();
-        return whole ? "" : "must be a number of seconds, not '" + text + "'";
-    };
-    command->add_option("--wait", options.wait, "How long to wait for another editor; without it, as long as it takes")
-        ->check(CLI::Validator(is_number, ""))
-        ->type_name("SECONDS");
-}
-
 // The process will hold keys, which belong neither into a core file nor into another process that looks at this one.
 bool close_memory_to_others()
 {
     const rlimit none = {0, 0};
     return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && setrlimit(RLIMIT_CORE, &none) == 0;
+}
+
+// Prints help or the version, or what is wrong with the command line; gives the exit status.
+int leave(const CLI::App &app, const CLI::ParseError &error)
+{
+    if (error.get_exit_code() != 0) {
+        std::fputs(ocmap::report_line(ocmap::usage_error(app, error)).c_str(), stderr);
+        return exit_usage;
+    }
+    app.exit(error);
+    if (!std::cout.flush()) {
+        std::fputs(ocmap::report_line("cannot write the help").c_str(), stderr);
+        return exit_failure;
+    }
+    return 0;
 }
 
 int run(int argc, char **argv)
@@ -144,74 +189,18 @@ int run(int argc, char **argv)
         return exit_failure;
     }
     Chosen chosen;
-    ocmap::Options &options = chosen.options;
-    options.locations = ocmap::default_locations();
-
+    chosen.options.locations = ocmap::default_locations();
     CLI::App app{"Maps OpenConfig MACsec requests to a router's native models and its answers back", "ocmap"};
-    app.require_subcommand(1);
-    app.formatter(ocmap::help_formatter());
-    app.footer(ocmap::help_footer(""));
-    app.set_help_flag("-h,--help", "Show this help and exit");
-    app.set_version_flag("--version", "ocmap " OC_MACSEC_VERSION, "Show the version and exit");
-    CLI::App *command =
-        add_command(app, "forward", "Print the native trees that a request becomes", chosen, ocmap::forward);
-    add_file(command, options, true);
-    add_kind(command, options);
-    add_form(command, options);
-    command->add_flag("--check", options.check, "Judge an edit by the OpenConfig model first, as 'ocmap edit' does");
-    command = add_command(app, "reverse", "Print the OpenConfig tree of native trees", chosen, ocmap::reverse);
-    add_file(command, options, true);
-    add_kind(command, options);
-    add_form(command, options);
-    command = add_command(app, "edit", "Apply an edit-config to a native datastore", chosen, ocmap::edit);
-    add_file(command, options, true);
-    add_store(command, options);
-    add_wait(command, options);
-    command->add_flag("--dry-run", options.dry_run, "Say what the edit would do, or why it is refused; change nothing");
-    command->add_flag_callback(
-        "--json", [&options] { options.format = tqm::Format::json; }, "Print a refusal, or a dry run, as JSON");
-    command = add_command(app, "get", "Read configuration and state as OpenConfig", chosen, ocmap::get);
-    add_file(command, options, false);
-    add_store(command, options);
-    add_form(command, options);
-    command
-        ->add_option("--oper", options.operational,
-                     "The router's state: a document of its operational model; - for standard input")
-        ->type_name("FILE");
-    command = add_command(app, "get-config", "Read configuration as OpenConfig", chosen, ocmap::get_config);
-    add_file(command, options, false);
-    add_store(command, options);
-    add_form(command, options);
-    command = add_command(app, "explain", "Show what a request becomes, node by node, and why", chosen, ocmap::explain);
-    add_file(command, options, true);
-    add_kind(command, options);
-    command->add_flag("--reverse", options.reverse, "The document holds native trees: explain the way back");
-    command->add_option("--store", options.store, "Native datastore that an edit is judged by; else its values alone")
-        ->type_name("DIR");
-    command->add_option("--html", options.page, "Write a page for a browser instead; - for standard output")
-        ->type_name("FILE");
-    command = add_plain_command(app, "tree", "Print the OpenConfig tree with its native paths", chosen, ocmap::tree);
-    command->add_flag("--markdown", options.markdown, "Print docs/mapping.md: also what does not come back");
-    add_plain_command(app, "deviations", "Print the YANG module of what is not supported", chosen, ocmap::deviations);
-
+    describe(app, chosen);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        if (error.get_exit_code() == 0) {
-            app.exit(error); // prints the help, or the version
-            if (!std::cout.flush()) {
-                std::fputs(ocmap::report_line("cannot write the help").c_str(), stderr);
-                return exit_failure;
-            }
-            return 0;
-        }
-        std::fputs(ocmap::report_line(ocmap::usage_error(app, error)).c_str(), stderr);
-        return exit_usage;
+        return leave(app, error);
     }
-    format_of_errors = options.format;
+    format_of_errors = chosen.options.format;
     ocmap::tell_want_of_memory(text_of_no_memory());
-    if (const tqm::Expected<void> done = chosen.run(options); !done) {
-        std::fputs(ocmap::report(done.error(), options.format).c_str(), stderr);
+    if (const tqm::Expected<void> done = chosen.run(chosen.options); !done) {
+        std::fputs(ocmap::report(done.error(), chosen.options.format).c_str(), stderr);
         return exit_failure;
     }
     return 0;

@@ -1,4 +1,3 @@
-// See mapping_page.h.
 #include "mapping_page.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// See model_probe.h. Requests are explained, and what is explained of the node itself is taken.
+// Requests are explained, and what is explained of the node itself is taken.
 #include "model_probe.h"
 
 #include <algorithm>

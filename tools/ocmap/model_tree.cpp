@@ -1,4 +1,3 @@
-// See model_tree.h.
 #include "model_tree.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// See printable.h.
 #include "printable.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// See report.h.
 #include "report.h"
 
 #include <cstdio>

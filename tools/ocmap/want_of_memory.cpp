@@ -1,5 +1,4 @@
-// See want_of_memory.h. What failed last is told by errno: the allocator leaves ENOMEM there, and nothing takes it
-// back.
+// What failed last is told by errno: the allocator leaves ENOMEM there, and nothing takes it back.
 #include "want_of_memory.h"
 
 #include <cerrno>

@@ -28,7 +28,7 @@ struct Watch {
     std::function<void(std::string_view line)> trace = {};               ///< trace buffer
     bool log_errors = false;                                             ///< let lines of TQM_LOG_ERROR through to log
     bool log_trace = false;                                              ///< let lines of TQM_LOG_TRACE through to log
-    bool trace_on = false;                                               ///< send every line to trace, too
+    bool trace_on = false; ///< send every line to trace, too; so does an observer
 };
 
 enum class Direction {
