@@ -13,6 +13,10 @@ fail() {
     exit 1
 }
 
+cached() {
+    sed -n "s/^$1:[^=]*=//p" "$build/CMakeCache.txt"
+}
+
 # The list of the last installation belongs to whoever installs.
 manifest=$build/install_manifest.txt
 if [ -e "$manifest" ]; then cp "$manifest" "$work/manifest"; fi
@@ -20,7 +24,7 @@ if [ -e "$manifest" ]; then cp "$manifest" "$work/manifest"; fi
 if [ -e "$work/manifest" ]; then cp "$work/manifest" "$manifest"; else rm -f "$manifest"; fi
 
 root=$work/stage$prefix
-build_type=$(sed -n 's/^CMAKE_BUILD_TYPE:[^=]*=//p' "$build/CMakeCache.txt" | tr '[:upper:]' '[:lower:]')
+build_type=$(cached CMAKE_BUILD_TYPE | tr '[:upper:]' '[:lower:]')
 cat > "$work/expected" <<END
 644 include/oc-macsec/tqm_log.h
 644 include/oc-macsec/tqm_map.h
@@ -89,7 +93,10 @@ grep -qF "$work/moved/$lib/oc-macsec/libymap_oc_macsec.so" "$work/error" || fail
 # Programs of others.
 mv "$work/moved/elsewhere.so" "$work/moved/$lib/oc-macsec/libymap_oc_macsec.so"
 consumer=$sources/tests/install/consumer
-"$cmake" -S "$consumer" -B "$work/by_cmake" -DCMAKE_PREFIX_PATH="$work/moved" -DDOCUMENT="$request" > "$work/log" 2>&1 &&
+CC=$(cached CMAKE_C_COMPILER) CXX=$(cached CMAKE_CXX_COMPILER)
+export CC CXX
+"$cmake" -S "$consumer" -B "$work/by_cmake" -G "$(cached CMAKE_GENERATOR)" -DCMAKE_PREFIX_PATH="$work/moved" \
+    -DDOCUMENT="$request" > "$work/log" 2>&1 &&
     "$cmake" --build "$work/by_cmake" --target forward surface run >> "$work/log" 2>&1 || fail "$(cat "$work/log")"
 diff "$work/native" "$work/by_cmake/native.xml" || fail "a program built by CMake maps otherwise"
 
@@ -98,9 +105,9 @@ packages() {
 }
 # shellcheck disable=SC2046 # flags are words
 {
-    ${CXX:-c++} -std=c++20 "$consumer/forward.cpp" $(packages --cflags --libs oc-macsec-tqm) -o "$work/forward"
-    ${CC:-cc} "$consumer/surface.c" $(packages --cflags oc-macsec) -o "$work/surface"
-    echo '#include <tqm_map.h>' | ${CXX:-c++} $(packages --cflags oc-macsec) -x c++ -fsyntax-only - ||
+    "$CXX" -std=c++20 "$consumer/forward.cpp" $(packages --cflags --libs oc-macsec-tqm) -o "$work/forward"
+    "$CC" "$consumer/surface.c" $(packages --cflags oc-macsec) -o "$work/surface"
+    echo '#include <tqm_map.h>' | "$CXX" $(packages --cflags oc-macsec) -x c++ -fsyntax-only - ||
         fail "the headers do not stand alone"
 }
 LD_LIBRARY_PATH=$work/moved/$lib "$work/forward" "$(packages --variable=plugindir oc-macsec)/libymap_oc_macsec.so" \
