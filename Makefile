@@ -18,7 +18,7 @@ SOURCES = $(shell git ls-files '*.cpp' '*.h')
 say = @printf '\n==== %s\n' 
 
 .PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format check-style lint \
-        lint-sources lint-tests tool clean
+        tool clean
 
 all: tool
 
@@ -123,15 +123,7 @@ check-style:
 lint: PACKAGES += libgtest-dev libbenchmark-dev clang-tidy
 lint: setup
 	cmake --preset default -DOC_MACSEC_TESTS=ON -DOC_MACSEC_BENCH=ON
-	$(MAKE) lint-sources lint-tests
-
-lint-sources:
-	git ls-files '*.cpp' | grep -v '^tests/' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet
-
-# Names and braces. What else the checks look for is not worth its time in tests.
-lint-tests:
-	git ls-files 'tests/*.cpp' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet \
-	    --checks='-*,readability-braces-around-statements,readability-identifier-naming'
+	git ls-files '*.cpp' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet
 
 clean:
 	rm -rf build build-sanitize
