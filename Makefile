@@ -13,7 +13,7 @@ DEVIATIONS = yang/tarvex-openconfig-macsec-deviations.yang
 DESTDIR =
 PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
-SOURCES = $(shell git ls-files '*.cpp' '*.h')
+SOURCES = $(shell git ls-files '*.c' '*.cpp' '*.h')
 
 say = @printf '\n==== %s\n' 
 
@@ -114,7 +114,7 @@ format:
 
 check-format:
 	@command -v clang-format >/dev/null || $(MAKE) setup PACKAGES='$(FORMAT_PACKAGES)'
-	clang-format --dry-run --Werror $(SOURCES)
+	@clang-format --dry-run --Werror $(SOURCES)
 
 # What no formatter looks after: the length of a file, and that each includes its own header first.
 check-style:

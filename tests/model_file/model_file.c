@@ -1,5 +1,6 @@
-/* Preloaded into the tests: a system on which the model is installed where the plug-in looks for it. What stat() tells of
- * /pkg/yang/openconfig-macsec.yang it tells of the file that OC_MACSEC_MODEL_FILE names, or of the one in the sources. */
+/* Preloaded into the tests: a system on which the model is installed where the plug-in looks for it. What stat() tells
+ * of /pkg/yang/openconfig-macsec.yang it tells of the file that OC_MACSEC_MODEL_FILE names, or of the one in the
+ * sources. */
 #include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
