@@ -15,7 +15,7 @@ PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = $(shell git ls-files '*.c' '*.cpp' '*.h')
 
-say = @printf '\n==== %s\n' 
+say = @printf '\n==== %s\n'
 
 .PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format check-style lint \
         tool clean

@@ -95,9 +95,10 @@ mv "$work/moved/elsewhere.so" "$work/moved/$lib/oc-macsec/libymap_oc_macsec.so"
 consumer=$sources/tests/install/consumer
 CC=$(cached CMAKE_C_COMPILER) CXX=$(cached CMAKE_CXX_COMPILER)
 export CC CXX
-"$cmake" -S "$consumer" -B "$work/by_cmake" -G "$(cached CMAKE_GENERATOR)" -DCMAKE_PREFIX_PATH="$work/moved" \
-    -DDOCUMENT="$request" > "$work/log" 2>&1 &&
-    "$cmake" --build "$work/by_cmake" --target forward surface run >> "$work/log" 2>&1 || fail "$(cat "$work/log")"
+{
+    "$cmake" -S "$consumer" -B "$work/by_cmake" -G "$(cached CMAKE_GENERATOR)" -DCMAKE_PREFIX_PATH="$work/moved" \
+        -DDOCUMENT="$request" && "$cmake" --build "$work/by_cmake" --target forward surface run
+} > "$work/log" 2>&1 || fail "$(cat "$work/log")"
 diff "$work/native" "$work/by_cmake/native.xml" || fail "a program built by CMake maps otherwise"
 
 packages() {
