@@ -1,43 +1,62 @@
-# Two commands do everything on a fresh Debian 12: `make run` shows the main job, `make test` runs all tests. Both install
-# what is missing first. As another user than root, packages and the model are installed through sudo. `make install`
-# installs below PREFIX, or for a package below DESTDIR.
+# Two commands do everything on a fresh Debian 12: `make run` builds what it takes and shows the main job, `make test` builds
+# and runs all tests. Both install what is missing first. As another user than root, packages and the model are installed
+# through sudo. `make install` installs below PREFIX, or for a package below DESTDIR.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
-           nlohmann-json3-dev libgtest-dev libbenchmark-dev xsltproc valgrind
+           nlohmann-json3-dev
+TEST_PACKAGES = libgtest-dev chromium chromium-driver python3-selenium
+BENCH_PACKAGES = libbenchmark-dev xsltproc valgrind time
 FORMAT_PACKAGES = clang-format
-BROWSER_PACKAGES = chromium chromium-driver python3-selenium
 MODEL = /pkg/yang/openconfig-macsec.yang
 EXTENSIONS = /pkg/yang/tarvex-extensions.yang
 DEVIATIONS = yang/tarvex-openconfig-macsec-deviations.yang
 DESTDIR =
 PREFIX = /usr/local
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
-SOURCES = $(shell git ls-files '*.cpp' '*.h')
+SOURCES = $(shell git ls-files '*.c' '*.cpp' '*.h')
 
-.PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format lint clean
+say = @printf '\n==== %s\n'
 
-all: setup
+.PHONY: all run test sanitize bench docs install uninstall check-prefix setup model format check-format check-style lint \
+        tool clean
+
+all: tool
+
+run: tool model
+	$(say) 'examples/run.sh: edits and reads of policies, a key chain and an interface'
+	@examples/run.sh
+
+# The tool and the plug-in.
+tool: setup
+	$(say) 'Configuring in build/'
 	cmake --preset default
+	$(say) 'Building the tool and the plug-in; their tests are built by "make test"'
+	cmake --build --preset default --target ocmap
+
+# Tests need no model in /pkg, nor who can put it there.
+test: PACKAGES += $(TEST_PACKAGES)
+test: setup $(if $(SUDO),,model)
+	$(say) 'Building everything in build/'
+	cmake --preset default -DOC_MACSEC_TESTS=ON
 	cmake --build --preset default
-
-run: all model
-	examples/run.sh
-
-test: PACKAGES += $(BROWSER_PACKAGES)
-test: all model
+	$(say) 'Running all tests'
 	ctest --preset default
 
-sanitize: setup model
-	cmake --preset sanitize
+sanitize: PACKAGES += libgtest-dev
+sanitize: setup
+	$(say) 'Building everything in build-sanitize/, with ASan and UBSan, and running the tests'
+	cmake --preset sanitize -DOC_MACSEC_TESTS=ON
 	cmake --build --preset sanitize
 	ctest --preset sanitize
 
-bench: all model
-	@command -v /usr/bin/time >/dev/null || $(MAKE) setup PACKAGES=time
+bench: PACKAGES += $(BENCH_PACKAGES)
+bench: setup model
+	cmake --preset default -DOC_MACSEC_BENCH=ON
+	cmake --build --preset default --target ocmap walk_bench
 	bench/run.sh
 
 # The page and the module that are made by running the mapping. A test fails while they are not the tool's.
-docs: all model
+docs: tool model
 	build/ocmap tree --markdown > docs/mapping.md.new
 	mv docs/mapping.md.new docs/mapping.md
 	build/ocmap deviations > $(DEVIATIONS).new
@@ -47,10 +66,10 @@ docs: all model
 # uninstall; the model is outside the prefix, and stays when the rest goes, as other plug-ins may read it.
 install: check-prefix setup
 	cmake --preset default -DCMAKE_INSTALL_PREFIX='$(PREFIX)'
-	cmake --build --preset default
+	cmake --build --preset default --target ocmap oc_macsec_manual
+	$(MAKE) model DESTDIR='$(DESTDIR)'
 	umask 022 && DESTDIR='$(DESTDIR)' cmake --install build --strip
 	cp build/install_manifest.txt build/installed_files.txt
-	$(MAKE) model DESTDIR='$(DESTDIR)'
 
 uninstall:
 	@test -f build/installed_files.txt || { echo 'error: nothing was installed from this build' >&2; exit 1; }
@@ -79,6 +98,7 @@ setup:
 	@missing=$$(for package in $(PACKAGES); do \
 	    dpkg-query -W -f='$${Status}' $$package 2>/dev/null | grep -q 'ok installed' || echo $$package; done); \
 	if [ -n "$$missing" ]; then \
+	    printf '\n==== Installing packages: %s\n' "$$(echo $$missing)"; \
 	    $(SUDO) apt-get update -q && \
 	    $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $$missing; \
 	fi
@@ -94,11 +114,16 @@ format:
 
 check-format:
 	@command -v clang-format >/dev/null || $(MAKE) setup PACKAGES='$(FORMAT_PACKAGES)'
-	clang-format --dry-run --Werror $(SOURCES)
+	@clang-format --dry-run --Werror $(SOURCES)
 
-lint: all
-	@command -v clang-tidy >/dev/null || $(MAKE) setup PACKAGES=clang-tidy
-	git ls-files '*.cpp' | grep -v '^tests/' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet
+# What no formatter looks after: the length of a file, and that each includes its own header first.
+check-style:
+	.ci/check-style
+
+lint: PACKAGES += libgtest-dev libbenchmark-dev clang-tidy
+lint: setup
+	cmake --preset default -DOC_MACSEC_TESTS=ON -DOC_MACSEC_BENCH=ON
+	git ls-files '*.cpp' | xargs -n 1 -P $$(nproc) clang-tidy -p build --quiet
 
 clean:
 	rm -rf build build-sanitize

@@ -124,7 +124,8 @@ TEST_F(BadInput, AMissingModelOrPluginIsNamed)
 {
     const std::string document = std::string(EXAMPLES) + "/policies/create.xml";
     const Outcome no_model = ocmap({"forward", document}, "",
-                                   {std::string("LD_PRELOAD=") + NO_MODEL, "ASAN_OPTIONS=verify_asan_link_order=0"});
+                                   {std::string("LD_PRELOAD=") + MODEL_FILE, "OC_MACSEC_MODEL_FILE=/none/such",
+                                    "ASAN_OPTIONS=verify_asan_link_order=0"});
     EXPECT_EQ(no_model.status, 1);
     EXPECT_NE(no_model.err.find("/pkg/yang/openconfig-macsec.yang"), std::string::npos) << no_model.err;
     EXPECT_NE(no_model.err.find("make model"), std::string::npos) << no_model.err;

@@ -77,11 +77,11 @@ static int counted_program(int argc, char **argv, char **variables)
     return program(argc, argv, variables);
 }
 
-typedef int start_function(int (*)(int, char **, char **), int, char **, void (*)(void), void (*)(void),
-                           void (*)(void), void *);
+typedef int start_function(int (*)(int, char **, char **), int, char **, void (*)(void), void (*)(void), void (*)(void),
+                           void *);
 
-int __libc_start_main(int (*main)(int, char **, char **), int argc, char **argv, void (*init)(void),
-                      void (*fini)(void), void (*end)(void), void *stack)
+int __libc_start_main(int (*main)(int, char **, char **), int argc, char **argv, void (*init)(void), void (*fini)(void),
+                      void (*end)(void), void *stack)
 {
     start_function *start;
     *(void **)&start = dlsym(RTLD_NEXT, "__libc_start_main");

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -29,6 +30,26 @@ std::vector<char *> pointers(std::vector<std::string> &texts)
     return found;
 }
 
+// `environment`, and of this process's own what is not in it. What is preloaded here is preloaded there, too.
+std::vector<std::string> with_inherited(std::vector<std::string> environment)
+{
+    const std::size_t given = environment.size();
+    for (char **variable = environ; *variable != nullptr; ++variable) {
+        const std::string_view inherited = *variable;
+        const std::string_view name = inherited.substr(0, inherited.find('=') + 1);
+        const auto end = environment.begin() + static_cast<std::ptrdiff_t>(given);
+        const auto same =
+            std::find_if(environment.begin(), end, [name](const std::string &text) { return text.starts_with(name); });
+        if (same == end) {
+            environment.emplace_back(inherited);
+        } else if (name == "LD_PRELOAD=") {
+            *same += ':';
+            *same += inherited.substr(name.size());
+        }
+    }
+    return environment;
+}
+
 } // namespace
 
 Outcome ocmap(std::vector<std::string> arguments, std::string_view input, const std::vector<std::string> &environment)
@@ -48,10 +69,7 @@ Outcome ocmap(std::vector<std::string> arguments, std::string_view input, const 
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
 
     arguments.insert(arguments.begin(), OCMAP);
-    std::vector<std::string> variables = environment;
-    for (char **variable = environ; *variable != nullptr; ++variable) {
-        variables.emplace_back(*variable);
-    }
+    std::vector<std::string> variables = with_inherited(environment);
     Outcome outcome;
     pid_t child = 0;
     if (posix_spawn(&child, OCMAP, &actions, nullptr, pointers(arguments).data(), pointers(variables).data()) == 0) {

@@ -52,8 +52,8 @@ Locations default_locations()
     std::error_code error;
     const std::filesystem::path bin = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     const char *const plugin = "libymap_oc_macsec.so";
-    if (std::filesystem::exists(bin / plugin, error)) { // a build tree, inside the sources
-        return {bin / plugin, bin.parent_path() / "yang"};
+    if (std::filesystem::exists(bin / plugin, error)) { // a build tree, with a link to the sources' models
+        return {bin / plugin, bin / "yang"};
     }
     return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal()};
 }
