@@ -8,8 +8,9 @@
 #include "memory.h"
 #include "report.h"
 #include "router/models.h"
+#include "text/characters.h"
+#include "text/line_index.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -58,8 +59,7 @@ Expected<void> check_json(const std::string &text)
         [[maybe_unused]] const Json nothing = Json::parse(text, keep_nothing);
         return {};
     } catch (const Json::parse_error &error) {
-        const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
-        place = " (line " + std::to_string(std::count(text.begin(), end, '\n') + 1) + ")";
+        place = " (line " + std::to_string(text::LineIndex(text).line_of(error.byte)) + ")";
     } catch (const Json::exception &) { // a number that is too large
     }
     return fault("it is not one well-formed JSON object" + place);
@@ -116,53 +116,11 @@ bool is_operational(const lysc_node *root)
     return std::strcmp(root->module->ns, ns::operational) == 0;
 }
 
-// Length of the UTF-8 sequence that a byte begins; 0 if it begins none.
-size_t sequence_length(unsigned char first)
-{
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xc2 && first < 0xe0) {
-        return 2;
-    }
-    if (first >= 0xe0 && first < 0xf0) {
-        return 3;
-    }
-    return first >= 0xf0 && first < 0xf5 ? 4 : 0;
-}
-
-// A carriage return is a character of XML, but a reader may turn it into a line feed.
-bool is_xml_character(uint32_t character)
-{
-    return character == '\t' || character == '\n' || (character >= 0x20 && character < 0xd800) ||
-           (character >= 0xe000 && character < 0xfffe) || (character >= 0x10000 && character < 0x110000);
-}
-
 } // namespace
 
-bool is_xml_text(const char *text)
+bool is_xml_text(std::string_view text)
 {
-    static constexpr uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-
-    const auto *at = reinterpret_cast<const unsigned char *>(text);
-    while (*at) {
-        const size_t length = sequence_length(*at);
-        uint32_t character = length > 1 ? *at & (0x7fU >> length) : *at;
-        if (length == 0) {
-            return false;
-        }
-        for (size_t i = 1; i < length; ++i) {
-            if ((at[i] & 0xc0U) != 0x80U) {
-                return false;
-            }
-            character = (character << 6U) | (at[i] & 0x3fU);
-        }
-        if (character < smallest[length] || !is_xml_character(character)) {
-            return false;
-        }
-        at += length;
-    }
-    return true;
+    return text::find_bad_character(text) == text.npos && text.find('\r') == text.npos;
 }
 
 Expected<Tree> parse_configuration(const ly_ctx *context, std::string text)
