@@ -111,11 +111,6 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
     return tree;
 }
 
-bool is_operational(const lysc_node *root)
-{
-    return std::strcmp(root->module->ns, ns::operational) == 0;
-}
-
 } // namespace
 
 bool is_xml_text(std::string_view text)
@@ -130,7 +125,7 @@ Expected<Tree> parse_configuration(const ly_ctx *context, std::string text)
 
 Expected<Tree> parse_state(const ly_ctx *context, std::string text)
 {
-    return parse(context, std::move(text), 0, is_operational);
+    return parse(context, std::move(text), 0, is_state);
 }
 
 Expected<std::string> print_configuration(const lyd_node *tree)

@@ -39,7 +39,7 @@ TEST_F(Store, IsForItsOwnerAlone)
 {
     const std::string directory = directory_ + "/made";
     {
-        auto store = Datastore::open(models(), directory, Access::write);
+        auto store = Datastore::open(setup(), directory, Access::write);
         ASSERT_TRUE(store) << store.error().text;
         const Node tree = policies({policy("P1", merge)});
         ASSERT_TRUE(store->edit(Trees(tree).root()));
@@ -55,7 +55,7 @@ TEST_F(Store, IsForItsOwnerAlone)
 TEST_F(Store, IsEmptyForAReaderWhereThereIsNone)
 {
     const std::string directory = directory_ + "/missing";
-    auto store = Datastore::open(models(), directory, Access::read);
+    auto store = Datastore::open(setup(), directory, Access::read);
     ASSERT_TRUE(store);
     TextSink sink;
     const Node filter = policies({});
@@ -70,10 +70,10 @@ TEST_F(Store, RefusesADirectoryThatIsNone)
 {
     prepare("<config/>");
     for (const Access access : {Access::read, Access::write}) {
-        const auto on_file = Datastore::open(models(), file(), access);
+        const auto on_file = Datastore::open(setup(), file(), access);
         ASSERT_FALSE(on_file);
         EXPECT_NE(on_file.error().text.find("not a directory"), std::string::npos) << on_file.error().text;
-        const auto below_file = Datastore::open(models(), file() + "/below", access);
+        const auto below_file = Datastore::open(setup(), file() + "/below", access);
         ASSERT_FALSE(below_file);
         EXPECT_NE(below_file.error().text.find(file() + "/below"), std::string::npos) << below_file.error().text;
     }
@@ -196,7 +196,7 @@ TEST_F(Store, LetsASecondWriterWaitNoLongerThanItWants)
     for (const int limit : {0, 1100}) {
         const auto start = std::chrono::steady_clock::now();
         const LockWait wait{std::chrono::milliseconds(limit), [&](const std::string &who) { notices.push_back(who); }};
-        const auto second = Datastore::open(models(), directory_, Access::write, wait);
+        const auto second = Datastore::open(setup(), directory_, Access::write, wait);
         ASSERT_FALSE(second);
         EXPECT_EQ(second.error().fault, Fault::busy);
         EXPECT_GE(std::chrono::steady_clock::now() - start, *wait.limit);
@@ -224,7 +224,7 @@ TEST_F(Store, TakesTheDirectoryThatItMadeAwayAgainWhenNoEditHasSucceeded)
         SCOPED_TRACE(test.title);
         std::filesystem::remove_all(made);
         {
-            auto store = Datastore::open(models(), made, Access::write);
+            auto store = Datastore::open(setup(), made, Access::write);
             ASSERT_TRUE(store);
             EXPECT_EQ(test.tree && store->edit(Trees(*test.tree).root()), test.tree == &nothing_to_do);
             if (test.other_file) {
@@ -247,7 +247,7 @@ TEST_F(Store, LosesNoEditToARefusedOneThatTakesTheDirectoryAway)
         std::vector<std::future<bool>> writers;
         for (const Node *tree : {&bad, &bad, &good, &bad}) {
             writers.push_back(std::async(std::launch::async, [&made, tree] {
-                auto store = Datastore::open(models(), made, Access::write);
+                auto store = Datastore::open(setup(), made, Access::write);
                 return store && store->edit(Trees(*tree).root());
             }));
         }

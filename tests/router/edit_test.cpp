@@ -280,7 +280,7 @@ TEST_F(Editing, KeepsAwayFromKeyChainsOfTheRouter)
     prepare(foreign_chain);
     const std::string before = content();
     for (const Operation operation : {merge, create, replace}) {
-        EXPECT_NE(error_of(chains({chain("ospf", operation, {key("01")})})).find("belongs to the router"),
+        EXPECT_NE(error_of(chains({chain("ospf", operation, {key("01")})})).find("it is the router's own"),
                   std::string::npos);
     }
     for (const Operation operation : {delete_, none}) {

@@ -4,8 +4,10 @@
 #include <array>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "native_store.h"
+#include "simulation/derive_state.h"
 
 namespace ocmap
 {
@@ -14,6 +16,22 @@ namespace
 
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
+
+// What OpenConfig sees of the router's lists: key chains of MACsec, and interfaces in use that have one. An edit may
+// take an interface into MACsec; a key chain of another protocol is none of its business.
+std::vector<router::Visibility> visible_lists()
+{
+    return {{.ns = router::ns::keychains,
+             .list = "/keychains/keychain",
+             .marker = "macsec-keychain",
+             .keys = {},
+             .refusal = "the key chain belongs to the router, and is not one of MACsec"},
+            {.ns = router::ns::interfaces,
+             .list = "/interface-configurations/interface-configuration",
+             .marker = "macsec/psk-key-chain",
+             .keys = {{"active", "act"}},
+             .refusal = ""}};
+}
 
 tqm::JsonType json_type(router::ValueForm form)
 {
@@ -41,39 +59,39 @@ Locations default_locations()
     return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal()};
 }
 
-Environment::Environment(router::Models models, tqm::Plugin plugin)
-    : models_(std::move(models)), plugin_(std::move(plugin))
+Environment::Environment(router::Setup native, tqm::Plugin plugin)
+    : native_(std::move(native)), plugin_(std::move(plugin))
 {
-    for (router::ListInfo &list : models_.lists()) {
+    for (router::ListInfo &list : models().lists()) {
         schema_.add_list(std::move(list.path), std::move(list.keys));
     }
-    for (router::ListInfo &leaf_list : models_.leaf_lists()) {
+    for (router::ListInfo &leaf_list : models().leaf_lists()) {
         schema_.add_leaf_list(std::move(leaf_list.path));
     }
-    for (router::ModuleInfo &module : models_.modules()) {
-        for (router::NodeInfo &node : models_.nodes(module.ns.c_str())) {
+    for (router::ModuleInfo &module : models().modules()) {
+        for (router::NodeInfo &node : models().nodes(module.ns.c_str())) {
             add_node(std::move(node));
         }
         schema_.add_module(std::move(module.name), std::move(module.ns), std::move(module.prefix));
     }
-    schema_.add_marker("/keychains/keychain", "/keychains/keychain/macsec-keychain");
-    schema_.add_marker("/interface-configurations/interface-configuration",
-                       "/interface-configurations/interface-configuration/macsec/psk-key-chain");
+    for (const router::Visibility &list : visible_lists()) {
+        schema_.add_marker(list.list, list.list + "/" + list.marker);
+    }
     // An end that is kept as a duration is told from the start.
     const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
     for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
         schema_.add_companion(lifetime + "life-time", lifetime + "start-" + part);
     }
-    for (router::LeafForm &leaf : models_.leaf_forms()) {
+    for (router::LeafForm &leaf : models().leaf_forms()) {
         schema_.add_json_type(std::move(leaf.path), json_type(leaf.form));
     }
-    for (std::string &path : models_.leaves()) {
+    for (std::string &path : models().leaves()) {
         schema_.add_leaf(std::move(path));
     }
-    for (std::string &path : models_.secrets()) {
+    for (std::string &path : models().secrets()) {
         schema_.add_secret(std::move(path));
     }
-    for (std::string &path : models_.containers()) {
+    for (std::string &path : models().containers()) {
         schema_.add_container(std::move(path));
     }
 }
@@ -103,7 +121,11 @@ tqm::Expected<Environment> Environment::load(const Locations &locations)
         return tl::unexpected(tqm::Error{"the plug-in has registered nothing: /pkg/yang/openconfig-macsec.yang is "
                                          "missing; 'sudo make model' installs it"});
     }
-    return Environment(std::move(*models), std::move(*plugin));
+    auto native = router::Setup::make(std::move(*models), visible_lists(), simulation::derive_state);
+    if (!native) {
+        return tl::unexpected(from_router(native.error()));
+    }
+    return Environment(std::move(*native), std::move(*plugin));
 }
 
 } // namespace ocmap
