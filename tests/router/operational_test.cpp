@@ -100,6 +100,9 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfWhatTheSourceMakes)
               prefixed + "<!-- </nc:data> --></nc:data><?pi </nc:data>?></nc:rpc-reply>\n<!--</nc:rpc-reply>-->",
           "<rpc-reply xmlns=" + base + " xmlns:o='urn:x'><data" + operational + ">" +
               std::regex_replace(prefixed, std::regex(">Q<"), "><![CDATA[Q]]><") + "</data></rpc-reply>",
+          "<rpc-reply xmlns=" + base + "><data>" + bare + "</data><!----></rpc-reply>",
+          "<data xmlns:unused='urn:a&amp;\"b'\n><!---->" +
+              std::regex_replace(bare, std::regex(">Q<"), "><?p i?>&#x51;<!-- c --><") + "</data\n>",
           std::string(R"({"ietf-netconf:rpc-reply": {"message-id": "1", "data": {
             "Tarvex-PRIVATE-oc-macsec-oper:oc-macsec": {"macsec": {"mka": {"policies": {"policy": [{"name": "Q",
             "state": {"macsec-cipher-suite": ["gcm-aes256", "gcm-aes128"]}}]}}}}}}})")}) {
@@ -112,7 +115,7 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfWhatTheSourceMakes)
                              "macsec-cipher-suite=gcm-aes128 } } } } } } ");
     }
     for (const std::string &wrong : std::vector<std::string>{
-             "", "<oc-macsec",  "<oc-macsec xmlns='urn:other'/>",
+             "", "<oc-macsec", "<data>text" + bare + "</data>", "<oc-macsec xmlns='urn:other'/>",
              "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>", "<data/><data/>",
              "<data/>text", "<!DOCTYPE data><data/>", "<data><o:oc-macsec/></data>", "<rpc-reply><ok/></rpc-reply>",
              "<rpc-reply><rpc-error/><data/></rpc-reply>", "<rpc-reply/>",
@@ -125,6 +128,25 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfWhatTheSourceMakes)
         EXPECT_TRUE(result.error().text.starts_with("the operational data are not valid: ")) << result.error().text;
     }
     EXPECT_EQ(content().find("gcm-aes256"), std::string::npos) << "state is not stored";
+}
+
+// Lines are those of the document, whatever was around its data and in its tags.
+TEST_F(Operational, FaultOfADocumentIsToldWithItsLine)
+{
+    const std::string open_tag = "<oc-macsec\n xmlns='http://tarvex.example/ns/yang/Tarvex-PRIVATE-oc-macsec-oper'>";
+    auto store = open();
+    for (const auto &[document, line] : std::vector<std::pair<std::string, std::string>>{
+             {open_tag + "\n<macsec><colour/></macsec></oc-macsec>", "number 3"},
+             {"<data\n><!--\n-->" + open_tag + "<macsec\n><mka\n></mka\n><colour/></macsec></oc-macsec></data>",
+              "number 7"},
+             {"<rpc-reply xmlns='a\nb'>\n<data>" + open_tag +
+                  "<?p\ni?><macsec><![CDATA[\n]]><colour/></macsec></oc-macsec></data></rpc-reply>",
+              "number 6"},
+             {"<data>\n\n<macsec>", "(line 3)"}}) {
+        const auto result = store->set_operational(document);
+        ASSERT_FALSE(result) << document;
+        EXPECT_NE(result.error().text.find(line), std::string::npos) << result.error().text;
+    }
 }
 
 } // namespace router::test
