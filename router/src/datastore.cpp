@@ -45,7 +45,7 @@ Expected<Tree> load(const Models &models, const StoreFile &file)
     }
     auto tree = parse_configuration(models.context(), std::move(**content));
     if (!tree) {
-        return tl::unexpected(Error{"the store " + file.path() + " is damaged: " + tree.error().text, ""});
+        return failure("the store " + file.path() + " is damaged: " + tree.error().text);
     }
     return tree;
 }
@@ -56,7 +56,7 @@ Expected<Tree> copy_of(const Tree &tree)
     lyd_node *copy = nullptr;
     if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
         watch.check();
-        return tl::unexpected(Error{"libyang cannot copy the configuration", ""});
+        return failure("libyang cannot copy the configuration");
     }
     Tree whole(copy);
     watch.check();
@@ -74,7 +74,7 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     tree.reset(validated);
     watch.check();
     if (code) {
-        return tl::unexpected(Error{document_fault(context), ""});
+        return failure(document_fault(context));
     }
     return {};
 }
@@ -185,7 +185,7 @@ Expected<const lyd_node *> Datastore::State::operational()
                            [&](const lyd_node *entry) { return setup.shown_entries().shown(entry); });
     watch.check();
     if (!derived_state) {
-        return tl::unexpected(Error{"libyang cannot make the operational data", ""});
+        return failure("libyang cannot make the operational data");
     }
     return derived_state.get();
 }
@@ -211,7 +211,7 @@ Expected<void> Datastore::set_operational(std::string_view document)
 {
     auto tree = parse_state(state_->setup.models().context(), std::string(document));
     if (!tree) {
-        return tl::unexpected(Error{"the operational data are not valid: " + tree.error().text, ""});
+        return failure("the operational data are not valid: " + tree.error().text);
     }
     state_->given_state = std::move(*tree);
     state_->state_is_given = true;

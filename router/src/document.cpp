@@ -22,31 +22,14 @@ namespace router
 namespace
 {
 
+constexpr const char *white_space = " \t\r\n";
 constexpr const char *envelope_open = "<config xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n";
 constexpr const char *envelope_close = "</config>\n";
 
-tl::unexpected<Error> fault(std::string text)
-{
-    return tl::unexpected(Error{std::move(text), ""});
-}
-
-bool is_space(char character)
-{
-    return std::string_view(" \t\r\n").find(character) != std::string_view::npos;
-}
-
-size_t skip_space(std::string_view text, size_t at)
-{
-    while (at < text.size() && is_space(text[at])) {
-        ++at;
-    }
-    return at;
-}
-
 bool is_json(std::string_view text)
 {
-    const size_t begin = skip_space(text, 0);
-    return begin < text.size() && text[begin] == '{';
+    const size_t begin = text.find_first_not_of(white_space);
+    return begin != text.npos && text[begin] == '{';
 }
 
 // Whether the text is one JSON value. What the parser says may quote a key: only the place is taken.
@@ -62,21 +45,21 @@ Expected<void> check_json(const std::string &text)
         place = " (line " + std::to_string(text::LineIndex(text).line_of(error.byte)) + ")";
     } catch (const Json::exception &) { // a number that is too large
     }
-    return fault("it is not one well-formed JSON object" + place);
+    return failure("it is not one well-formed JSON object" + place);
 }
 
 // The tree that the text holds, every root of which must please `belongs`.
 Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, bool (*belongs)(const lysc_node *))
 {
-    if (skip_space(text, 0) == text.size()) {
-        return fault("it is empty");
+    if (text.find_first_not_of(white_space) == text.npos) {
+        return failure("it is empty");
     }
     if (text.starts_with("\xef\xbb\xbf")) { // a byte order mark
         text.replace(0, 3, "   ");
     }
     const bool json = is_json(text);
     if (text.find('\0') != std::string::npos) { // which parsers take for the end
-        return fault("it is not well-formed: it holds a NUL");
+        return failure("it is not well-formed: it holds a NUL");
     }
     if (auto taken_off = json ? take_off_json_envelope(text) : take_off_envelope(text); !taken_off) {
         return tl::unexpected(taken_off.error());
@@ -100,12 +83,12 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
     }
     watch.check();
     if (code) {
-        return fault(document_fault(context));
+        return failure(document_fault(context));
     }
     for (const lyd_node *root = tree.get(); root; root = root->next) {
         if (!belongs(root->schema)) {
-            return fault(std::string("<") + LYD_NAME(root) + "> of " + root->schema->module->ns +
-                         " has no place in it");
+            return failure(std::string("<") + LYD_NAME(root) + "> of " + root->schema->module->ns +
+                           " has no place in it");
         }
     }
     return tree;
@@ -138,7 +121,7 @@ Expected<std::string> print_configuration(const lyd_node *tree)
         const Text text(printed);
         watch.check();
         if (code) {
-            return fault("libyang cannot print the configuration");
+            return failure("libyang cannot print the configuration");
         }
         document += text.get() ? text.get() : "";
     }

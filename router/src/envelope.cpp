@@ -1,6 +1,6 @@
-// See envelope.h.
 #include "envelope.h"
 
+#include "report.h"
 #include "text/line_index.h"
 
 #include <algorithm>
@@ -18,11 +18,6 @@ namespace router
 namespace
 {
 
-tl::unexpected<Error> fault(std::string text)
-{
-    return tl::unexpected(Error{std::move(text), ""});
-}
-
 std::string_view local_name(std::string_view name)
 {
     const size_t colon = name.find(':');
@@ -31,7 +26,7 @@ std::string_view local_name(std::string_view name)
 
 tl::unexpected<Error> no_data_in_reply(std::string_view holds)
 {
-    return fault("it is a reply that holds " + std::string(holds) + ", and no data");
+    return failure("it is a reply that holds " + std::string(holds) + ", and no data");
 }
 
 // White space, as it may stand between elements and says nothing.
@@ -66,7 +61,7 @@ Expected<std::vector<pugi::xml_node>> envelope_of(const pugi::xml_document &docu
         return {};
     }
     if (only_element(document) != first) {
-        return fault("it is not well-formed XML: there is something beside <" + std::string(first.name()) + ">");
+        return failure("it is not well-formed XML: there is something beside <" + std::string(first.name()) + ">");
     }
     if (name != "rpc-reply") {
         return std::vector{first};
@@ -80,7 +75,7 @@ Expected<std::vector<pugi::xml_node>> envelope_of(const pugi::xml_document &docu
             return no_data_in_reply("<" + std::string(child.name()) + ">");
         }
     }
-    return fault("it is a reply that does not hold <data> alone");
+    return failure("it is a reply that does not hold <data> alone");
 }
 
 size_t line_feeds(std::string_view text)
@@ -207,13 +202,13 @@ Expected<void> take_off_envelope(std::string &xml)
     const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size(), options, pugi::encoding_utf8);
     if (!parsed) {
         const size_t line = text::LineIndex(xml).line_of(static_cast<size_t>(parsed.offset));
-        return fault(parsed.status == pugi::status_out_of_memory
-                         ? "out of memory"
-                         : "it is not well-formed XML (line " + std::to_string(line) + ")");
+        return failure(parsed.status == pugi::status_out_of_memory
+                           ? "out of memory"
+                           : "it is not well-formed XML (line " + std::to_string(line) + ")");
     }
     for (const pugi::xml_node node : document.children()) {
         if (node.type() == pugi::node_doctype) {
-            return fault("a document type declaration is not allowed");
+            return failure("a document type declaration is not allowed");
         }
     }
     const auto envelope = envelope_of(document);
@@ -267,11 +262,11 @@ Expected<void> take_off_json_reply(std::string &json)
         if (local == "data") {
             data = &value;
         } else if (local != "message-id") {
-            return fault("it is a reply with the unknown member '" + name + "'");
+            return failure("it is a reply with the unknown member '" + name + "'");
         }
     }
     if (!data || !data->is_object()) {
-        return fault("it is a reply that holds no data");
+        return failure("it is a reply that holds no data");
     }
     json = data->dump(-1, ' ', false, Json::error_handler_t::replace);
     return {};

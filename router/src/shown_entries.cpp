@@ -1,4 +1,3 @@
-// See shown_entries.h.
 #include "shown_entries.h"
 
 #include "entries.h"

@@ -1,4 +1,3 @@
-// See characters.h.
 #include "text/characters.h"
 
 #include <array>

@@ -1,4 +1,3 @@
-// See line_index.h.
 #include "text/line_index.h"
 
 #include <algorithm>
