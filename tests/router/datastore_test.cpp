@@ -41,8 +41,7 @@ TEST_F(Store, IsForItsOwnerAlone)
     {
         auto store = Datastore::open(setup(), directory, Access::write);
         ASSERT_TRUE(store) << store.error().text;
-        const Node tree = policies({policy("P1", merge)});
-        ASSERT_TRUE(store->edit(Trees(tree).root()));
+        ASSERT_EQ(error_of(*store, policies({policy("P1", merge)})), "");
     }
     EXPECT_EQ(mode_of(directory), 0700U);
     EXPECT_EQ(mode_of(directory + "/native.xml"), 0600U);
@@ -57,13 +56,9 @@ TEST_F(Store, IsEmptyForAReaderWhereThereIsNone)
     const std::string directory = directory_ + "/missing";
     auto store = Datastore::open(setup(), directory, Access::read);
     ASSERT_TRUE(store);
-    TextSink sink;
-    const Node filter = policies({});
-    EXPECT_TRUE(store->read(*Trees(filter).root(), sink));
-    EXPECT_EQ(sink.text, "");
+    EXPECT_EQ(read(*store, policies({})), "");
     EXPECT_FALSE(std::filesystem::exists(directory));
-    const Node tree = policies({policy("P1", merge)});
-    EXPECT_FALSE(store->edit(Trees(tree).root()));
+    EXPECT_EQ(error_of(*store, policies({policy("P1", merge)})), "denied: : the store is open for reading");
 }
 
 TEST_F(Store, RefusesADirectoryThatIsNone)
@@ -85,14 +80,8 @@ TEST_F(Store, KeepsWhatItHadWhenTheFileCannotBeWritten)
     const std::string before = content();
     std::filesystem::create_directories(file() + ".tmp/occupied");
     auto store = open();
-    const Node tree = policies({policy("P2", merge)});
-    const auto result = store->edit(Trees(tree).root());
-    ASSERT_FALSE(result);
-    EXPECT_NE(result.error().text.find("cannot write"), std::string::npos) << result.error().text;
-    TextSink sink;
-    const Node filter = policies({});
-    ASSERT_TRUE(store->read(*Trees(filter).root(), sink));
-    EXPECT_EQ(sink.text, "macsec{policy-names{policy-name{name=P1 } } } ");
+    EXPECT_TRUE(error_of(*store, policies({policy("P2", merge)})).starts_with("failed: : cannot write "));
+    EXPECT_EQ(read(*store, policies({})), "macsec{policy-names{policy-name{name=P1 } } } ");
     EXPECT_EQ(content(), before);
 }
 
@@ -181,8 +170,7 @@ TEST_F(Store, MakesASecondWriterWait)
     ASSERT_TRUE(*first);
     auto second = std::async(std::launch::async, [this] { return error_of(policies({policy("P2", merge)})); });
     EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-    const Node tree = policies({policy("P1", merge)});
-    ASSERT_TRUE((*first)->edit(Trees(tree).root()));
+    ASSERT_EQ(error_of(**first, policies({policy("P1", merge)})), "");
     first.reset();
     EXPECT_EQ(second.get(), "");
     EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=P1 } policy-name{name=P2 } } } ");

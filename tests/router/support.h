@@ -192,23 +192,28 @@ protected:
     {
         return Datastore::open(setup_, directory_, access);
     }
-    // Through the file, so that what comes back has been stored.
-    Expected<void> edit(const Node &tree) const
+    // "" where the edit is done, or "exists: PATH: TEXT".
+    static std::string error_of(Datastore &store, const Node &tree)
     {
-        auto store = open();
-        return store ? store->edit(Trees(tree).root()) : tl::unexpected(store.error());
+        const auto done = store.edit(Trees(tree).root());
+        return done ? "" : fault_name(done.error().fault) + ": " + done.error().path + ": " + done.error().text;
     }
+    static std::string read(Datastore &store, const Node &filter)
+    {
+        TextSink sink;
+        const auto done = store.read(*Trees(filter).root(), sink);
+        return done ? sink.text : done.error().text;
+    }
+    // Through the file, so that what comes back has been stored.
     std::string error_of(const Node &tree) const
     {
-        const auto result = edit(tree);
-        return result ? "" : fault_name(result.error().fault) + ": " + result.error().path + ": " + result.error().text;
+        auto store = open();
+        return store ? error_of(*store, tree) : store.error().text;
     }
     std::string read(const Node &filter) const
     {
-        TextSink sink;
         auto store = open(Access::read);
-        const auto result = store ? store->read(*Trees(filter).root(), sink) : tl::unexpected(store.error());
-        return result ? sink.text : result.error().text;
+        return store ? read(*store, filter) : store.error().text;
     }
 
     router::Setup setup_; // the test framework has a Setup of its own
