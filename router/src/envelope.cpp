@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -200,11 +202,12 @@ Expected<void> take_off_envelope(std::string &xml)
     constexpr unsigned int options =
         pugi::parse_fragment | pugi::parse_cdata | pugi::parse_ws_pcdata | pugi::parse_doctype;
     const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size(), options, pugi::encoding_utf8);
+    if (parsed.status == pugi::status_out_of_memory) {
+        throw std::bad_alloc();
+    }
     if (!parsed) {
         const size_t line = text::LineIndex(xml).line_of(static_cast<size_t>(parsed.offset));
-        return failure(parsed.status == pugi::status_out_of_memory
-                           ? "out of memory"
-                           : "it is not well-formed XML (line " + std::to_string(line) + ")");
+        return failure("it is not well-formed XML (line " + std::to_string(line) + ")");
     }
     for (const pugi::xml_node node : document.children()) {
         if (node.type() == pugi::node_doctype) {
