@@ -7,7 +7,6 @@
 #include "envelope.h"
 #include "memory.h"
 #include "report.h"
-#include "router/models.h"
 #include "text/characters.h"
 #include "text/line_index.h"
 
