@@ -5,6 +5,7 @@
 namespace router
 {
 
+// NOLINTNEXTLINE(readability-identifier-naming): the language has the word itself
 enum class Operation { none, merge, replace, create, delete_, remove };
 
 // One node. In an edit operations are those of RFC 6241, section 7.2, and:
