@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <initializer_list>
 #include <optional>
@@ -187,8 +186,7 @@ void add_policy(Writer &out, lyd_node *policies, const lyd_node *policy)
     out.leaf_at_place(state, "confidentiality-offset", number(policy, "conf-offset"));
     out.leaf(state, "delay-protection", boolean(value(policy, "delay-protection")));
     out.leaf(state, "include-icv-indicator", boolean(value(policy, "include-icv-indicator")));
-    out.leaf(state, "sak-rekey-interval",
-             seconds || !minutes ? seconds : std::to_string(*minutes * seconds_a_minute).c_str());
+    out.leaf(state, "sak-rekey-interval", minutes ? std::to_string(*minutes * seconds_a_minute).c_str() : seconds);
     out.leaf_at_place(state, "macsec-cipher-suite", number(policy, "cipher-suite"));
 }
 
@@ -232,16 +230,12 @@ std::optional<std::tm> later(std::tm date, long seconds)
     return localtime_r(&end, &date) ? std::optional(date) : std::nullopt;
 }
 
+// A key's end is a duration from its start, a date or, where it is neither, none: the model admits one of them.
 void add_end(Writer &out, lyd_node *state, const lyd_node *lifetime, const std::optional<std::tm> &start)
 {
-    const char *infinite = value(lifetime, "infinite-flag");
     const long duration = number(lifetime, "life-time").value_or(0); // 0 counts as not set
-    const bool has_end = !infinite || std::strcmp(infinite, "true") != 0;
-    const bool follows = has_end && duration != 0 && start;
-    const std::optional<std::tm> end = follows   ? later(*start, duration)
-                                       : has_end ? date_of(lifetime, "end")
-                                                 : std::nullopt;
-    const std::optional<std::string> text = date_text(end);
+    const bool follows = duration != 0 && start;
+    const std::optional<std::string> text = date_text(follows ? later(*start, duration) : date_of(lifetime, "end"));
     if (text || !follows) { // an end that no date can tell is not told
         out.leaf(state, "expiration-date-time", text ? text->c_str() : nullptr);
     }

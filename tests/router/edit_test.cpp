@@ -141,6 +141,7 @@ TEST_F(Editing, RefusesAValueByNamingPlaceValueAndRule)
         {policies({policy("P", merge, {leaf("cipher-suite", merge)})}), {"cipher-suite", "no value", "gcm-aes-128"}},
         {chains({chain("K", merge, {key("xyz")})}), {"key-id", "'xyz'", "[0-9a-fA-F]*"}},
         {policies({policy("a\x01z", merge)}), {"policy-name/name", "XML"}},
+        {policies({policy("a\rz", merge)}), {"policy-name/name", "XML"}},
         {policies({policy("P", merge, {leaf("colour", "red")})}), {"unknown node", "policy-name[name='P']/colour"}},
         {in(ns::operational, at("oc-macsec", merge, {})), {"not supported", "/oc-macsec"}},
     };

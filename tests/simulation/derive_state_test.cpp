@@ -42,6 +42,27 @@ std::vector<Node> with(std::vector<Node> leaves, std::vector<Node> more)
 
 } // namespace
 
+// Where both are seen, one interface that is configured in two forms is one all the same.
+TEST(DerivedStateOfAll, NamesAnInterfaceOnce)
+{
+    auto setup = Setup::make(models(), {}, simulation::derive_state);
+    ASSERT_TRUE(setup);
+    std::string directory = ::testing::TempDir() + "simulationXXXXXX";
+    ASSERT_NE(mkdtemp(directory.data()), nullptr);
+    std::ofstream(directory + "/native.xml")
+        << "<interface-configurations xmlns='http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg'>"
+           "<interface-configuration><active>act</active><interface-name>E</interface-name></interface-configuration>"
+           "<interface-configuration><active>pre</active><interface-name>E</interface-name></interface-configuration>"
+           "</interface-configurations>";
+    auto store = Datastore::open(*setup, directory, Access::read);
+    std::filesystem::remove_all(directory);
+    ASSERT_TRUE(store) << store.error().text;
+    TextSink sink;
+    const Node filter = state("interfaces", {at("interface", {at("name", {})})});
+    ASSERT_TRUE(store->read(*Trees(filter).root(), sink));
+    EXPECT_EQ(sink.text, "oc-macsec{macsec{interfaces{interface{name=E } } } } ");
+}
+
 // The models with their values are the router's; what is shown of them here is all there is.
 class DerivedState : public StoreTest
 {
