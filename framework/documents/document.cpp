@@ -15,6 +15,8 @@
 #include "documents/json_reader.h"
 #include "documents/wrapper_reader.h"
 #include "documents/xml_text.h"
+#include "text/characters.h"
+#include "text/line_index.h"
 #include "tqm_map.h"
 #include "trees/arena.h"
 
@@ -23,28 +25,6 @@ namespace tqm
 
 namespace
 {
-
-/// Offsets of the line ends. The parser works in place, so they must be known before it runs.
-class LineIndex
-{
-public:
-    explicit LineIndex(std::string_view text)
-    {
-        for (std::size_t at = text.find('\n'); at != std::string_view::npos; at = text.find('\n', at + 1)) {
-            ends_.push_back(at);
-        }
-    }
-    std::string place_of(std::size_t offset) const
-    {
-        const auto next = std::ranges::lower_bound(ends_, offset);
-        const std::size_t line_start = next == ends_.begin() ? 0 : *(next - 1) + 1;
-        return "line " + std::to_string(next - ends_.begin() + 1) + ", column " +
-               std::to_string(offset - line_start + 1);
-    }
-
-private:
-    std::vector<std::size_t> ends_;
-};
 
 std::shared_ptr<char[]> allocate(std::size_t size)
 {
@@ -153,8 +133,8 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<DocumentContent> conte
     if (!is_declared_utf8(text)) {
         return malformed("the request is no UTF-8 text");
     }
-    const LineIndex lines(text);
-    if (const std::size_t bad = find_bad_character(text); bad != std::string_view::npos) {
+    const text::LineIndex lines(text);
+    if (const std::size_t bad = text::find_bad_character(text); bad != std::string_view::npos) {
         return malformed("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
     }
     if (is_json(text)) {

@@ -11,7 +11,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "documents/xml_text.h"
+#include "text/characters.h"
+#include "text/line_index.h"
 
 namespace tqm
 {
@@ -260,7 +261,7 @@ private:
         if (!leaf) {
             return false;
         }
-        if (find_bad_character(text) != text.npos) {
+        if (text::find_bad_character(text) != text.npos) {
             return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
         }
         if (!text.empty()) {
@@ -348,7 +349,7 @@ private:
             return fail("unknown annotation '" + level.member + "': only " + operation + " is known");
         }
         // An empty text would be taken for none, and one with other characters end early.
-        if (text.empty() || find_bad_character(text) != text.npos) {
+        if (text.empty() || text::find_bad_character(text) != text.npos) {
             return fail("operation '" + text + "' is none of merge, replace, create, delete and remove");
         }
         annotation().operations.back() = text;
@@ -436,14 +437,6 @@ private:
     std::optional<std::size_t> syntax_error_;
 };
 
-std::string place_of(std::string_view text, std::size_t offset)
-{
-    const std::string_view before = text.substr(0, std::min(offset, text.size()));
-    const std::size_t line_start = before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
-    return "line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", column " +
-           std::to_string(before.size() - line_start + 1);
-}
-
 } // namespace
 
 bool is_json(std::string_view text)
@@ -465,7 +458,8 @@ Expected<void> read_json(std::string_view text, DocumentContent &content)
         const std::size_t read_to = static_cast<std::size_t>(read - text.data());
         error.error_tag = ErrorTag::malformed_message;
         error.type = ErrorType::rpc;
-        error.text += " at " + place_of(text, handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1));
+        const std::size_t offset = handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1);
+        error.text += " at " + text::LineIndex(text).place_of(std::min(offset, text.size()));
         return tl::unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {

@@ -5,29 +5,15 @@
 #include <cctype>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <string>
+
+#include "text/characters.h"
 
 namespace tqm
 {
 
 namespace
 {
-
-bool is_control(unsigned char byte)
-{
-    return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r';
-}
-
-/// True for eight bytes of ASCII none of which can be a control character.
-bool is_plain(const char *text)
-{
-    constexpr uint64_t high = 0x8080808080808080u;
-    constexpr uint64_t blanks = 0x2020202020202020u;
-    uint64_t word;
-    std::memcpy(&word, text, 8);
-    return ((word | (word - blanks)) & high) == 0;
-}
 
 /// Whether `name`, what stands between "&" and ";", refers to a character that XML allows.
 bool is_good_reference(std::string_view name)
@@ -42,51 +28,10 @@ bool is_good_reference(std::string_view name)
     if (error != std::errc() || end != name.data() + name.size()) {
         return false;
     }
-    return code == 0x9 || code == 0xa || code == 0xd || (code >= 0x20 && code <= 0xd7ff) ||
-           (code >= 0xe000 && code <= 0xfffd) || (code >= 0x10000 && code <= 0x10ffff);
+    return text::is_xml_character(code);
 }
 
 } // namespace
-
-std::size_t find_bad_character(std::string_view text)
-{
-    const auto continues = [&](std::size_t at) {
-        return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xc0u) == 0x80u;
-    };
-    for (std::size_t at = 0; at < text.size();) {
-        if (at + 8 <= text.size() && is_plain(text.data() + at)) {
-            at += 8;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(text[at]);
-        const std::size_t length = is_control(byte) ? 0
-                                   : byte < 0x80    ? 1
-                                   : byte < 0xc2    ? 0
-                                   : byte < 0xe0    ? 2
-                                   : byte < 0xf0    ? 3
-                                   : byte < 0xf5    ? 4
-                                                    : 0;
-        bool good = length != 0;
-        for (std::size_t i = 1; good && i < length; ++i) {
-            good = continues(at + i);
-        }
-        if (good && length == 3) {
-            const auto second = static_cast<unsigned char>(text[at + 1]);
-            const bool is_noncharacter =
-                byte == 0xef && second == 0xbf && static_cast<unsigned char>(text[at + 2]) >= 0xbe;
-            good = !(byte == 0xe0 && second < 0xa0) && !(byte == 0xed && second >= 0xa0) && !is_noncharacter;
-        }
-        if (good && length == 4) {
-            const auto second = static_cast<unsigned char>(text[at + 1]);
-            good = !(byte == 0xf0 && second < 0x90) && !(byte == 0xf4 && second >= 0x90);
-        }
-        if (!good) {
-            return at;
-        }
-        at += length;
-    }
-    return std::string_view::npos;
-}
 
 bool is_declared_utf8(std::string_view text)
 {

@@ -1,13 +1,10 @@
-// What a text must be before it is parsed: UTF-8 of characters that XML has, and no reference to others.
+// What a text must be before it is parsed beside characters of XML: declared as such, without references to others.
 #pragma once
 
 #include <string_view>
 
 namespace tqm
 {
-
-/// Offset of the first byte that begins no character of XML (XML 1.0, section 2.2) in UTF-8; npos if there is none.
-std::size_t find_bad_character(std::string_view text);
 
 /// Messages are UTF-8 (RFC 6241, section 3): false for a document that begins as another encoding or declares one.
 bool is_declared_utf8(std::string_view text);

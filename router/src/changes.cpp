@@ -1,4 +1,4 @@
-// See changes.h. Both trees are walked side by side, each node found in the other by libyang's hash.
+// Both trees are walked side by side, each node found in the other by libyang's hash.
 #include "changes.h"
 
 #include "report.h"

@@ -6,30 +6,29 @@
 #include "document.h"
 #include "edit.h"
 #include "entries.h"
-#include "operational.h"
 #include "read.h"
 #include "report.h"
 #include "router/memory.h"
 #include "store_file.h"
 #include "tree.h"
 
-#include <cstring>
 #include <optional>
 #include <utility>
 
 namespace router
 {
 
-// The trees stand behind the models, and so are gone before them.
+// The trees stand behind the setup with its models, and so are gone before them.
 struct Datastore::State {
-    Models models;
+    Setup setup;
     Access access;
     std::optional<StoreFile> file; // none: in memory alone
-    Visibility visibility;
     Tree configuration;
     Tree given_state;   // null: state follows from the configuration
     Tree derived_state; // null: to be derived when it is asked for
     bool state_is_given = false;
+
+    Expected<const lyd_node *> operational();
 };
 
 namespace
@@ -46,7 +45,7 @@ Expected<Tree> load(const Models &models, const StoreFile &file)
     }
     auto tree = parse_configuration(models.context(), std::move(**content));
     if (!tree) {
-        return tl::unexpected(Error{"the store " + file.path() + " is damaged: " + tree.error().text, ""});
+        return failure("the store " + file.path() + " is damaged: " + tree.error().text);
     }
     return tree;
 }
@@ -57,7 +56,7 @@ Expected<Tree> copy_of(const Tree &tree)
     lyd_node *copy = nullptr;
     if (tree && lyd_dup_siblings(tree.get(), nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_FLAGS, &copy)) {
         watch.check();
-        return tl::unexpected(Error{"libyang cannot copy the configuration", ""});
+        return failure("libyang cannot copy the configuration");
     }
     Tree whole(copy);
     watch.check();
@@ -75,21 +74,20 @@ Expected<void> validate(const ly_ctx *context, Tree &tree)
     tree.reset(validated);
     watch.check();
     if (code) {
-        return tl::unexpected(Error{document_fault(context), ""});
+        return failure(document_fault(context));
     }
     return {};
 }
 
 // The configuration after an edit; nothing where it stays as it is.
-Expected<std::optional<Tree>> applied(const Models &models, const Visibility &visibility, const Tree &configuration,
-                                      const EditNode *trees)
+Expected<std::optional<Tree>> applied(const Setup &setup, const Tree &configuration, const EditNode *trees)
 {
     auto copy = copy_of(configuration);
     if (!copy) {
         return tl::unexpected(copy.error());
     }
-    const ly_ctx *context = models.context();
-    Editor editor(context, visibility, *copy);
+    const ly_ctx *context = setup.models().context();
+    Editor editor(context, setup.shown_entries(), *copy);
     const MemoryWatch watch;
     auto done = editor.apply(trees);
     watch.check();
@@ -107,33 +105,35 @@ Expected<std::optional<Tree>> applied(const Models &models, const Visibility &vi
 
 } // namespace
 
+void FreeAll::operator()(lyd_node *node) const
+{
+    lyd_free_all(node);
+}
+
 Datastore::Datastore(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
 Datastore::Datastore(Datastore &&) noexcept = default;
 Datastore &Datastore::operator=(Datastore &&) noexcept = default;
 Datastore::~Datastore() = default;
 
-Expected<Datastore> Datastore::open(const Models &models, const std::string &directory, Access access,
+Expected<Datastore> Datastore::open(const Setup &setup, const std::string &directory, Access access,
                                     const LockWait &wait)
 {
     auto file = StoreFile::open(directory, access, wait);
     if (!file) {
         return tl::unexpected(file.error());
     }
-    auto configuration = load(models, *file);
+    auto configuration = load(setup.models(), *file);
     if (!configuration) {
         return tl::unexpected(configuration.error());
     }
-    const Visibility visibility(models.context());
-    return Datastore(std::make_unique<State>(
-        State{models, access, std::move(*file), visibility, std::move(*configuration), nullptr, nullptr}));
+    return Datastore(
+        std::make_unique<State>(State{setup, access, std::move(*file), std::move(*configuration), nullptr, nullptr}));
 }
 
-Datastore Datastore::in_memory(const Models &models)
+Datastore Datastore::in_memory(const Setup &setup)
 {
-    const Visibility visibility(models.context());
-    return Datastore(
-        std::make_unique<State>(State{models, Access::read, std::nullopt, visibility, nullptr, nullptr, nullptr}));
+    return Datastore(std::make_unique<State>(State{setup, Access::read, std::nullopt, nullptr, nullptr, nullptr}));
 }
 
 Expected<void> Datastore::edit(const EditNode *trees)
@@ -141,7 +141,7 @@ Expected<void> Datastore::edit(const EditNode *trees)
     if (state_->access != Access::write || !state_->file) {
         return refuse(Fault::denied, "", "the store is open for reading");
     }
-    auto after = applied(state_->models, state_->visibility, state_->configuration, trees);
+    auto after = applied(state_->setup, state_->configuration, trees);
     if (!after) {
         return tl::unexpected(after.error());
     }
@@ -162,7 +162,7 @@ Expected<void> Datastore::edit(const EditNode *trees)
 
 Expected<std::vector<Change>> Datastore::preview(const EditNode *trees) const
 {
-    auto after = applied(state_->models, state_->visibility, state_->configuration, trees);
+    auto after = applied(state_->setup, state_->configuration, trees);
     if (!after) {
         return tl::unexpected(after.error());
     }
@@ -173,32 +173,45 @@ Expected<std::vector<Change>> Datastore::preview(const EditNode *trees) const
     return changes;
 }
 
-Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
+// The first node of the operational data; null if there are none.
+Expected<const lyd_node *> Datastore::State::operational()
 {
-    const ly_ctx *context = state_->models.context();
-    const lyd_node *top = state_->configuration.get();
-    if (filter.ns && std::strcmp(filter.ns, ns::operational) == 0) {
-        if (!state_->state_is_given && !state_->derived_state) {
-            const MemoryWatch watch;
-            state_->derived_state = derive_state(context, state_->visibility, top);
-            watch.check();
-        }
-        top = state_->state_is_given ? state_->given_state.get() : state_->derived_state.get();
-        if (!top && !state_->state_is_given) {
-            return tl::unexpected(Error{"libyang cannot make the operational data", ""});
-        }
+    const OperationalSource &source = setup.source();
+    if (state_is_given || derived_state || !source) {
+        return state_is_given ? given_state.get() : derived_state.get();
     }
     const MemoryWatch watch;
-    Reader(context, state_->visibility, sink).read(filter, top);
+    derived_state = source(setup.models().context(), configuration.get(),
+                           [&](const lyd_node *entry) { return setup.shown_entries().shown(entry); });
+    watch.check();
+    if (!derived_state) {
+        return failure("libyang cannot make the operational data");
+    }
+    return derived_state.get();
+}
+
+Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
+{
+    const ly_ctx *context = state_->setup.models().context();
+    const lysc_node *root = find_schema(context, nullptr, filter);
+    Expected<const lyd_node *> top = state_->configuration.get();
+    if (root && is_state(root)) {
+        top = state_->operational();
+    }
+    if (!top) {
+        return tl::unexpected(top.error());
+    }
+    const MemoryWatch watch;
+    Reader(context, state_->setup.shown_entries(), sink).read(filter, *top);
     watch.check();
     return {};
 }
 
 Expected<void> Datastore::set_operational(std::string_view document)
 {
-    auto tree = parse_state(state_->models.context(), std::string(document));
+    auto tree = parse_state(state_->setup.models().context(), std::string(document));
     if (!tree) {
-        return tl::unexpected(Error{"the operational data are not valid: " + tree.error().text, ""});
+        return failure("the operational data are not valid: " + tree.error().text);
     }
     state_->given_state = std::move(*tree);
     state_->state_is_given = true;

@@ -66,7 +66,7 @@ inline bool write_all(int fd, std::string_view content)
 // The error that errno says.
 inline tl::unexpected<Error> system_error(const std::string &what, const std::string &path)
 {
-    return tl::unexpected(Error{"cannot " + what + " " + path + ": " + std::strerror(errno), ""});
+    return tl::unexpected(Error{"cannot " + what + " " + path + ": " + std::strerror(errno)});
 }
 
 } // namespace router

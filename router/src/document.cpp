@@ -8,8 +8,9 @@
 #include "report.h"
 #include "router/memory.h"
 #include "router/models.h"
+#include "text/characters.h"
+#include "text/line_index.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -21,31 +22,14 @@ namespace router
 namespace
 {
 
+constexpr const char *white_space = " \t\r\n";
 constexpr const char *envelope_open = "<config xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n";
 constexpr const char *envelope_close = "</config>\n";
 
-tl::unexpected<Error> fault(std::string text)
-{
-    return tl::unexpected(Error{std::move(text), ""});
-}
-
-bool is_space(char character)
-{
-    return std::string_view(" \t\r\n").find(character) != std::string_view::npos;
-}
-
-size_t skip_space(std::string_view text, size_t at)
-{
-    while (at < text.size() && is_space(text[at])) {
-        ++at;
-    }
-    return at;
-}
-
 bool is_json(std::string_view text)
 {
-    const size_t begin = skip_space(text, 0);
-    return begin < text.size() && text[begin] == '{';
+    const size_t begin = text.find_first_not_of(white_space);
+    return begin != text.npos && text[begin] == '{';
 }
 
 // Whether the text is one JSON value. What the parser says may quote a key: only the place is taken.
@@ -58,25 +42,24 @@ Expected<void> check_json(const std::string &text)
         [[maybe_unused]] const Json nothing = Json::parse(text, keep_nothing);
         return {};
     } catch (const Json::parse_error &error) {
-        const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
-        place = " (line " + std::to_string(std::count(text.begin(), end, '\n') + 1) + ")";
+        place = " (line " + std::to_string(text::LineIndex(text).line_of(error.byte)) + ")";
     } catch (const Json::exception &) { // a number that is too large
     }
-    return fault("it is not one well-formed JSON object" + place);
+    return failure("it is not one well-formed JSON object" + place);
 }
 
 // The tree that the text holds, every root of which must please `belongs`.
 Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, bool (*belongs)(const lysc_node *))
 {
-    if (skip_space(text, 0) == text.size()) {
-        return fault("it is empty");
+    if (text.find_first_not_of(white_space) == text.npos) {
+        return failure("it is empty");
     }
     if (text.starts_with("\xef\xbb\xbf")) { // a byte order mark
         text.replace(0, 3, "   ");
     }
     const bool json = is_json(text);
     if (text.find('\0') != std::string::npos) { // which parsers take for the end
-        return fault("it is not well-formed: it holds a NUL");
+        return failure("it is not well-formed: it holds a NUL");
     }
     if (auto taken_off = json ? take_off_json_envelope(text) : take_off_envelope(text); !taken_off) {
         return tl::unexpected(taken_off.error());
@@ -100,69 +83,22 @@ Expected<Tree> parse(const ly_ctx *context, std::string text, uint32_t options, 
     }
     watch.check();
     if (code) {
-        return fault(document_fault(context));
+        return failure(document_fault(context));
     }
     for (const lyd_node *root = tree.get(); root; root = root->next) {
         if (!belongs(root->schema)) {
-            return fault(std::string("<") + LYD_NAME(root) + "> of " + root->schema->module->ns +
-                         " has no place in it");
+            return failure(std::string("<") + LYD_NAME(root) + "> of " + root->schema->module->ns +
+                           " has no place in it");
         }
     }
     return tree;
 }
 
-bool is_operational(const lysc_node *root)
-{
-    return std::strcmp(root->module->ns, ns::operational) == 0;
-}
-
-// Length of the UTF-8 sequence that a byte begins; 0 if it begins none.
-size_t sequence_length(unsigned char first)
-{
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xc2 && first < 0xe0) {
-        return 2;
-    }
-    if (first >= 0xe0 && first < 0xf0) {
-        return 3;
-    }
-    return first >= 0xf0 && first < 0xf5 ? 4 : 0;
-}
-
-// A carriage return is a character of XML, but a reader may turn it into a line feed.
-bool is_xml_character(uint32_t character)
-{
-    return character == '\t' || character == '\n' || (character >= 0x20 && character < 0xd800) ||
-           (character >= 0xe000 && character < 0xfffe) || (character >= 0x10000 && character < 0x110000);
-}
-
 } // namespace
 
-bool is_xml_text(const char *text)
+bool is_xml_text(std::string_view text)
 {
-    static constexpr uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-
-    const auto *at = reinterpret_cast<const unsigned char *>(text);
-    while (*at) {
-        const size_t length = sequence_length(*at);
-        uint32_t character = length > 1 ? *at & (0x7fU >> length) : *at;
-        if (length == 0) {
-            return false;
-        }
-        for (size_t i = 1; i < length; ++i) {
-            if ((at[i] & 0xc0U) != 0x80U) {
-                return false;
-            }
-            character = (character << 6U) | (at[i] & 0x3fU);
-        }
-        if (character < smallest[length] || !is_xml_character(character)) {
-            return false;
-        }
-        at += length;
-    }
-    return true;
+    return text::find_bad_character(text) == text.npos && text.find('\r') == text.npos;
 }
 
 Expected<Tree> parse_configuration(const ly_ctx *context, std::string text)
@@ -172,7 +108,7 @@ Expected<Tree> parse_configuration(const ly_ctx *context, std::string text)
 
 Expected<Tree> parse_state(const ly_ctx *context, std::string text)
 {
-    return parse(context, std::move(text), 0, is_operational);
+    return parse(context, std::move(text), 0, is_state);
 }
 
 Expected<std::string> print_configuration(const lyd_node *tree)
@@ -185,7 +121,7 @@ Expected<std::string> print_configuration(const lyd_node *tree)
         const Text text(printed);
         watch.check();
         if (code) {
-            return fault("libyang cannot print the configuration");
+            return failure("libyang cannot print the configuration");
         }
         document += text.get() ? text.get() : "";
     }

@@ -10,8 +10,9 @@
 namespace router
 {
 
-// Whether the text is UTF-8 of characters that an XML document can hold and gives back as they were.
-bool is_xml_text(const char *text);
+// Whether the text is UTF-8 of characters that an XML document can hold and gives back as they were. A carriage return
+// is one of XML, but a reader may turn it into a line feed.
+bool is_xml_text(std::string_view text);
 
 // The configuration in a store's document: native nodes alone, in <config> or <data>, in an <rpc-reply>, or bare. The
 // error's text is what is wrong, without the name of the file.

@@ -1,4 +1,3 @@
-// See earlier_forms.h.
 #include "earlier_forms.h"
 
 #include <cstring>

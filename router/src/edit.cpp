@@ -250,8 +250,8 @@ Expected<void> Editor::apply_list(const EditNode &node, const EditNode *siblings
 Expected<void> Editor::apply_entry(const EditNode &node, Place &parent, const lysc_node *schema, const Keys &keys)
 {
     lyd_node *found = finder_.find(parent.node, schema, keys);
-    const bool shown = found && visibility_.shown(found);
-    const bool foreign_chain = found && !shown && visibility_.is_key_chain(schema);
+    const bool shown = found && shown_entries_.shown(found);
+    const std::string *refusal = found && !shown ? shown_entries_.refusal(schema) : nullptr;
     const auto path = [&] { return path_of_child(&parent, step_of_entry(schema, keys)); };
 
     if (takes_away(node.operation)) {
@@ -262,14 +262,13 @@ Expected<void> Editor::apply_entry(const EditNode &node, Place &parent, const ly
         }
         return {};
     }
-    if (node.operation == Operation::none && (!found || foreign_chain)) {
+    if (node.operation == Operation::none && (!found || refusal)) {
         return only_removes(context_, node, schema)
                    ? Expected<void>()
                    : refuse(Fault::missing, path(), "there is no such entry", node.origin);
     }
-    if (foreign_chain) {
-        return refuse(Fault::denied, path(), "the key chain belongs to the router, and is not one of MACsec",
-                      node.origin);
+    if (refusal) {
+        return refuse(Fault::denied, path(), *refusal, node.origin);
     }
     if (node.operation == Operation::create && found) {
         return refuse(Fault::exists, path(), "the entry is there already", node.origin);
@@ -291,9 +290,9 @@ Expected<void> Editor::apply_entries(const EditNode &node, const EditNode *sibli
     if (node.operation == Operation::create) {
         return refuse(Fault::missing_key, path(), "an entry is made with all its keys", node.origin);
     }
-    const std::vector<lyd_node *> entries = matching_entries(parent.node, schema, keys, visibility_, finder_);
+    const std::vector<lyd_node *> entries = matching_entries(parent.node, schema, keys, shown_entries_, finder_);
     if (takes_away(node.operation) || only_removes(context_, node, schema)) {
-        const auto shown = [&](const lyd_node *entry) { return visibility_.shown(entry); };
+        const auto shown = [&](const lyd_node *entry) { return shown_entries_.shown(entry); };
         if (node.operation == Operation::delete_ && std::none_of(entries.begin(), entries.end(), shown)) {
             return refuse(Fault::missing, path(), nothing_to_delete, node.origin);
         }
@@ -442,8 +441,8 @@ void Editor::sweep_container(const EditNode &removal, const lysc_node *schema, l
 void Editor::sweep_entries(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named)
 {
     const Named &kept = named_entries(named, schema);
-    for (lyd_node *entry : matching_entries(data, schema, keys_of(schema, removal), visibility_, finder_)) {
-        if (!visibility_.shown(entry)) {
+    for (lyd_node *entry : matching_entries(data, schema, keys_of(schema, removal), shown_entries_, finder_)) {
+        if (!shown_entries_.shown(entry)) {
             continue;
         }
         const auto found = kept.empty() ? kept.end() : kept.find(text_of_keys(entry));

@@ -18,8 +18,8 @@ class Editor
 {
 public:
     // Works on `tree`, which the caller throws away if an edit fails.
-    Editor(const ly_ctx *context, const Visibility &visibility, Tree &tree)
-        : context_(context), visibility_(visibility), tree_(tree)
+    Editor(const ly_ctx *context, const ShownEntries &shown_entries, Tree &tree)
+        : context_(context), shown_entries_(shown_entries), tree_(tree)
     {
     }
 
@@ -66,7 +66,7 @@ private:
     bool remove_other_cases(lyd_node *parent, const lysc_node *schema);
 
     const ly_ctx *context_;
-    const Visibility &visibility_;
+    const ShownEntries &shown_entries_;
     Tree &tree_;
     EntryFinder finder_;
     bool changed_ = false;

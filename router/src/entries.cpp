@@ -31,14 +31,6 @@ const lysc_node *find_by_name(const lysc_node *parent, const lysc_module *module
     return nullptr;
 }
 
-// The first key of an interface that is there; those of hardware that is still to come have another.
-constexpr const char *interface_in_use = "act";
-
-const lysc_node *schema_at(const ly_ctx *context, const char *path)
-{
-    return lys_find_path(context, nullptr, path, 0);
-}
-
 bool holds_partial_lists(const lysc_node *node)
 {
     if (node->nodetype == LYS_LIST && lysc_node_child(node)->next && lysc_is_key(lysc_node_child(node)->next)) {
@@ -125,6 +117,11 @@ bool is_native_configuration(const lysc_node *node)
            same(uri, ns::interface_macsec);
 }
 
+bool is_state(const lysc_node *node)
+{
+    return (node->flags & LYS_CONFIG_R) != 0;
+}
+
 lyd_node *find_single(const lyd_node *parent, const lyd_node *top, const lysc_node *schema)
 {
     lyd_node *match = nullptr;
@@ -162,46 +159,6 @@ lyd_node *new_entry(lyd_node *parent, const lysc_node *list, const Keys &keys)
     // libyang takes as many of the values as the list has keys.
     lyd_new_list(parent, list->module, list->name, 0, &entry, keys.values[0], keys.values[1]);
     return entry;
-}
-
-Visibility::Visibility(const ly_ctx *context)
-    : key_chain_(schema_at(context, "/Tarvex-lib-keychain-cfg:keychains/keychain")),
-      macsec_keychain_(schema_at(context, "/Tarvex-lib-keychain-cfg:keychains/keychain/macsec-keychain")),
-      interface_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration")),
-      interface_macsec_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration/"
-                                           "Tarvex-crypto-macsec-mka-if-cfg:macsec")),
-      psk_key_chain_(schema_at(context, "/Tarvex-ifmgr-cfg:interface-configurations/interface-configuration/"
-                                        "Tarvex-crypto-macsec-mka-if-cfg:macsec/psk-key-chain"))
-{
-}
-
-bool Visibility::shown(const lyd_node *entry) const
-{
-    if (entry->schema == key_chain_) {
-        return find_single(entry, nullptr, macsec_keychain_) != nullptr;
-    }
-    if (entry->schema == interface_) {
-        const lyd_node *macsec = find_single(entry, nullptr, interface_macsec_);
-        return std::strcmp(lyd_get_value(lyd_child(entry)), interface_in_use) == 0 && macsec &&
-               find_single(macsec, nullptr, psk_key_chain_);
-    }
-    return true;
-}
-
-const EditNode *Visibility::marker(const lysc_node *list) const
-{
-    // Names no node: with it below, a container comes alone.
-    static constexpr EditNode nothing{.name = ""};
-    static constexpr EditNode macsec_keychain{.ns = ns::keychains, .name = "macsec-keychain", .first_child = &nothing};
-    static constexpr EditNode psk_key_chain{
-        .ns = ns::interface_macsec, .name = "psk-key-chain", .first_child = &nothing};
-    static constexpr EditNode interface_macsec{
-        .ns = ns::interface_macsec, .name = "macsec", .first_child = &psk_key_chain};
-
-    if (list == key_chain_) {
-        return &macsec_keychain;
-    }
-    return list == interface_ ? &interface_macsec : nullptr;
 }
 
 lyd_node *EntryFinder::find(const lyd_node *parent, const lysc_node *list, const Keys &keys)
@@ -268,7 +225,7 @@ void EntryFinder::removing(lyd_node *node)
 }
 
 std::vector<lyd_node *> matching_entries(const lyd_node *parent, const lysc_node *list, const Keys &keys,
-                                         const Visibility &visibility, EntryFinder &finder)
+                                         const ShownEntries &shown_entries, EntryFinder &finder)
 {
     if (!parent) {
         return {};
@@ -278,7 +235,7 @@ std::vector<lyd_node *> matching_entries(const lyd_node *parent, const lysc_node
     }
     std::vector<lyd_node *> entries;
     for_each_entry(parent, list, [&](lyd_node *entry) {
-        if (visibility.shown(entry)) {
+        if (shown_entries.shown(entry)) {
             entries.push_back(entry);
         }
     });

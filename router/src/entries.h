@@ -1,8 +1,9 @@
-// Which data an edit or a filter means: schema nodes by name, list entries by all, some or none of their keys, and
-// which entries are OpenConfig's to see. Search by keys is by hash throughout.
+// Which data an edit or a filter means: schema nodes by name, list entries by all, some or none of their keys. Search
+// by keys is by hash throughout.
 #pragma once
 
 #include "router/edit_node.h"
+#include "shown_entries.h"
 #include "tree.h"
 
 #include <array>
@@ -20,6 +21,9 @@ const lysc_node *find_schema(const ly_ctx *context, const lysc_node *parent, con
 
 // Whether the node is of a module whose data are configuration of the router.
 bool is_native_configuration(const lysc_node *node);
+
+// Whether the node is of a module whose data are state of the router.
+bool is_state(const lysc_node *node);
 
 // Instance of a container or leaf among the children of `parent`, or among `top` if that is null. Null if there is
 // none, or only the empty container that libyang supposes everywhere.
@@ -44,30 +48,6 @@ std::string text_of_keys(const lyd_node *entry);
 // Adds an entry, with all keys, below `parent`; null if libyang refuses.
 lyd_node *new_entry(lyd_node *parent, const lysc_node *list, const Keys &keys);
 
-// Which entries OpenConfig shows. All, but for key chains that are not MACsec's, and interfaces that are not in use or
-// have no key chain.
-class Visibility
-{
-public:
-    explicit Visibility(const ly_ctx *context);
-
-    bool shown(const lyd_node *entry) const;
-    bool is_key_chain(const lysc_node *list) const { return list == key_chain_; }
-    bool is_interface(const lysc_node *list) const { return list == interface_; }
-    const lysc_node *macsec_keychain() const { return macsec_keychain_; }
-
-    // The node that makes a shown entry one, as a filter that fetches as little else as can be; null where every
-    // entry is shown.
-    const EditNode *marker(const lysc_node *list) const;
-
-private:
-    const lysc_node *key_chain_;
-    const lysc_node *macsec_keychain_;
-    const lysc_node *interface_;
-    const lysc_node *interface_macsec_;
-    const lysc_node *psk_key_chain_;
-};
-
 // Finds entries by all or some of their keys, of any number of lists, in constant time each. Whoever adds or takes away
 // entries of the tree meanwhile says so.
 class EntryFinder
@@ -91,6 +71,6 @@ private:
 
 // Entries below `parent` that agree with the keys, where those are not all: with none, the ones that are shown.
 std::vector<lyd_node *> matching_entries(const lyd_node *parent, const lysc_node *list, const Keys &keys,
-                                         const Visibility &visibility, EntryFinder &finder);
+                                         const ShownEntries &shown_entries, EntryFinder &finder);
 
 } // namespace router

@@ -1,8 +1,12 @@
-// See envelope.h. pugixml tells where in the text its nodes begin; of end tags it is known what can stand behind them.
 #include "envelope.h"
+
+#include "report.h"
+#include "text/line_index.h"
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,18 +20,6 @@ namespace router
 namespace
 {
 
-tl::unexpected<Error> fault(std::string text)
-{
-    return tl::unexpected(Error{std::move(text), ""});
-}
-
-void blank(std::string &text, size_t begin, size_t end)
-{
-    for (size_t at = begin; at < end; ++at) {
-        text[at] = text[at] == '\n' ? '\n' : ' ';
-    }
-}
-
 std::string_view local_name(std::string_view name)
 {
     const size_t colon = name.find(':');
@@ -36,38 +28,21 @@ std::string_view local_name(std::string_view name)
 
 tl::unexpected<Error> no_data_in_reply(std::string_view holds)
 {
-    return fault("it is a reply that holds " + std::string(holds) + ", and no data");
+    return failure("it is a reply that holds " + std::string(holds) + ", and no data");
 }
 
-size_t offset_of(pugi::xml_node node)
+// White space, as it may stand between elements and says nothing.
+bool is_blank(pugi::xml_node node)
 {
-    return static_cast<size_t>(node.offset_debug());
+    return node.type() == pugi::node_pcdata && std::strspn(node.value(), " \t\r\n") == std::strlen(node.value());
 }
 
-// Behind the ">" of the element's start tag.
-size_t end_of_start_tag(const std::string &text, pugi::xml_node element)
-{
-    char quote = '\0';
-    size_t at = offset_of(element);
-    for (; at < text.size() && (quote || text[at] != '>'); ++at) {
-        if (quote ? text[at] == quote : text[at] == '"' || text[at] == '\'') {
-            quote = quote ? '\0' : text[at];
-        }
-    }
-    return at + 1;
-}
-
-bool is_misc(pugi::xml_node node)
-{
-    return node.type() == pugi::node_comment || node.type() == pugi::node_pi || node.type() == pugi::node_declaration;
-}
-
-// The one element among the siblings, beside which there are only comments and processing instructions.
+// The one element among the children, beside which there is nothing.
 pugi::xml_node only_element(pugi::xml_node parent)
 {
     pugi::xml_node found;
     for (pugi::xml_node node : parent.children()) {
-        if (is_misc(node)) {
+        if (is_blank(node)) {
             continue;
         }
         if (found || node.type() != pugi::node_element) {
@@ -76,13 +51,6 @@ pugi::xml_node only_element(pugi::xml_node parent)
         found = node;
     }
     return found;
-}
-
-// Where the end tag of `element` begins, which `bound` is behind.
-size_t start_of_end_tag(const std::string &text, pugi::xml_node element, size_t bound)
-{
-    const pugi::xml_node next = element.next_sibling();
-    return text.rfind("</", (next ? offset_of(next) : bound) - 1);
 }
 
 // The elements around the data, outermost first; none if the document is bare.
@@ -95,7 +63,7 @@ Expected<std::vector<pugi::xml_node>> envelope_of(const pugi::xml_document &docu
         return {};
     }
     if (only_element(document) != first) {
-        return fault("it is not well-formed XML: there is something beside <" + std::string(first.name()) + ">");
+        return failure("it is not well-formed XML: there is something beside <" + std::string(first.name()) + ">");
     }
     if (name != "rpc-reply") {
         return std::vector{first};
@@ -109,85 +77,148 @@ Expected<std::vector<pugi::xml_node>> envelope_of(const pugi::xml_document &docu
             return no_data_in_reply("<" + std::string(child.name()) + ">");
         }
     }
-    return fault("it is a reply that does not hold <data> alone");
+    return failure("it is a reply that does not hold <data> alone");
 }
 
-// Declarations of the envelope as attributes, where `element` and the inner elements do not make them anew.
-std::string declarations_for(pugi::xml_node element, const std::vector<pugi::xml_node> &envelope)
+size_t line_feeds(std::string_view text)
 {
-    std::string text;
-    std::vector<std::string_view> declared;
-    for (const pugi::xml_attribute attribute : element.attributes()) {
-        declared.emplace_back(attribute.name());
+    return static_cast<size_t>(std::ranges::count(text, '\n'));
+}
+
+// Writes what an envelope holds as it was read: names, values and references are not looked at. Each node stands in the
+// line that it was in; comments and processing instructions are gone.
+class ContentWriter
+{
+public:
+    ContentWriter(std::string_view source, const std::vector<pugi::xml_node> &envelope)
+        : source_(source), envelope_(envelope)
+    {
+        text_.reserve(source.size());
     }
-    for (auto around = envelope.rbegin(); around != envelope.rend(); ++around) {
-        for (const pugi::xml_attribute attribute : around->attributes()) {
-            const std::string_view name = attribute.name();
-            const bool declares = name == "xmlns" || name.starts_with("xmlns:");
-            if (!declares || std::find(declared.begin(), declared.end(), name) != declared.end()) {
+
+    // However deep the content is, this takes no more of the stack.
+    std::string write(pugi::xml_node parent)
+    {
+        pugi::xml_node node = parent.first_child();
+        while (node) {
+            begin(node, node.parent() == parent);
+            if (node.first_child()) {
+                node = node.first_child();
                 continue;
             }
-            declared.push_back(name);
-            const char quote = std::strchr(attribute.value(), '"') ? '\'' : '"';
-            text.append(" ").append(name).append("=").append(1, quote).append(attribute.value()).append(1, quote);
+            while (node && !node.next_sibling()) {
+                node = node.parent() == parent ? pugi::xml_node() : node.parent();
+                end(node);
+            }
+            node = node.next_sibling();
+        }
+        return std::move(text_.append(std::exchange(tag_end_, "")));
+    }
+
+private:
+    void begin(pugi::xml_node node, bool is_outermost)
+    {
+        // A tag takes up the lines up to the next node: in it white space means nothing.
+        if (const auto offset = static_cast<size_t>(node.offset_debug()); offset < source_.size()) {
+            source_line_ += line_feeds(source_.substr(offset_, offset - offset_));
+            offset_ = offset;
+            for (; line_ < source_line_; ++line_) {
+                text_ += '\n';
+            }
+        }
+        text_ += std::exchange(tag_end_, "");
+        if (node.type() == pugi::node_element) {
+            text_.append("<").append(node.name());
+            for (const pugi::xml_attribute attribute : node.attributes()) {
+                add_attribute(attribute);
+            }
+            if (is_outermost) {
+                add_declarations(node);
+            }
+            tag_end_ = node.first_child() ? ">" : "/>";
+            return;
+        }
+        const bool is_section = node.type() == pugi::node_cdata;
+        text_.append(is_section ? "<![CDATA[" : "");
+        add_value(node.value());
+        text_.append(is_section ? "]]>" : "");
+    }
+
+    void end(pugi::xml_node element)
+    {
+        if (element) {
+            text_.append(std::exchange(tag_end_, "")).append("</").append(element.name());
+            tag_end_ = ">";
         }
     }
-    return text;
-}
+
+    void add_value(std::string_view value)
+    {
+        text_ += value;
+        line_ += line_feeds(value);
+    }
+
+    void add_attribute(pugi::xml_attribute attribute)
+    {
+        const char *quote = std::strchr(attribute.value(), '"') ? "'" : "\"";
+        text_.append(" ").append(attribute.name()).append("=").append(quote);
+        add_value(attribute.value());
+        text_ += quote;
+    }
+
+    // Declarations of the envelope, where `element` and the inner elements do not make them anew.
+    void add_declarations(pugi::xml_node element)
+    {
+        std::vector<std::string_view> declared;
+        for (const pugi::xml_attribute attribute : element.attributes()) {
+            declared.emplace_back(attribute.name());
+        }
+        for (auto around = envelope_.rbegin(); around != envelope_.rend(); ++around) {
+            for (const pugi::xml_attribute attribute : around->attributes()) {
+                const std::string_view name = attribute.name();
+                const bool declares = name == "xmlns" || name.starts_with("xmlns:");
+                if (declares && std::ranges::find(declared, name) == declared.end()) {
+                    declared.push_back(name);
+                    add_attribute(attribute);
+                }
+            }
+        }
+    }
+
+    std::string_view source_;
+    const std::vector<pugi::xml_node> &envelope_;
+    size_t offset_ = 0;      // of the last node in the source
+    size_t source_line_ = 0; // that it stands in
+    std::string text_;
+    size_t line_ = 0;          // that the text has come to
+    const char *tag_end_ = ""; // of the tag that it ends with
+};
 
 } // namespace
 
 Expected<void> take_off_envelope(std::string &xml)
 {
     pugi::xml_document document;
-    constexpr unsigned int options = pugi::parse_fragment | pugi::parse_cdata | pugi::parse_comments | pugi::parse_pi |
-                                     pugi::parse_declaration | pugi::parse_doctype;
+    constexpr unsigned int options =
+        pugi::parse_fragment | pugi::parse_cdata | pugi::parse_ws_pcdata | pugi::parse_doctype;
     const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size(), options, pugi::encoding_utf8);
+    if (parsed.status == pugi::status_out_of_memory) {
+        throw std::bad_alloc();
+    }
     if (!parsed) {
-        const auto end = xml.begin() + std::min<std::ptrdiff_t>(parsed.offset, std::ssize(xml));
-        const auto line = std::count(xml.begin(), end, '\n') + 1;
-        return fault(parsed.status == pugi::status_out_of_memory
-                         ? "out of memory"
-                         : "it is not well-formed XML (line " + std::to_string(line) + ")");
+        const size_t line = text::LineIndex(xml).line_of(static_cast<size_t>(parsed.offset));
+        return failure("it is not well-formed XML (line " + std::to_string(line) + ")");
     }
     for (const pugi::xml_node node : document.children()) {
         if (node.type() == pugi::node_doctype) {
-            return fault("a document type declaration is not allowed");
+            return failure("a document type declaration is not allowed");
         }
     }
     const auto envelope = envelope_of(document);
     if (!envelope) {
         return tl::unexpected(envelope.error());
     }
-    if (envelope->empty()) {
-        return {};
-    }
-    const size_t begin = end_of_start_tag(xml, envelope->back());
-    size_t end = xml.size();
-    if (xml[begin - 2] == '/') {
-        end = begin;
-    } else {
-        for (const pugi::xml_node element : *envelope) {
-            end = start_of_end_tag(xml, element, end);
-        }
-    }
-    blank(xml, 0, begin);
-    blank(xml, end, xml.size());
-    std::string text;
-    size_t copied = 0;
-    for (const pugi::xml_node child : envelope->back().children()) {
-        if (child.type() != pugi::node_element) {
-            continue;
-        }
-        if (const std::string declarations = declarations_for(child, *envelope); !declarations.empty()) {
-            const size_t name_end = offset_of(child) + std::strlen(child.name());
-            text.append(xml, copied, name_end - copied).append(declarations);
-            copied = name_end;
-        }
-    }
-    if (copied != 0) {
-        xml = text.append(xml, copied);
-    }
+    xml = ContentWriter(xml, *envelope).write(envelope->empty() ? document : envelope->back());
     return {};
 }
 
@@ -195,6 +226,13 @@ Expected<void> take_off_envelope(std::string &xml)
 
 namespace
 {
+
+void blank(std::string &text, size_t begin, size_t end)
+{
+    for (size_t at = begin; at < end; ++at) {
+        text[at] = text[at] == '\n' ? '\n' : ' ';
+    }
+}
 
 size_t skip_space(std::string_view text, size_t at)
 {
@@ -227,11 +265,11 @@ Expected<void> take_off_json_reply(std::string &json)
         if (local == "data") {
             data = &value;
         } else if (local != "message-id") {
-            return fault("it is a reply with the unknown member '" + name + "'");
+            return failure("it is a reply with the unknown member '" + name + "'");
         }
     }
     if (!data || !data->is_object()) {
-        return fault("it is a reply that holds no data");
+        return failure("it is a reply that holds no data");
     }
     json = data->dump(-1, ' ', false, Json::error_handler_t::replace);
     return {};

@@ -88,8 +88,8 @@ private:
     std::unordered_map<const lyd_node *, size_t> place_of_;
 };
 
-Reader::Reader(const ly_ctx *context, const Visibility &visibility, Sink &sink)
-    : context_(context), visibility_(visibility), sink_(sink)
+Reader::Reader(const ly_ctx *context, const ShownEntries &shown_entries, Sink &sink)
+    : context_(context), shown_entries_(shown_entries), sink_(sink)
 {
 }
 
@@ -121,7 +121,7 @@ void Reader::add(const EditNode &filter, const lysc_node *schema, Choice &choice
 const Reader::Choice *Reader::marker(const lysc_node *list)
 {
     const auto [place, is_new] = markers_.try_emplace(list);
-    const EditNode *filter = is_new ? visibility_.marker(list) : nullptr;
+    const EditNode *filter = is_new ? shown_entries_.marker(list) : nullptr;
     if (filter) {
         const EditNode entry{.name = list->name, .first_child = filter};
         place->second = std::make_unique<Choice>();
@@ -145,7 +145,7 @@ void Reader::walk(const lyd_node *node, const Choices &choices)
 
 void Reader::walk_all(const lyd_node *node)
 {
-    if (node->flags & LYD_DEFAULT || !visibility_.shown(node)) {
+    if (node->flags & LYD_DEFAULT || !shown_entries_.shown(node)) {
         return;
     }
     if (node->schema->nodetype & LYD_NODE_TERM) {
@@ -208,7 +208,7 @@ bool Reader::select_by_entry(const Choice &choice, const lysc_node *list, const 
         }
     }
     for (const lyd_node *entry : entries) {
-        const ChosenChild *chosen = visibility_.shown(entry) ? choice.choosing(entry) : nullptr;
+        const ChosenChild *chosen = shown_entries_.shown(entry) ? choice.choosing(entry) : nullptr;
         if (chosen) {
             selection.add(entry, chosen->choice.get());
         }
@@ -240,13 +240,13 @@ void Reader::select(const ChosenChild &chosen, const lyd_node *parent, Selection
     }
     if (chosen.keys.all()) {
         const lyd_node *entry = finder_.find(parent, schema, chosen.keys);
-        if (entry && visibility_.shown(entry)) {
+        if (entry && shown_entries_.shown(entry)) {
             selection.add(entry, chosen.choice.get());
         }
         return;
     }
-    for (const lyd_node *entry : matching_entries(parent, schema, chosen.keys, visibility_, finder_)) {
-        if (visibility_.shown(entry)) {
+    for (const lyd_node *entry : matching_entries(parent, schema, chosen.keys, shown_entries_, finder_)) {
+        if (shown_entries_.shown(entry)) {
             selection.add(entry, chosen.choice.get());
         }
     }

@@ -15,7 +15,7 @@ namespace router
 class Reader
 {
 public:
-    Reader(const ly_ctx *context, const Visibility &visibility, Sink &sink);
+    Reader(const ly_ctx *context, const ShownEntries &shown_entries, Sink &sink);
     ~Reader();
 
     // `top` is the first of the top-level nodes, or null.
@@ -44,7 +44,7 @@ private:
     void flush();
 
     const ly_ctx *context_;
-    const Visibility &visibility_;
+    const ShownEntries &shown_entries_;
     Sink &sink_;
     EntryFinder finder_;
     std::unordered_map<const lysc_node *, std::unique_ptr<Choice>> markers_; // null where there is none

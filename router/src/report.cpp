@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace router
 {
@@ -194,6 +195,11 @@ std::string path_of(const lyd_node *node)
 tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, const void *origin)
 {
     return tl::unexpected(Error{std::move(reason), std::move(path), fault, origin});
+}
+
+tl::unexpected<Error> failure(std::string reason)
+{
+    return refuse(Fault::failed, "", std::move(reason));
 }
 
 bool is_secret(const lysc_node *node)

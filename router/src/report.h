@@ -17,6 +17,9 @@ std::string path_of(const lyd_node *node);
 // `origin` is that of the node of an edit that is to blame.
 tl::unexpected<Error> refuse(Fault fault, std::string path, std::string reason, const void *origin = nullptr);
 
+// Where no one node is to blame.
+tl::unexpected<Error> failure(std::string reason);
+
 // Whether the model marks the node as a secret: a leaf that holds key text.
 bool is_secret(const lysc_node *node);
 

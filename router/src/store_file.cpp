@@ -1,4 +1,3 @@
-// See store_file.h.
 #include "store_file.h"
 
 #include <fcntl.h>
@@ -20,7 +19,7 @@ Expected<std::string> read_all(int fd, const std::string &path)
         return system_error("read", path);
     }
     if (!S_ISREG(status.st_mode)) {
-        return tl::unexpected(Error{"cannot read " + path + ": not a regular file", ""});
+        return tl::unexpected(Error{"cannot read " + path + ": not a regular file"});
     }
     std::string content(static_cast<size_t>(status.st_size) + 1, '\0');
     size_t length = 0;
@@ -47,7 +46,7 @@ Expected<void> require_directory(const std::string &directory)
         return system_error("use the store", directory);
     }
     if (!S_ISDIR(status.st_mode)) {
-        return tl::unexpected(Error{"the store " + directory + " is not a directory", ""});
+        return tl::unexpected(Error{"the store " + directory + " is not a directory"});
     }
     return {};
 }

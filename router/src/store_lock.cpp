@@ -145,7 +145,7 @@ Expected<StoreLock> StoreLock::take(const std::string &directory, const LockWait
             if (errno == ENOENT && !is_symbolic_link(directory)) {
                 continue; // the directory has gone with another's refused edit
             }
-            return errno == ENOTDIR ? tl::unexpected(Error{"the store " + directory + " is not a directory", ""})
+            return errno == ENOTDIR ? tl::unexpected(Error{"the store " + directory + " is not a directory"})
                                     : system_error("lock the store with", path);
         }
         if (auto locked = lock(file.get(), path, patience); !locked) {

@@ -1,6 +1,8 @@
 // Ownership at libyang's boundary: whoever holds one of these frees it.
 #pragma once
 
+#include "router/tree.h"
+
 #include <libyang/libyang.h>
 
 #include <cstdlib>
@@ -9,9 +11,6 @@
 namespace router
 {
 
-struct FreeAll {
-    void operator()(lyd_node *node) const { lyd_free_all(node); }
-};
 struct FreeTree {
     void operator()(lyd_node *node) const { lyd_free_tree(node); }
 };
@@ -19,8 +18,6 @@ struct Free {
     void operator()(void *memory) const { std::free(memory); }
 };
 
-// A whole data tree, held by any of its top-level nodes.
-using Tree = std::unique_ptr<lyd_node, FreeAll>;
 // One node that is linked nowhere, with all below it.
 using Detached = std::unique_ptr<lyd_node, FreeTree>;
 

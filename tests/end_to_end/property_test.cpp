@@ -191,7 +191,7 @@ protected:
     std::string fault(const std::vector<test::Edit> &edits)
     {
         std::ofstream(store_file(), std::ios::trunc) << native_data;
-        auto store = router::Datastore::open(environment_->models(), directory_, router::Access::write);
+        auto store = router::Datastore::open(environment_->native(), directory_, router::Access::write);
         if (!store) {
             return store.error().text;
         }

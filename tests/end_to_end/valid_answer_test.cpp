@@ -186,7 +186,7 @@ protected:
 
     router::Datastore open() const
     {
-        auto store = router::Datastore::open(environment->models(), directory_, router::Access::write);
+        auto store = router::Datastore::open(environment->native(), directory_, router::Access::write);
         EXPECT_TRUE(store) << store.error().text;
         return std::move(*store);
     }

@@ -39,10 +39,9 @@ TEST_F(Store, IsForItsOwnerAlone)
 {
     const std::string directory = directory_ + "/made";
     {
-        auto store = Datastore::open(models(), directory, Access::write);
+        auto store = Datastore::open(setup(), directory, Access::write);
         ASSERT_TRUE(store) << store.error().text;
-        const Node tree = policies({policy("P1", merge)});
-        ASSERT_TRUE(store->edit(Trees(tree).root()));
+        ASSERT_EQ(error_of(*store, policies({policy("P1", merge)})), "");
     }
     EXPECT_EQ(mode_of(directory), 0700U);
     EXPECT_EQ(mode_of(directory + "/native.xml"), 0600U);
@@ -55,25 +54,21 @@ TEST_F(Store, IsForItsOwnerAlone)
 TEST_F(Store, IsEmptyForAReaderWhereThereIsNone)
 {
     const std::string directory = directory_ + "/missing";
-    auto store = Datastore::open(models(), directory, Access::read);
+    auto store = Datastore::open(setup(), directory, Access::read);
     ASSERT_TRUE(store);
-    TextSink sink;
-    const Node filter = policies({});
-    EXPECT_TRUE(store->read(*Trees(filter).root(), sink));
-    EXPECT_EQ(sink.text, "");
+    EXPECT_EQ(read(*store, policies({})), "");
     EXPECT_FALSE(std::filesystem::exists(directory));
-    const Node tree = policies({policy("P1", merge)});
-    EXPECT_FALSE(store->edit(Trees(tree).root()));
+    EXPECT_EQ(error_of(*store, policies({policy("P1", merge)})), "denied: : the store is open for reading");
 }
 
 TEST_F(Store, RefusesADirectoryThatIsNone)
 {
     prepare("<config/>");
     for (const Access access : {Access::read, Access::write}) {
-        const auto on_file = Datastore::open(models(), file(), access);
+        const auto on_file = Datastore::open(setup(), file(), access);
         ASSERT_FALSE(on_file);
         EXPECT_NE(on_file.error().text.find("not a directory"), std::string::npos) << on_file.error().text;
-        const auto below_file = Datastore::open(models(), file() + "/below", access);
+        const auto below_file = Datastore::open(setup(), file() + "/below", access);
         ASSERT_FALSE(below_file);
         EXPECT_NE(below_file.error().text.find(file() + "/below"), std::string::npos) << below_file.error().text;
     }
@@ -85,14 +80,8 @@ TEST_F(Store, KeepsWhatItHadWhenTheFileCannotBeWritten)
     const std::string before = content();
     std::filesystem::create_directories(file() + ".tmp/occupied");
     auto store = open();
-    const Node tree = policies({policy("P2", merge)});
-    const auto result = store->edit(Trees(tree).root());
-    ASSERT_FALSE(result);
-    EXPECT_NE(result.error().text.find("cannot write"), std::string::npos) << result.error().text;
-    TextSink sink;
-    const Node filter = policies({});
-    ASSERT_TRUE(store->read(*Trees(filter).root(), sink));
-    EXPECT_EQ(sink.text, "macsec{policy-names{policy-name{name=P1 } } } ");
+    EXPECT_TRUE(error_of(*store, policies({policy("P2", merge)})).starts_with("failed: : cannot write "));
+    EXPECT_EQ(read(*store, policies({})), "macsec{policy-names{policy-name{name=P1 } } } ");
     EXPECT_EQ(content(), before);
 }
 
@@ -181,8 +170,7 @@ TEST_F(Store, MakesASecondWriterWait)
     ASSERT_TRUE(*first);
     auto second = std::async(std::launch::async, [this] { return error_of(policies({policy("P2", merge)})); });
     EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-    const Node tree = policies({policy("P1", merge)});
-    ASSERT_TRUE((*first)->edit(Trees(tree).root()));
+    ASSERT_EQ(error_of(**first, policies({policy("P1", merge)})), "");
     first.reset();
     EXPECT_EQ(second.get(), "");
     EXPECT_EQ(read(policies({})), "macsec{policy-names{policy-name{name=P1 } policy-name{name=P2 } } } ");
@@ -196,7 +184,7 @@ TEST_F(Store, LetsASecondWriterWaitNoLongerThanItWants)
     for (const int limit : {0, 1100}) {
         const auto start = std::chrono::steady_clock::now();
         const LockWait wait{std::chrono::milliseconds(limit), [&](const std::string &who) { notices.push_back(who); }};
-        const auto second = Datastore::open(models(), directory_, Access::write, wait);
+        const auto second = Datastore::open(setup(), directory_, Access::write, wait);
         ASSERT_FALSE(second);
         EXPECT_EQ(second.error().fault, Fault::busy);
         EXPECT_GE(std::chrono::steady_clock::now() - start, *wait.limit);
@@ -224,7 +212,7 @@ TEST_F(Store, TakesTheDirectoryThatItMadeAwayAgainWhenNoEditHasSucceeded)
         SCOPED_TRACE(test.title);
         std::filesystem::remove_all(made);
         {
-            auto store = Datastore::open(models(), made, Access::write);
+            auto store = Datastore::open(setup(), made, Access::write);
             ASSERT_TRUE(store);
             EXPECT_EQ(test.tree && store->edit(Trees(*test.tree).root()), test.tree == &nothing_to_do);
             if (test.other_file) {
@@ -247,7 +235,7 @@ TEST_F(Store, LosesNoEditToARefusedOneThatTakesTheDirectoryAway)
         std::vector<std::future<bool>> writers;
         for (const Node *tree : {&bad, &bad, &good, &bad}) {
             writers.push_back(std::async(std::launch::async, [&made, tree] {
-                auto store = Datastore::open(models(), made, Access::write);
+                auto store = Datastore::open(setup(), made, Access::write);
                 return store && store->edit(Trees(*tree).root());
             }));
         }

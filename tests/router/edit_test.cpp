@@ -42,18 +42,6 @@ class Editing : public StoreTest
 {
 };
 
-TEST_F(Editing, MakesAPolicyWithAllItsLeaves)
-{
-    ASSERT_EQ(error_of(policies(
-                  {policy("P1", merge,
-                          {leaf("created", ""), leaf("cipher-suite", "gcm-aes-xpn-256"), leaf("delay-protection", ""),
-                           leaf("include-icv-indicator", "false"), leaf("sak-rekey-interval-sec", "60", none)})})),
-              "");
-    EXPECT_EQ(read(all_policies()), "macsec{policy-names{policy-name{name=P1 created= delay-protection= "
-                                    "sak-rekey-interval-sec=60 cipher-suite=gcm-aes-xpn-256 "
-                                    "include-icv-indicator=false } } } ");
-}
-
 TEST_F(Editing, AppliesEachOperationToWhatIsThereAndWhatIsNot)
 {
     const struct {
@@ -94,37 +82,44 @@ TEST_F(Editing, AppliesEachOperationToWhatIsThereAndWhatIsNot)
         {"delete that a later entry takes back",
          policies({policy("P1", delete_), policy("P1", merge, {leaf("key-server-priority", "1")})}), "",
          "policy-name{name=P1 key-server-priority=1 } "},
+        {"an entry with all kinds of leaves",
+         policies(
+             {policy("P1", remove),
+              policy("P2", merge,
+                     {leaf("created", ""), leaf("cipher-suite", "gcm-aes-xpn-256"), leaf("delay-protection", merge),
+                      leaf("include-icv-indicator", "false"), leaf("sak-rekey-interval-sec", "60", none)})}),
+         "",
+         "policy-name{name=P2 created= delay-protection= sak-rekey-interval-sec=60 cipher-suite=gcm-aes-xpn-256 "
+         "include-icv-indicator=false } "},
+        {"an entry without keys, for all that are there",
+         policies({policy("P2", merge), at("policy-name", merge, {leaf("key-server-priority", "1")})}), "",
+         "policy-name{name=P1 key-server-priority=1 conf-offset=conf-off-set-30 } policy-name{name=P2 "
+         "key-server-priority=1 } "},
+        {"delete of all entries", policies({at("policy-name", delete_, {})}), "", ""},
+        {"create without keys", policies({at("policy-name", create, {})}),
+         "missing key: /macsec/policy-names/policy-name", ""},
+        {"a fault in the last node",
+         policies({policy("P1", delete_), policy("P2", merge, {leaf("conf-offset", "none")})}),
+         "bad value: /macsec/policy-names/policy-name[name='P2']/conf-offset", ""},
         {"a leaf without value and operation", policies({policy("P1", none, {leaf("conf-offset", none)})}), "",
          "policy-name{name=P1 key-server-priority=5 conf-offset=conf-off-set-30 } "},
     };
     for (const auto &test : cases) {
         SCOPED_TRACE(test.title);
         std::filesystem::remove(file());
-        ASSERT_EQ(error_of(policies({policy(
-                      "P1", merge, {leaf("key-server-priority", "5"), leaf("conf-offset", "conf-off-set-30")})})),
-                  "");
-        const std::string before = content();
-        const std::string error = error_of(test.tree);
+        auto store = open();
+        ASSERT_EQ(
+            error_of(*store,
+                     policies({policy("P1", merge,
+                                      {leaf("key-server-priority", "5"), leaf("conf-offset", "conf-off-set-30")})})),
+            "");
+        const std::string before = read(*store, all_policies());
+        const std::string error = error_of(*store, test.tree);
         EXPECT_TRUE(error.starts_with(test.error) && error.empty() == test.error.empty()) << error;
-        if (test.error.empty()) {
-            EXPECT_EQ(read(all_policies()), test.after.empty() ? "" : "macsec{policy-names{" + test.after + "} } ");
-        } else {
-            EXPECT_EQ(content(), before);
-        }
+        const std::string after = test.after.empty() ? "" : "macsec{policy-names{" + test.after + "} } ";
+        EXPECT_EQ(read(*store, all_policies()), test.error.empty() ? after : before) << "in memory";
+        EXPECT_EQ(read(all_policies()), test.error.empty() ? after : before) << "in the file";
     }
-}
-
-TEST_F(Editing, LeavesMemoryAndFileAsTheyWereWhenItsLastNodeFails)
-{
-    ASSERT_EQ(error_of(policies({policy("P1", merge)})), "");
-    const std::string before = content();
-    auto store = open();
-    const Node tree = policies({policy("P1", delete_), policy("P2", merge, {leaf("conf-offset", "conf-off-set-31")})});
-    EXPECT_FALSE(store->edit(Trees(tree).root()));
-    TextSink sink;
-    ASSERT_TRUE(store->read(*Trees(all_policies()).root(), sink));
-    EXPECT_EQ(sink.text, "macsec{policy-names{policy-name{name=P1 } } } ");
-    EXPECT_EQ(content(), before);
 }
 
 TEST_F(Editing, RefusesAValueByNamingPlaceValueAndRule)
@@ -146,6 +141,7 @@ TEST_F(Editing, RefusesAValueByNamingPlaceValueAndRule)
         {policies({policy("P", merge, {leaf("cipher-suite", merge)})}), {"cipher-suite", "no value", "gcm-aes-128"}},
         {chains({chain("K", merge, {key("xyz")})}), {"key-id", "'xyz'", "[0-9a-fA-F]*"}},
         {policies({policy("a\x01z", merge)}), {"policy-name/name", "XML"}},
+        {policies({policy("a\rz", merge)}), {"policy-name/name", "XML"}},
         {policies({policy("P", merge, {leaf("colour", "red")})}), {"unknown node", "policy-name[name='P']/colour"}},
         {in(ns::operational, at("oc-macsec", merge, {})), {"not supported", "/oc-macsec"}},
     };
@@ -191,12 +187,16 @@ TEST_F(Editing, LetsTheCasesOfAChoiceTakeOneAnothersPlace)
     };
     for (const auto &test : cases) {
         std::filesystem::remove(file());
-        ASSERT_EQ(error_of(lifetime(test.before)), "");
-        EXPECT_EQ(error_of(lifetime(test.edit)), "");
+        auto store = open();
+        ASSERT_EQ(error_of(*store, lifetime(test.before)), "");
+        EXPECT_EQ(error_of(*store, lifetime(test.edit)), "");
         const std::string rest = test.after.empty() ? "" : "macsec-lifetime{" + test.after + "} ";
-        EXPECT_EQ(read(all_chains()), "keychains{keychain{chain-name=K macsec-keychain{macsec-keys{macsec-key{"
-                                      "key-id=01 " +
-                                          rest + "} } } } } ");
+        EXPECT_EQ(read(*store, all_chains()), "keychains{keychain{chain-name=K macsec-keychain{macsec-keys{macsec-key{"
+                                              "key-id=01 " +
+                                                  rest + "} } } } } ");
+        const Node whole = chains({chain("K", none, {key("01", none, {at("macsec-lifetime", delete_, {})})})});
+        EXPECT_EQ(error_of(*store, whole).substr(0, 8), test.after.empty() ? "missing:" : "")
+            << "an empty container goes";
     }
 }
 
@@ -210,39 +210,6 @@ TEST_F(Editing, SparesTheEntriesThatItNamesFromARemovalOfAll)
     EXPECT_EQ(error_of(policies({all, policy("P1", merge, {leaf("cipher-suite", "gcm-aes-128")})})), "");
     EXPECT_EQ(read(all_policies()),
               "macsec{policy-names{policy-name{name=P1 cipher-suite=gcm-aes-128 windowsize=7 } } } ");
-}
-
-TEST_F(Editing, TakesAwayContainersThatItEmpties)
-{
-    const auto lifetime = [](Operation operation, std::vector<Node> leaves) {
-        return chains({chain("K", merge, {key("01", merge, {at("macsec-lifetime", operation, std::move(leaves))})})});
-    };
-    auto store = open();
-    const Node set = lifetime(none, {leaf("infinite-flag", "true")});
-    const Node empty = lifetime(none, {leaf("infinite-flag", delete_)});
-    const Node take = lifetime(delete_, {});
-    ASSERT_TRUE(store->edit(Trees(set).root()));
-    ASSERT_TRUE(store->edit(Trees(empty).root()));
-    const auto result = store->edit(Trees(take).root());
-    ASSERT_FALSE(result);
-    EXPECT_EQ(
-        result.error().path,
-        "/keychains/keychain[chain-name='K']/macsec-keychain/macsec-keys/macsec-key[key-id='01']/macsec-lifetime");
-}
-
-TEST_F(Editing, AppliesAnEntryWithoutKeysToAllThatAreShown)
-{
-    const Node suite = at("policy-name", merge, {leaf("cipher-suite", "gcm-aes-128")});
-    EXPECT_EQ(error_of(policies({suite})), "");
-    EXPECT_EQ(read(all_policies()), "") << "there was nothing to apply it to";
-
-    ASSERT_EQ(error_of(policies({policy("P1", merge), policy("P2", merge)})), "");
-    EXPECT_EQ(error_of(policies({suite})), "");
-    EXPECT_EQ(read(all_policies()), "macsec{policy-names{policy-name{name=P1 cipher-suite=gcm-aes-128 } "
-                                    "policy-name{name=P2 cipher-suite=gcm-aes-128 } } } ");
-    EXPECT_EQ(error_of(policies({at("policy-name", delete_, {})})), "");
-    EXPECT_EQ(read(all_policies()), "");
-    EXPECT_TRUE(error_of(policies({at("policy-name", delete_, {})})).starts_with("missing: "));
 }
 
 TEST_F(Editing, AppliesAnEntryWithOneOfTwoKeysToThoseThatAgree)
@@ -280,7 +247,7 @@ TEST_F(Editing, KeepsAwayFromKeyChainsOfTheRouter)
     prepare(foreign_chain);
     const std::string before = content();
     for (const Operation operation : {merge, create, replace}) {
-        EXPECT_NE(error_of(chains({chain("ospf", operation, {key("01")})})).find("belongs to the router"),
+        EXPECT_NE(error_of(chains({chain("ospf", operation, {key("01")})})).find("it is the router's own"),
                   std::string::npos);
     }
     for (const Operation operation : {delete_, none}) {
@@ -288,6 +255,8 @@ TEST_F(Editing, KeepsAwayFromKeyChainsOfTheRouter)
     }
     EXPECT_EQ(error_of(chains({chain("ospf", remove)})), "");
     EXPECT_EQ(error_of(chains({at("keychain", remove, {})})), "");
+    EXPECT_EQ(error_of(chains({at("keychain", merge, {at("accept-tolerance", {leaf("value", "1")})})})), "");
+    EXPECT_TRUE(error_of(chains({at("keychain", delete_, {})})).starts_with("missing: "));
     EXPECT_EQ(content(), before);
 
     ASSERT_EQ(error_of(chains({chain("K1", merge, {key("01")})})), "");

@@ -1,5 +1,7 @@
-// Operational data: what follows from the configuration, and what a document puts in its place.
+// Operational data: a source makes them, or a document puts others in their place.
 #include "support.h"
+
+#include <libyang/libyang.h>
 
 #include <regex>
 
@@ -11,95 +13,65 @@ using enum Operation;
 namespace
 {
 
-Node state(const char *branch, std::vector<Node> below)
+Node state(std::vector<Node> below)
 {
-    return in(ns::operational, at("oc-macsec", {at("macsec", {at(branch, std::move(below))})}));
+    return in(ns::operational, at("oc-macsec", {at("macsec", {at("mka", std::move(below))})}));
 }
 
-Node key_with_lifetime(const char *id, std::vector<Node> leaves)
+// How often it was asked for, told as the priority of a policy.
+Tree count_calls(const ly_ctx *context, int calls)
 {
-    return at("macsec-key", merge, {leaf("key-id", id), at("macsec-lifetime", std::move(leaves))});
-}
-
-std::vector<Node> date(const std::string &side, const char *year, const char *month)
-{
-    return {leaf(side + "-year", year), leaf(side + "-month", month), leaf(side + "-date", "3"),
-            leaf(side + "-hour", "4"),  leaf(side + "-minutes", "5"), leaf(side + "-seconds", "6")};
-}
-
-std::vector<Node> with(std::vector<Node> leaves, std::vector<Node> more)
-{
-    leaves.insert(leaves.end(), more.begin(), more.end());
-    return leaves;
+    lyd_node *tree = nullptr;
+    const std::string path = "/Tarvex-PRIVATE-oc-macsec-oper:oc-macsec/macsec/mka/policies/policy[name='Q']/state/"
+                             "key-server-priority";
+    lyd_new_path(nullptr, context, path.c_str(), std::to_string(calls).c_str(), 0, &tree);
+    return Tree(tree);
 }
 
 } // namespace
 
 class Operational : public StoreTest
 {
+protected:
+    Operational()
+        : StoreTest(setup([this](const ly_ctx *context, const lyd_node *configuration, const Shown &is_shown) {
+              for (const lyd_node *list = configuration ? lyd_child(configuration) : nullptr; list; list = list->next) {
+                  (is_shown(list) ? shown_ : hidden_) += LYD_NAME(list);
+              }
+              return works_ ? count_calls(context, ++calls_) : nullptr;
+          }))
+    {
+    }
+
+    int calls_ = 0;
+    bool works_ = true;
+    std::string shown_;
+    std::string hidden_;
 };
 
-TEST_F(Operational, PolicyStateIsWhatIsConfiguredOrTheDefault)
+TEST_F(Operational, SourceIsAskedOnceForEachConfiguration)
 {
-    const std::string defaults = "confidentiality-offset=zero-bytes delay-protection=false include-icv-indicator=true ";
-    const struct {
-        std::vector<Node> leaves;
-        std::string answer;
-    } cases[] = {
-        {{}, "key-server-priority=16 " + defaults + "sak-rekey-interval=0 "},
-        {{leaf("sak-rekey-interval", "2")}, "key-server-priority=16 " + defaults + "sak-rekey-interval=120 "},
-        {{leaf("sak-rekey-interval", "2"), leaf("sak-rekey-interval-sec", "90")},
-         "key-server-priority=16 " + defaults + "sak-rekey-interval=90 "},
-        {{leaf("key-server-priority", "1"), leaf("conf-offset", "conf-off-set-50"), leaf("delay-protection", ""),
-          leaf("include-icv-indicator", "False"), leaf("cipher-suite", "gcm-aes-xpn-128")},
-         "key-server-priority=1 confidentiality-offset=fifty-bytes delay-protection=true include-icv-indicator=false "
-         "sak-rekey-interval=0 macsec-cipher-suite=gcm-aes-xpn128 "},
+    const auto answer = [](int calls) {
+        return "oc-macsec{macsec{mka{policies{policy{name=Q state{key-server-priority=" + std::to_string(calls) +
+               " } } } } } } ";
     };
-    for (const auto &test : cases) {
-        ASSERT_EQ(error_of(policies({policy("P", replace, test.leaves)})), "");
-        EXPECT_EQ(read(state("mka", {at("policies", {})})),
-                  "oc-macsec{macsec{mka{policies{policy{name=P state{name=P " + test.answer + "} } } } } } ");
-    }
+    prepare("<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'><keychain><chain-name>ospf"
+            "</chain-name></keychain></keychains>");
+    auto store = open();
+    EXPECT_EQ(read(*store, state({})), answer(1));
+    EXPECT_EQ(read(*store, state({})), answer(1));
+    EXPECT_EQ(hidden_, "keychain");
+    ASSERT_EQ(error_of(*store, chains({chain("K", merge, {at("macsec-key", merge, {leaf("key-id", "01")})})})), "");
+    EXPECT_EQ(read(*store, state({})), answer(2));
+    EXPECT_EQ(shown_, "keychain");
+    works_ = false;
+    ASSERT_EQ(error_of(*store, chains({chain("K", remove)})), "");
+    EXPECT_EQ(read(*store, state({})), "libyang cannot make the operational data");
+    auto without_source = Datastore::open(setup(), directory_, Access::read);
+    EXPECT_EQ(read(*without_source, state({})), "");
 }
 
-TEST_F(Operational, KeyStateTellsStartAndEnd)
-{
-    setenv("TZ", "UTC", 1);
-    prepare("<keychains xmlns='http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg'>"
-            "<keychain><chain-name>ospf</chain-name></keychain></keychains>");
-    ASSERT_EQ(error_of(chains({chain(
-                  "K", merge,
-                  {key_with_lifetime("01", {}),
-                   key_with_lifetime("02", with(date("start", "2024", "feb"), {leaf("infinite-flag", "true")})),
-                   key_with_lifetime("03", with(date("start", "2024", "feb"), date("end", "2025", "dec"))),
-                   key_with_lifetime("04", with(date("start", "2024", "feb"), {leaf("life-time", "2332800")}))})})),
-              "");
-    const std::string start = "valid-date-time=2024-02-03T04:05:06 ";
-    const auto key = [](const char *id, const std::string &dates) {
-        return std::string("mka-key{id=") + id + " state{id=" + id + " " + dates + "} } ";
-    };
-    EXPECT_EQ(read(state("mka", {at("key-chains", {})})),
-              "oc-macsec{macsec{mka{key-chains{key-chain{name=K mka-keys{" +
-                  key("01", "valid-date-time=VALID_IMMEDIATELY expiration-date-time=NO_EXPIRATION ") +
-                  key("02", start + "expiration-date-time=NO_EXPIRATION ") +
-                  key("03", start + "expiration-date-time=2025-12-03T04:05:06 ") +
-                  key("04", start + "expiration-date-time=2024-03-01T04:05:06 ") + "} state{name=K } } } } } } ");
-}
-
-TEST_F(Operational, InterfaceStateNamesItsAttachmentOnce)
-{
-    ASSERT_EQ(error_of(interfaces(
-                  {interface("act", "Eth0", {psk(merge, {leaf("policy-name", "P"), leaf("key-chain-name", "K")})}),
-                   interface("pre", "Eth0", {psk(merge)}), interface("act", "Eth1", {})})),
-              "");
-    EXPECT_EQ(read(state("interfaces", {})),
-              "oc-macsec{macsec{interfaces{interface{name=Eth0 interfaces-state{counters{tx-untagged-pkts=0 "
-              "rx-untagged-pkts=0 rx-badtag-pkts=0 rx-unknownsci-pkts=0 rx-nosci-pkts=0 } } "
-              "interfaces-mka{state{counters{in-mkpdu=0 in-sak-mkpdu=0 out-mkpdu=0 out-sak-mkpdu=0 } mka-policy=P "
-              "key-chain=K } } } } } } ");
-}
-
-TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
+TEST_F(Operational, StateOfADocumentTakesThePlaceOfWhatTheSourceMakes)
 {
     ASSERT_EQ(error_of(policies({policy("P", merge)})), "");
     auto store = open();
@@ -112,26 +84,27 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
     prefixed = std::regex_replace(prefixed, std::regex(" xmlns='[^']*'"), "");
     const std::string base = "'urn:ietf:params:xml:ns:netconf:base:1.0'";
     const std::string operational = " xmlns:o='http://tarvex.example/ns/yang/Tarvex-PRIVATE-oc-macsec-oper'";
+    const Node suites = state({at("policies", {at("policy", {at("state", {leaf("macsec-cipher-suite", none)})})})});
     for (const std::string &document :
          {bare, "<data>" + bare + "</data>", "\xef\xbb\xbf" + bare, "<data" + operational + ">" + prefixed + "</data >",
           "<nc:rpc-reply xmlns:nc=" + base + " message-id='>\"1'" + operational + "><!-- </nc:data> -->\n<nc:data>" +
               prefixed + "<!-- </nc:data> --></nc:data><?pi </nc:data>?></nc:rpc-reply>\n<!--</nc:rpc-reply>-->",
           "<rpc-reply xmlns=" + base + " xmlns:o='urn:x'><data" + operational + ">" +
               std::regex_replace(prefixed, std::regex(">Q<"), "><![CDATA[Q]]><") + "</data></rpc-reply>",
+          "<rpc-reply xmlns=" + base + "><data>" + bare + "</data><!----></rpc-reply>",
+          "<data xmlns:unused='urn:a&amp;\"b'\n><!---->" +
+              std::regex_replace(bare, std::regex(">Q<"), "><?p i?>&#x51;<!-- c --><") + "</data\n>",
           std::string(R"({"ietf-netconf:rpc-reply": {"message-id": "1", "data": {
             "Tarvex-PRIVATE-oc-macsec-oper:oc-macsec": {"macsec": {"mka": {"policies": {"policy": [{"name": "Q",
             "state": {"macsec-cipher-suite": ["gcm-aes256", "gcm-aes128"]}}]}}}}}}})")}) {
         const auto taken = store->set_operational(document);
         ASSERT_TRUE(taken) << document << ": " << taken.error().text;
-        TextSink sink;
-        const Node filter =
-            state("mka", {at("policies", {at("policy", {at("state", {leaf("macsec-cipher-suite", none)})})})});
-        ASSERT_TRUE(store->read(*Trees(filter).root(), sink));
-        EXPECT_EQ(sink.text, "oc-macsec{macsec{mka{policies{policy{name=Q state{macsec-cipher-suite=gcm-aes256 "
-                             "macsec-cipher-suite=gcm-aes128 } } } } } } ");
+        EXPECT_EQ(read(*store, suites),
+                  "oc-macsec{macsec{mka{policies{policy{name=Q state{macsec-cipher-suite=gcm-aes256 "
+                  "macsec-cipher-suite=gcm-aes128 } } } } } } ");
     }
     for (const std::string &wrong : std::vector<std::string>{
-             "", "<oc-macsec", "<oc-macsec xmlns='urn:other'/>",
+             "", "<oc-macsec", "<data>text" + bare + "</data>", "<oc-macsec xmlns='urn:other'/>",
              "<macsec xmlns='http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg'/>", "<data/><data/>",
              "<data/>text", "<!DOCTYPE data><data/>", "<data><o:oc-macsec/></data>", "<rpc-reply><ok/></rpc-reply>",
              "<rpc-reply><rpc-error/><data/></rpc-reply>", "<rpc-reply/>",
@@ -144,6 +117,25 @@ TEST_F(Operational, StateOfADocumentTakesThePlaceOfAllThatIsDerived)
         EXPECT_TRUE(result.error().text.starts_with("the operational data are not valid: ")) << result.error().text;
     }
     EXPECT_EQ(content().find("gcm-aes256"), std::string::npos) << "state is not stored";
+}
+
+// Lines are those of the document, whatever was around its data and in its tags.
+TEST_F(Operational, FaultOfADocumentIsToldWithItsLine)
+{
+    const std::string open_tag = "<oc-macsec\n xmlns='http://tarvex.example/ns/yang/Tarvex-PRIVATE-oc-macsec-oper'>";
+    auto store = open();
+    for (const auto &[document, line] : std::vector<std::pair<std::string, std::string>>{
+             {open_tag + "\n<macsec><colour/></macsec></oc-macsec>", "number 3"},
+             {"<data\n><!--\n-->" + open_tag + "<macsec\n><mka\n></mka\n><colour/></macsec></oc-macsec></data>",
+              "number 7"},
+             {"<rpc-reply xmlns='a\nb'>\n<data>" + open_tag +
+                  "<?p\ni?><macsec><![CDATA[\n]]><colour/></macsec></oc-macsec></data></rpc-reply>",
+              "number 6"},
+             {"<data>\n\n<macsec>", "(line 3)"}}) {
+        const auto result = store->set_operational(document);
+        ASSERT_FALSE(result) << document;
+        EXPECT_NE(result.error().text.find(line), std::string::npos) << result.error().text;
+    }
 }
 
 } // namespace router::test

@@ -75,4 +75,27 @@ TEST_F(Reading, GivesTheEntriesAndLeavesThatTheFilterChooses)
     }
 }
 
+TEST(Setup, SaysWhichNodeOfItsRecordsIsNotThere)
+{
+    const std::string list = "/interface-configurations/interface-configuration";
+    const struct {
+        Visibility record;
+        std::string path;
+    } cases[] = {
+        {{ns::interfaces, "/interface-configurations/interface", "macsec", {}, ""},
+         "/interface-configurations/interface"},
+        {{ns::keychains, list, "macsec", {}, ""}, list},
+        {{"urn:none", list, "macsec", {}, ""}, list},
+        {{ns::interfaces, "/interface-configurations", "interface-configuration", {}, ""}, "/interface-configurations"},
+        {{ns::interfaces, list, "macsec/psk", {}, ""}, list + "/macsec/psk"},
+        {{ns::interfaces, list, "macsec", {{"description", "x"}}, ""}, list + "/description"},
+        {{ns::interfaces, list, "macsec", {{"colour", "x"}}, ""}, list + "/colour"},
+    };
+    for (const auto &test : cases) {
+        const auto made = Setup::make(models(), {test.record});
+        ASSERT_FALSE(made) << test.path;
+        EXPECT_EQ(made.error().path, test.path);
+    }
+}
+
 } // namespace router::test

@@ -2,7 +2,9 @@
 // after the test.
 #pragma once
 
-#include "router/router.h"
+#include "router/datastore.h"
+#include "router/edit_node.h"
+#include "router/setup.h"
 
 #include <cstdlib>
 #include <deque>
@@ -142,6 +144,24 @@ inline const Models &models()
     return *loaded;
 }
 
+// Two lists of the router of which not all entries are shown: one that is closed to edits of the others, one that is
+// not.
+inline Setup setup(OperationalSource source = {})
+{
+    auto made = Setup::make(models(),
+                            {{ns::keychains, "/keychains/keychain", "macsec-keychain", {}, "it is the router's own"},
+                             {ns::interfaces,
+                              "/interface-configurations/interface-configuration",
+                              "macsec/psk-key-chain",
+                              {{"active", "act"}},
+                              ""}},
+                            std::move(source));
+    if (!made) {
+        std::abort();
+    }
+    return *made;
+}
+
 inline std::string fault_name(Fault fault)
 {
     static const char *const names[] = {"failed", "unknown node", "not supported", "bad value", "missing key",
@@ -152,7 +172,7 @@ inline std::string fault_name(Fault fault)
 class StoreTest : public ::testing::Test
 {
 protected:
-    StoreTest()
+    explicit StoreTest(router::Setup setup = test::setup()) : setup_(std::move(setup))
     {
         std::string pattern = ::testing::TempDir() + "routerXXXXXX";
         directory_ = mkdtemp(pattern.data());
@@ -170,27 +190,33 @@ protected:
 
     Expected<Datastore> open(Access access = Access::write) const
     {
-        return Datastore::open(models(), directory_, access);
+        return Datastore::open(setup_, directory_, access);
+    }
+    // "" where the edit is done, or "exists: PATH: TEXT".
+    static std::string error_of(Datastore &store, const Node &tree)
+    {
+        const auto done = store.edit(Trees(tree).root());
+        return done ? "" : fault_name(done.error().fault) + ": " + done.error().path + ": " + done.error().text;
+    }
+    static std::string read(Datastore &store, const Node &filter)
+    {
+        TextSink sink;
+        const auto done = store.read(*Trees(filter).root(), sink);
+        return done ? sink.text : done.error().text;
     }
     // Through the file, so that what comes back has been stored.
-    Expected<void> edit(const Node &tree) const
-    {
-        auto store = open();
-        return store ? store->edit(Trees(tree).root()) : tl::unexpected(store.error());
-    }
     std::string error_of(const Node &tree) const
     {
-        const auto result = edit(tree);
-        return result ? "" : fault_name(result.error().fault) + ": " + result.error().path + ": " + result.error().text;
+        auto store = open();
+        return store ? error_of(*store, tree) : store.error().text;
     }
     std::string read(const Node &filter) const
     {
-        TextSink sink;
         auto store = open(Access::read);
-        const auto result = store ? store->read(*Trees(filter).root(), sink) : tl::unexpected(store.error());
-        return result ? sink.text : result.error().text;
+        return store ? read(*store, filter) : store.error().text;
     }
 
+    router::Setup setup_; // the test framework has a Setup of its own
     std::string directory_;
 };
 

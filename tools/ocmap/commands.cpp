@@ -173,13 +173,13 @@ router::LockWait lock_wait(const Options &options)
     return wait;
 }
 
-tqm::Expected<router::Datastore> open_store(const Options &options, const router::Models &models, router::Access access)
+tqm::Expected<router::Datastore> open_store(const Options &options, const router::Setup &native, router::Access access)
 {
     std::error_code ignored;
     if (access == router::Access::read && !std::filesystem::exists(options.store, ignored)) {
         return tl::unexpected(tqm::Error{"there is no store '" + options.store + "'"});
     }
-    auto store = router::Datastore::open(models, options.store, access, lock_wait(options));
+    auto store = router::Datastore::open(native, options.store, access, lock_wait(options));
     if (!store) {
         return tl::unexpected(from_router(store.error()));
     }
@@ -227,7 +227,7 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
         return tl::unexpected(tqm::Error{"FILE and --oper cannot both be standard input"});
     }
     return with_document(options, false, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
-        auto store = open_store(options, desk.environment().models(), router::Access::read);
+        auto store = open_store(options, desk.environment().native(), router::Access::read);
         if (!store) {
             return tl::unexpected(store.error());
         }
@@ -258,9 +258,9 @@ tqm::Expected<void> print_model(const Options &options, tqm::Expected<std::strin
 tqm::Expected<void> try_edit(Desk &desk, tqm::Document document, const Options &options)
 {
     std::error_code ignored;
-    tqm::Expected<router::Datastore> store = router::Datastore::in_memory(desk.environment().models());
+    tqm::Expected<router::Datastore> store = router::Datastore::in_memory(desk.environment().native());
     if (std::filesystem::exists(options.store, ignored)) {
-        store = open_store(options, desk.environment().models(), router::Access::read);
+        store = open_store(options, desk.environment().native(), router::Access::read);
     }
     if (!store) {
         return tl::unexpected(store.error());
@@ -295,7 +295,7 @@ tqm::Expected<void> edit(const Options &options)
         if (options.dry_run) {
             return try_edit(desk, std::move(*document), options);
         }
-        auto store = open_store(options, desk.environment().models(), router::Access::write);
+        auto store = open_store(options, desk.environment().native(), router::Access::write);
         if (!store) {
             return tl::unexpected(store.error());
         }
@@ -325,7 +325,7 @@ tqm::Expected<void> explain(const Options &options)
         const uint32_t kind = options.kind.value_or(options.reverse ? TQM_REQ_GET : TQM_REQ_EDIT);
         std::optional<router::Datastore> store;
         if (!options.store.empty()) {
-            auto opened = open_store(options, desk.environment().models(), router::Access::read);
+            auto opened = open_store(options, desk.environment().native(), router::Access::read);
             if (!opened) {
                 return tl::unexpected(opened.error());
             }

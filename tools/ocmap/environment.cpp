@@ -4,8 +4,10 @@
 #include <array>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "native_store.h"
+#include "simulation/derive_state.h"
 
 namespace ocmap
 {
@@ -14,6 +16,22 @@ namespace
 
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
+
+// What OpenConfig sees of the router's lists: key chains of MACsec, and interfaces in use that have one. An edit may
+// take an interface into MACsec; a key chain of another protocol is none of its business.
+std::vector<router::Visibility> visible_lists()
+{
+    return {{.ns = router::ns::keychains,
+             .list = "/keychains/keychain",
+             .marker = "macsec-keychain",
+             .keys = {},
+             .refusal = "the key chain belongs to the router, and is not one of MACsec"},
+            {.ns = router::ns::interfaces,
+             .list = "/interface-configurations/interface-configuration",
+             .marker = "macsec/psk-key-chain",
+             .keys = {{"active", "act"}},
+             .refusal = ""}};
+}
 
 tqm::NodeKind kind_of(router::NodeKind kind)
 {
@@ -75,9 +93,9 @@ tqm::Schema schema_of(const router::Models &models)
                     .secret = node.secret,
                     .leafref = std::move(node.leafref)});
     }
-    schema.find("/keychains/keychain")->marker = "/keychains/keychain/macsec-keychain";
-    schema.find("/interface-configurations/interface-configuration")->marker =
-        "/interface-configurations/interface-configuration/macsec/psk-key-chain";
+    for (const router::Visibility &list : visible_lists()) {
+        schema.find(list.list)->marker = list.list + "/" + list.marker;
+    }
     // An end that is kept as a duration is told from the start.
     const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
     for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
@@ -86,8 +104,8 @@ tqm::Schema schema_of(const router::Models &models)
     return schema;
 }
 
-Environment::Environment(router::Models models, tqm::Plugin plugin)
-    : models_(std::move(models)), plugin_(std::move(plugin)), schema_(schema_of(models_))
+Environment::Environment(router::Setup native, tqm::Plugin plugin)
+    : native_(std::move(native)), plugin_(std::move(plugin)), schema_(schema_of(models()))
 {
 }
 
@@ -105,7 +123,11 @@ tqm::Expected<Environment> Environment::load(const Locations &locations)
         return tl::unexpected(tqm::Error{"the plug-in has registered nothing: /pkg/yang/openconfig-macsec.yang is "
                                          "missing; 'sudo make model' installs it"});
     }
-    return Environment(std::move(*models), std::move(*plugin));
+    auto native = router::Setup::make(std::move(*models), visible_lists(), simulation::derive_state);
+    if (!native) {
+        return tl::unexpected(from_router(native.error()));
+    }
+    return Environment(std::move(*native), std::move(*plugin));
 }
 
 } // namespace ocmap

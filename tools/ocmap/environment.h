@@ -6,6 +6,7 @@
 #include <string>
 
 #include "router/models.h"
+#include "router/setup.h"
 #include "tqm/error.h"
 #include "tqm/plugin.h"
 #include "tqm/schema.h"
@@ -33,12 +34,14 @@ public:
 
     const tqm::Plugin &plugin() const { return plugin_; }
     const tqm::Schema &schema() const { return schema_; }
-    const router::Models &models() const { return models_; }
+    const router::Models &models() const { return native_.models(); }
+    /// What the router's datastores are opened with.
+    const router::Setup &native() const { return native_; }
 
 private:
-    Environment(router::Models models, tqm::Plugin plugin);
+    Environment(router::Setup native, tqm::Plugin plugin);
 
-    router::Models models_;
+    router::Setup native_;
     tqm::Plugin plugin_;
     tqm::Schema schema_;
 };

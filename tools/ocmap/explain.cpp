@@ -166,7 +166,7 @@ std::optional<tqm::Error> judge_and_walk(const Environment &environment, tqm::Re
 {
     const tqm::Framework framework(environment.plugin(), environment.schema(), {}, judges.checker);
     const bool is_edit = judges.checker != nullptr && request.header().kind == TQM_REQ_EDIT;
-    auto empty = router::Datastore::in_memory(environment.models());
+    auto empty = router::Datastore::in_memory(environment.native());
     Preview native(judges.store != nullptr ? *judges.store : empty,
                    judges.store != nullptr ? NativeStore::Leads::must_be_there : NativeStore::Leads::are_made);
     tqm::Expected<void> good = framework.check(request);

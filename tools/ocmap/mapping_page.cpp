@@ -125,7 +125,7 @@ public:
     tqm::Expected<Values> run(const ProbedNode &leaf, const Values &values)
     {
         const TemporaryDirectory directory;
-        auto store = router::Datastore::open(environment_.models(), directory.path(), router::Access::write);
+        auto store = router::Datastore::open(environment_.native(), directory.path(), router::Access::write);
         if (!store) {
             return tl::unexpected(from_router(store.error()));
         }

@@ -4,7 +4,7 @@
 
 #include "router/edit_node.h"
 #include "router/error.h"
-#include "router/models.h"
+#include "router/setup.h"
 
 #include <chrono>
 #include <functional>
@@ -53,7 +53,7 @@ class Datastore
 {
 public:
     // An empty store that is kept nowhere, for a look at what edits would do.
-    static Datastore in_memory(const Models &models);
+    static Datastore in_memory(const Setup &setup);
 
     // Opens the store in `directory`, whose file is native.xml. With Access::write the directory (its last component
     // only) is made if it is missing, and goes with this object if no edit has succeeded and nothing else is in it. A
@@ -61,7 +61,7 @@ public:
     // empty store where there is no directory or no file. Fails if the directory is not one or cannot be used, if
     // another writer has it for too long (Fault::busy), or if the file is damaged; a damaged file is left as it
     // is.
-    static Expected<Datastore> open(const Models &models, const std::string &directory, Access access,
+    static Expected<Datastore> open(const Setup &setup, const std::string &directory, Access access,
                                     const LockWait &wait = {});
 
     Datastore(Datastore &&) noexcept;

@@ -26,7 +26,7 @@ struct Error {
     std::string text;
     // The instance in question as an absolute path without prefixes, e.g.
     // "/macsec/policy-names/policy-name[name='P1']/key-server-priority". Empty where no one node is to blame.
-    std::string path;
+    std::string path = {};
     Fault fault = Fault::failed;
     // Of an edit: EditNode::origin of the node that is to blame; null if it is not known.
     const void *origin = nullptr;

@@ -1,0 +1,27 @@
+// Where in a text something is, as people count.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace text
+{
+
+/// Knows the lines of a text, which may be gone: parsers that work in place need their own errors' places afterwards.
+class LineIndex
+{
+public:
+    explicit LineIndex(std::string_view text);
+
+    /// The line that the byte at `offset` is in, from 1.
+    std::size_t line_of(std::size_t offset) const;
+    /// "line 3, column 14". Columns are bytes, from 1.
+    std::string place_of(std::size_t offset) const;
+
+private:
+    std::vector<std::size_t> ends_; // offsets of the line feeds
+};
+
+} // namespace text
