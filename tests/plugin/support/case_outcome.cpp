@@ -184,11 +184,13 @@ std::string outcome_text(const Walk &walk)
 /// The printed trees, without their wrapper and with short namespaces; with its indentation, or in one line.
 Lines shown_document(const Request &request, bool in_one_line)
 {
-    static const std::regex ns(" xmlns=\"http://tarvex.example/ns/yang/Tarvex-([^\"]*)\"| xmlns=\"[^\"]*macsec\"");
+    static const std::regex native(" xmlns=\"http://tarvex.example/ns/yang/Tarvex-([^\"]*)\"");
+    static const std::regex openconfig(" xmlns=\"http://openconfig.net/yang/macsec\"");
     Lines shown;
     for (const std::string &line : words(printed(request.kind, request.direction, request.document), '\n')) {
         if (line.starts_with("  ")) {
-            const std::string text = std::regex_replace(line.substr(2), ns, "$1");
+            const std::string text =
+                std::regex_replace(std::regex_replace(line.substr(2), native, " ns=$1"), openconfig, "");
             shown.push_back(in_one_line ? text.substr(text.find_first_not_of(' ')) : text);
         } else if (!line.starts_with("<")) {
             shown.push_back(line); // an error
