@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <memory>
 
 namespace test
@@ -16,6 +17,16 @@ namespace
 
 constexpr std::string_view case_word = "case ";
 constexpr std::string_view arrow = "->";
+
+bool is_setting(std::string_view word)
+{
+    static constexpr std::string_view words[] = {
+        "forward", "reverse",     "in",        "show",          "below",          "inside",
+        "rows",    "kinds",       "fields",    "fault",         "sweep",          "call",
+        "set",     "delete-mode", "fill-mode", "data-selector", "option-group-9", "without-configuration",
+        "zone",    "now"};
+    return std::ranges::find(words, word) != std::end(words);
+}
 
 bool is_document(std::string_view line)
 {
@@ -33,6 +44,10 @@ public:
     void TestBody() override
     {
         Case &one = file_->cases[index_];
+        for (const auto &[word, rest] : one.settings) {
+            EXPECT_TRUE(is_setting(word)) << one.name << ": no setting: " << word;
+        }
+        EXPECT_FALSE(one.has("rows") && one.expected.empty()) << one.name << ": no rows";
         const Lines actual = outcome_of(one);
         if (actual == one.expected) {
             return;
@@ -40,6 +55,7 @@ public:
         if (std::getenv("UPDATE") != nullptr) {
             one.expected = actual;
             file_->write();
+            ADD_FAILURE_AT(file_->path.c_str(), one.line) << one.name << ": written anew; read what has changed";
             return;
         }
         ADD_FAILURE_AT(file_->path.c_str(), one.line) << one.name << ": what came of it differs (- expected, + came)\n"

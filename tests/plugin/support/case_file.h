@@ -1,5 +1,6 @@
 // Files of cases: each a request and what must come of it, as texts that a reader checks. README.md in cases/ tells the
-// form. Run with UPDATE=1 in the environment, the tests write what they see into the files; the change is then read.
+// form. Run with UPDATE=1 in the environment, tests that fail write what they see into the files; the change is then
+// read.
 #pragma once
 
 #include <filesystem>

@@ -122,6 +122,9 @@ void set_field(Walk &walk, const std::string &setting)
     const Lines parts = words(setting);
     rdl_tqm_datatree *const node = node_at(walk.tree(), parts.at(0));
     const std::string &field = parts.at(1);
+    if (node == nullptr) {
+        return; // which is told
+    }
     if (field == "no-tag") {
         node->tag = nullptr;
     } else if (field == "no-value") {
