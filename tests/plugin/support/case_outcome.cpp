@@ -86,7 +86,8 @@ void add_line(const std::string &line, Lines &shown)
     }
 }
 
-/// An add as path=value[ from source][ entry][ flags=n][ -> failure], a read of state as "read path from source".
+/// An add as path=value[ from source][ entry][ flags n][ in tree][ -> failure], a read of state as "read path from
+/// source".
 std::optional<std::string> shown_add(const std::string &call)
 {
     static const std::regex form(
@@ -146,7 +147,7 @@ std::vector<Event> events_of(const Walk &walk, const std::string &function)
     return events;
 }
 
-// The parts that "show" names: walk, calls, adds, lines [of names that match], marks.
+/// The parts that "show" names: walk, calls, adds, lines [of names that match], marks.
 void show(const Walk &walk, const std::string &what, const Case &one, Lines &shown)
 {
     const std::regex names(what.starts_with("lines ") ? what.substr(6) : ".*");
@@ -176,8 +177,8 @@ void show(const Walk &walk, const std::string &what, const Case &one, Lines &sho
 std::string outcome_text(const Walk &walk)
 {
     std::string text = walk.outcome() + (walk.state().empty() ? "" : " [" + walk.state() + "]");
-    const std::size_t pushed = walk.calls_of("tqm_map_add_to_node_hierarchy").size();
-    const std::size_t popped = walk.calls_of("tqm_map_remove_from_node_hierarchy").size();
+    const auto pushed = static_cast<int>(walk.calls_of("tqm_map_add_to_node_hierarchy").size());
+    const auto popped = static_cast<int>(walk.calls_of("tqm_map_remove_from_node_hierarchy").size());
     return pushed == popped ? text : text + ", " + std::to_string(pushed - popped) + " left on the hierarchy";
 }
 
@@ -191,7 +192,11 @@ Lines shown_document(const Request &request, bool in_one_line)
         if (line.starts_with("  ")) {
             const std::string text =
                 std::regex_replace(std::regex_replace(line.substr(2), native, " ns=$1"), openconfig, "");
-            shown.push_back(in_one_line ? text.substr(text.find_first_not_of(' ')) : text);
+            if (in_one_line && !shown.empty()) {
+                shown.back() += text.substr(text.find_first_not_of(' '));
+            } else {
+                shown.push_back(text);
+            }
         } else if (!line.starts_with("<")) {
             shown.push_back(line); // an error
         }
@@ -206,11 +211,7 @@ Lines shown_of(const Case &one, const Request &request)
     for (const auto &[word, rest] : one.settings) {
         if (word == "show" && rest == "document") {
             const Lines text = shown_document(request, one.has("rows"));
-            std::string joined;
-            for (const std::string &line : text) {
-                joined += line;
-            }
-            one.has("rows") ? shown.push_back(joined) : void(shown.insert(shown.end(), text.begin(), text.end()));
+            shown.insert(shown.end(), text.begin(), text.end());
         } else if (word == "show") {
             show(walk, rest, one, shown);
         }
