@@ -1,5 +1,5 @@
 // What one request alone cannot show: what a node function of another build leaves on the iteration-tree stack, what a
-// request leaves to the next, and fields that only a walker in the midst of a walk sees.
+// request leaves to the next, and the entry that reverse mappers fill.
 #include <gtest/gtest.h>
 
 #include "support/walk.h"
@@ -96,6 +96,21 @@ TEST(Iteration, AnElementWithoutInstancesIsPoppedAndTheRequestIsWalked)
     const Walk walk = iteration.walked("mka/policies/policy[name=P1]", false, 0);
     EXPECT_EQ(walk.calls_of("tqm_map_util_itree_stack_pop").size(), 1u);
     EXPECT_EQ(walk.calls_of("tqm_map_datatree_add_path_flagged").size(), 3u); // the entry, its key and "created"
+}
+
+// ---- The entry that is filled ---------------------------------------------------------------------------------------
+
+TEST(FilledEntry, IsNoneWhereTheNextCannotBeAdded)
+{
+    for (const unsigned int nth : {0u, 4u}) { // the entry and its name twice come first
+        Walk walk(TQM_REQ_GET, Direction::reverse);
+        walk.fault("tqm_map_datatree_add_path_flagged", nth, 0x4321);
+        walk.load(document(TQM_REQ_GET, Direction::reverse,
+                           "<macsec><policy-names><policy-name><name>P1</name></policy-name><policy-name>"
+                           "<name>P2</name></policy-name></policy-names></macsec>"));
+        walk.run();
+        EXPECT_EQ(walk.ctx()->request->current_list == nullptr, nth != 0);
+    }
 }
 
 // ---- The record of the key chain, which outlives a request ---------------------------------------------------------
