@@ -289,7 +289,7 @@ Lines sweep_of(const Case &one, const Request &request)
         }
     }
     for (const auto &[operation, calls] : without_effect) {
-        shown.push_back("without effect: " + operation + calls);
+        shown.push_back(std::string("without effect: ").append(operation).append(calls));
     }
     return shown;
 }
@@ -298,7 +298,8 @@ std::string joined(const Lines &lines)
 {
     std::string text;
     for (const std::string &line : lines) {
-        text += (text.empty() ? "" : "; ") + line;
+        text += text.empty() ? "" : "; ";
+        text += line;
     }
     return text;
 }
