@@ -1,30 +1,10 @@
 // The entry points, on a system with the model and on one without.
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 
-#include <gtest/gtest.h>
-
+#include "support/system.h"
 #include "support/walk.h"
-
-namespace
-{
-
-enum class Model { absent, present };
-Model model = Model::present;
-
-} // namespace
-
-// The plug-in's only look at the system around it, answered by the test for that one file.
-extern "C" int stat(const char *path, struct stat *status) noexcept
-{
-    if (std::strcmp(path, "/pkg/yang/openconfig-macsec.yang") == 0) {
-        std::memset(status, 0, sizeof *status);
-        return model == Model::present ? 0 : -1;
-    }
-    return fstatat(AT_FDCWD, path, status, 0);
-}
 
 namespace
 {
@@ -57,7 +37,6 @@ void enter(const std::string &entry_point, tqm_map_reg_info &info)
 
 TEST(Registration, FillsTheRecordOfEachTree)
 {
-    model = Model::present;
     for (const Tree &tree : trees) {
         tqm_map_reg_info info{};
         info.tree_word_a = 7;
@@ -78,7 +57,7 @@ TEST(Registration, FillsTheRecordOfEachTree)
 TEST(Registration, LeavesTheRecordAsItWasWithoutTheModel)
 {
     (void)test::symbol(trees[0].entry_point); // the plug-in is loaded with its model, as for the other tests
-    model = Model::absent;
+    test::let_model_be(false);
     for (const Tree &tree : trees) {
         tqm_map_reg_info info;
         tqm_map_reg_info before;
@@ -87,7 +66,7 @@ TEST(Registration, LeavesTheRecordAsItWasWithoutTheModel)
         enter(tree.entry_point, info);
         EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0) << tree.tree_name;
     }
-    model = Model::present;
+    test::let_model_be(true);
 }
 
 TEST(Registration, CopiesInOrderUnderItsOwnName)

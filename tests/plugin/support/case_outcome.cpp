@@ -8,7 +8,7 @@
 #include <set>
 
 #include "case_request.h"
-#include "clock.h"
+#include "system.h"
 
 namespace test
 {

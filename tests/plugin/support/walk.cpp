@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "environment.h"
+#include "system.h"
 #include "tqm/framework.h"
 #include "tqm/journal.h"
 #include "tqm/request.h"
@@ -21,7 +22,10 @@ namespace
 
 const ocmap::Environment &environment()
 {
-    static const tqm::Expected<ocmap::Environment> loaded = ocmap::Environment::load({PLUGIN, YANG});
+    static const tqm::Expected<ocmap::Environment> loaded = [] {
+        let_model_be(true);
+        return ocmap::Environment::load({PLUGIN, YANG});
+    }();
     if (!loaded) {
         ADD_FAILURE() << loaded.error().text;
         std::abort();

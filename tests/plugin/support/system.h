@@ -1,4 +1,4 @@
-// The time of day as the plug-in asks for it, standing still where a test wants that.
+// The system around the plug-in, as a test wants it: the time of day, and the file that says whether there is a model.
 #pragma once
 
 #include <string>
@@ -15,5 +15,8 @@ public:
     Clock(const Clock &) = delete;
     Clock &operator=(const Clock &) = delete;
 };
+
+/// Whether stat() finds the model that the plug-in looks for; at first it does, whatever the system has.
+void let_model_be(bool present);
 
 } // namespace test
