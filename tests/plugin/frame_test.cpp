@@ -17,6 +17,11 @@ bool catches_assertions = false;
 std::jmp_buf caught;
 std::string assertion; // file: function signature: expression
 
+void note_assertion(const char *expression, const std::string &file, const char *function)
+{
+    assertion = file.substr(file.rfind('/') + 1) + ": " + function + ": " + expression;
+}
+
 } // namespace
 
 // Stands before libc's: a caught assertion does not end the process.
@@ -24,9 +29,8 @@ extern "C" [[noreturn]] void __assert_fail(const char *expression, const char *f
                                            const char *function) noexcept
 {
     if (catches_assertions) {
-        const std::string path = file;
-        assertion = path.substr(path.rfind('/') + 1) + ": " + function + ": " + expression;
-        std::longjmp(caught, 1);
+        note_assertion(expression, file, function);
+        std::longjmp(caught, 1); // nothing in the frames up to there has a destructor
     }
     reinterpret_cast<decltype(&__assert_fail)>(dlsym(RTLD_NEXT, "__assert_fail"))(expression, file, line, function);
     std::abort();
