@@ -1,125 +1,199 @@
-// The frame of exported functions: the two sinks of log lines, the assertion, unsupported leaves.
+// The frame of exported functions: the two sinks of log lines, the assertion, and null arguments.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <csetjmp>
+#include <fstream>
+#include <regex>
 #include <utility>
 
-#include "support.h"
-
-extern "C" {
-rcode ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec(tqm_map_ctx, const rdl_tqm_datatree *, unsigned int,
-                                                          rdl_tqm_datatree *);
-rcode ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_useupdatedethheader(tqm_map_ctx,
-                                                                                     const rdl_tqm_datatree *,
-                                                                                     rdl_tqm_datatree *);
-rcode ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_state_keycleartext(tqm_map_ctx, const rdl_tqm_datatree *,
-                                                                             rdl_tqm_datatree *);
-rcode ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_delayprotection(tqm_map_ctx, const rdl_tqm_datatree *,
-                                                                                 rdl_tqm_datatree *);
-rcode ymap_ot_ocmacsec_policyname_name_fwd(tqm_map_ctx, const rdl_tqm_datatree *, rdl_tqm_datatree *);
-}
-
-using namespace test;
+#include "support/walk.h"
 
 namespace
 {
 
+bool catches_assertions = false;
+std::jmp_buf caught;
+std::string assertion; // file: function signature: expression
+
+void note_assertion(const char *expression, const std::string &file, const char *function)
+{
+    assertion = file.substr(file.rfind('/') + 1) + ": " + function + ": " + expression;
+}
+
+} // namespace
+
+// Stands before libc's: a caught assertion does not end the process.
+extern "C" [[noreturn]] void __assert_fail(const char *expression, const char *file, unsigned int line,
+                                           const char *function) noexcept
+{
+    if (catches_assertions) {
+        note_assertion(expression, file, function);
+        std::longjmp(caught, 1); // nothing in the frames up to there has a destructor
+    }
+    reinterpret_cast<decltype(&__assert_fail)>(dlsym(RTLD_NEXT, "__assert_fail"))(expression, file, line, function);
+    std::abort();
+}
+
+namespace
+{
+
+using namespace test;
+
+const std::string root = "ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec";
+
+Walk walked(bool log, bool trace, const std::string &inside, bool questions = false)
+{
+    Walk walk(TQM_REQ_EDIT, Direction::forward);
+    if (questions) {
+        walk.questions();
+    }
+    walk.sinks(log, trace).load(document(TQM_REQ_EDIT, Direction::forward, inside)).run();
+    return walk;
+}
+
 TEST(Frame, TheTwoSinksAreSwitchedOnTheirOwn)
 {
-    const std::string inside = "<mka/>";
-    Walk off = edit().questions().forward(inside);
-    EXPECT_GT(off.lines_of("tqm_debug_should_log").size(), 0u);
-    EXPECT_EQ(off.lines_of("_plat_dt_log_filter_adv").size(), 0u);
-    EXPECT_EQ(off.lines_of("_rbtrace").size(), 0u);
-    EXPECT_EQ(off.lines_of("ret_nc_tqm_trace_index_incr").size(), 0u);
-
-    Walk log = edit().log().forward(inside);
-    EXPECT_TRUE(log.logs.front().starts_with("TRC: TQM: ctx=0x"));
-    EXPECT_TRUE(log.logs.front().ends_with(",Start"));
-    EXPECT_EQ(log.traces, Lines{});
-
-    Walk trace = edit().trace().forward(inside);
-    EXPECT_TRUE(trace.traces.front().starts_with("#1: TRC: ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec:"));
-    EXPECT_TRUE(trace.traces[1].starts_with("#2: "));
-    EXPECT_EQ(trace.logs, Lines{});
-
-    Walk both = edit().log().trace().forward("<mka><nonsense/></mka>");
-    EXPECT_EQ(both.logs.size(), both.traces.size());
-    const auto error = [](const std::string &line) { return line.find("ERR: ") != std::string::npos; };
-    EXPECT_EQ(std::ranges::count_if(both.logs, error), 1);
-    EXPECT_EQ(std::ranges::count_if(both.traces, error), 1);
+    const Walk off = walked(false, false, "<mka/>", true);
+    EXPECT_EQ(off.calls_of("tqm_debug_should_log").size(), 6u); // a question for each line that is not written
+    for (const char *operation : {"_plat_dt_log_filter_adv", "_rbtrace", "ret_nc_tqm_trace_index_incr"}) {
+        EXPECT_EQ(off.calls_of(operation), Lines{});
+    }
+    EXPECT_EQ(walked(true, false, "<mka/>").traced(), Lines{});
+    EXPECT_EQ(walked(true, false, "<mka/>").logged().size(), 6u);
+    EXPECT_EQ(walked(false, true, "<mka/>").logged(), Lines{});
+    const Lines traced = walked(false, true, "<mka/>").traced();
+    ASSERT_EQ(traced.size(), 6u);
+    EXPECT_TRUE(traced[0].starts_with("#1: TRC: " + root + ":"));
+    EXPECT_TRUE(traced[5].starts_with("#6: TRC: "));
+    // An error asks for its own level.
+    const Lines asked = walked(true, true, "<nonsense/>", true).calls_of("tqm_debug_should_log");
+    EXPECT_EQ(std::ranges::count(asked, "tqm_debug_should_log(level=0) = 1"), 1);
 }
 
 TEST(Frame, LongLinesAreCutInTheTraceBufferAlone)
 {
     const std::string name(300, 'n');
-    Walk walk = edit().log().trace().forward("<mka><key-chains><key-chain><name>" + name + "</name><config><name>" +
-                                             name + "</name></config></key-chain></key-chains></mka>");
-    EXPECT_EQ(walk.rc, 0u);
+    const Walk walk = walked(true, true, wrap("mka/key-chains/key-chain[name=" + name + "]/config/name", name));
     const auto longest = [](const Lines &lines) { return std::ranges::max(lines, {}, &std::string::size).size(); };
-    EXPECT_EQ(longest(walk.traces), 249u);
-    EXPECT_GT(longest(walk.logs), 300u);
+    EXPECT_EQ(longest(walk.traced()), 249u);
+    EXPECT_GT(longest(walk.logged()), 300u);
 }
-
-using FrameDeathTest = testing::Test;
 
 TEST(FrameDeathTest, ANullContextEndsTheProcessWithTheSignature)
 {
     rdl_tqm_datatree node{};
     EXPECT_DEATH(
-        ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec(nullptr, &node, 0, &node),
+        (void)call("ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec", nullptr, &node, &node),
         "ymap_oc_macsec_openconfig_macsec_auto.cpp:[0-9]+: rcode "
         "ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec\\(tqm_map_ctx, const struct rdl_tqm_datatree \\*, "
         "unsigned int, struct rdl_tqm_datatree \\*\\): Assertion `NULL != ctx' failed");
-    EXPECT_DEATH(ymap_ot_ocmacsec_policyname_name_fwd(nullptr, &node, &node),
-                 "rcode ymap_ot_ocmacsec_policyname_name_fwd\\(tqm_map_ctx, const struct rdl_tqm_datatree \\*, struct "
-                 "rdl_tqm_datatree \\*\\): Assertion `NULL != ctx' failed");
-    // A node function that only hands a leaf on asserts on its way to the argument error.
-    EXPECT_DEATH(ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_delayprotection(nullptr, nullptr, &node),
-                 "leaf_lvla_macsec_config_delayprotection\\(tqm_map_ctx");
+}
+
+// ---- Null arguments ------------------------------------------------------------------------------------------------
+
+/// What a function answers without a context, without a node and without an output tree.
+std::string without_context(const std::string &name)
+{
+    catches_assertions = true;
+    std::string answer;
+    if (setjmp(caught) == 0) {
+        answer = code_name(call(name, nullptr, nullptr, nullptr));
+    } else {
+        const char *const last = is_container_function(name) ? "unsigned int, struct" : "struct";
+        const std::string signature =
+            "rcode " + name + "(tqm_map_ctx, const struct rdl_tqm_datatree *, " + last + " rdl_tqm_datatree *)";
+        const bool whole = assertion.ends_with(".cpp: " + signature + ": NULL != ctx");
+        const std::string file = assertion.substr(0, assertion.find(".cpp"));
+        answer = whole ? file.substr(std::string("ymap_oc_macsec_").size()) : assertion;
+    }
+    catches_assertions = false;
+    return answer;
+}
+
+std::string without(const std::string &name, bool node, bool out)
+{
+    static rdl_tqm_datatree leaf{};
+    leaf.tag = "leaf";
+    Walk walk(TQM_REQ_EDIT, Direction::forward);
+    const rcode rc = call(name, walk.ctx(), node ? nullptr : &leaf, out ? nullptr : walk.out());
+    std::string text = code_name(rc);
+    for (const Event &event : walk.events()) {
+        const std::size_t begin = event.of == Event::Of::line ? event.text.find(": ") + 2 : 0;
+        const std::string shown = event.text.substr(begin);
+        text += event.of == Event::Of::line && !event.text.starts_with(name) ? ", elsewhere" : ", " + shown;
+    }
+    const std::string refusal = ", ERR Invalid arguments passed!, tqm_oc_error_path() = \"\"";
+    return text == "BAD_ARGS, Start" + refusal ? "refused"
+           : text == "BAD_ARGS" + refusal      ? "refused without Start"
+                                               : text;
+}
+
+TEST(Frame, NullArgumentsAreRefusedByEveryExportedFunction)
+{
+    std::vector<std::pair<std::regex, std::string>> rules; // the first that a name matches counts
+    std::ifstream table(NULL_ARGUMENTS);
+    for (std::string line; std::getline(table, line);) {
+        const std::size_t arrow = line.find(" => ");
+        if (arrow != std::string::npos && !line.starts_with('#')) {
+            rules.emplace_back(line.substr(0, arrow), line.substr(arrow + 4));
+        }
+    }
+    std::ifstream names(EXPORTED_SYMBOLS);
+    for (std::string name; std::getline(names, name);) {
+        if (!name.starts_with("ymap_") || name.find("policy_sak_rekey_interval") != std::string::npos) {
+            continue; // row selections have arguments of their own
+        }
+        std::string answer = without_context(name) + " | " + without(name, true, false);
+        const std::string without_out = without(name, false, true);
+        answer += answer.ends_with(" | " + without_out) ? "" : " | " + without_out;
+        const auto rule =
+            std::ranges::find_if(rules, [&](const auto &one) { return std::regex_search(name, one.first); });
+        EXPECT_EQ(answer, rule == rules.end() ? "no rule" : rule->second) << name;
+    }
+}
+
+TEST(Frame, RowSelectionsRefuseAMissingTable)
+{
+    using Selection = rcode (*)(tqm_map_ctx, int, xpath_list_type_t *);
+    for (const char *name :
+         {"ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd", "ymap_to_ocmacsec_policy_sak_rekey_interval_rev"}) {
+        Walk walk(TQM_REQ_EDIT, Direction::forward);
+        EXPECT_EQ(reinterpret_cast<Selection>(symbol(name))(walk.ctx(), 0, nullptr), TQM_ERR_BAD_ARGS);
+        EXPECT_EQ(walk.lines_of(name), (Lines{"Start", "ERR Invalid arguments passed!"}));
+        EXPECT_EQ(walk.calls_of("tqm_oc_error_path").size(), 1u);
+        EXPECT_DEATH(reinterpret_cast<Selection>(symbol(name))(nullptr, 0, nullptr), "tqm_map_ctx, int, ");
+    }
+}
+
+TEST(Frame, AnUnsupportedLeafNeedsNoRequest)
+{
+    const std::string refuse = "ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_useupdatedethheader";
+    rdl_tqm_datatree node{};
+    node.tag = "leaf";
+    EXPECT_EQ(call(refuse, nullptr, &node, nullptr), TQM_ERR_UNSUPPORTED);
+    Walk walk(TQM_REQ_EDIT, Direction::forward);
+    const tqm_map_ctx ctx = walk.ctx();
+    tqm_map_request *const request = std::exchange(ctx->request, nullptr);
+    EXPECT_EQ(call(refuse, ctx, &node, nullptr), TQM_ERR_UNSUPPORTED);
+    EXPECT_EQ(call("ymap_to_ocmacsec_interfaces_list_rev", ctx, &node, &node), TQM_ERR_NO_SUBTREE);
+    ctx->request = request;
+    // A second refusal takes the place of the first, whose tag is freed.
+    walk.run(refuse, &node).run(refuse, &node);
+    EXPECT_EQ(walk.outcome(), "UNSUPPORTED, tag leaf");
+    EXPECT_EQ(walk.calls_of("plat_named_free"), Lines{"plat_named_free(\"leaf\")"});
+    EXPECT_EQ(walk.calls_of("tqm_strdup").back(), "tqm_strdup(\"leaf\", owner=\"leaf\") = \"leaf\"");
 }
 
 TEST(Frame, AnEmptyContainerTakesAnyChildCount)
 {
+    const auto container =
+        reinterpret_cast<tqm_map_container_function>(symbol("ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec"));
     const rdl_tqm_datatree node{};
-    for (const unsigned int count : {0u, 1u, 4000000000u}) {
-        Walk walk = edit().trace();
-        EXPECT_EQ(ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec(walk.request().ctx(), &node, count,
-                                                                      walk.request().out()),
-                  0u);
-        EXPECT_EQ(walk.texts(), (Lines{"ymap_ot_oc_macsec_openconfigmacsec_cont_lvla_macsec: Start"}));
-    }
-}
-
-TEST(Frame, UnsupportedLeavesNeedNoRequestAndLogNothing)
-{
-    rdl_tqm_datatree node{};
-    node.tag = "leaf";
-    const auto refuse = ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_useupdatedethheader;
-    EXPECT_EQ(refuse(nullptr, &node, nullptr), TQM_ERR_UNSUPPORTED);
-    Walk without_request = edit();
-    const tqm_map_ctx ctx = without_request.request().ctx();
-    tqm_map_request *const request = std::exchange(ctx->request, nullptr);
-    EXPECT_EQ(refuse(ctx, &node, nullptr), TQM_ERR_UNSUPPORTED);
-    ctx->request = request;
-    EXPECT_EQ(without_request.calls.size(), 1u);
-
-    Walk walk = edit().trace();
-    walk.request();
-    EXPECT_EQ(walk.run(refuse, &node).rc, TQM_ERR_UNSUPPORTED);
-    EXPECT_EQ(walk.run(refuse, &node).rc, TQM_ERR_UNSUPPORTED);
-    EXPECT_EQ(walk.tag(), "leaf");
-    EXPECT_EQ(walk.traces, Lines{});
-    Lines order;
-    for (const std::string &call : walk.calls) {
-        order.push_back(call.substr(0, call.find('(')));
-    }
-    EXPECT_EQ(order, (Lines{"tqm_oc_error_path", "tqm_strdup", "tqm_oc_error_path", "plat_named_free", "tqm_strdup"}));
-
-    // One of them tests its arguments first.
-    Walk tested = edit().trace();
-    tested.run(ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_state_keycleartext, nullptr);
-    EXPECT_EQ(tested.rc, TQM_ERR_BAD_ARGS);
-    EXPECT_EQ(tested.tag(), "");
-    EXPECT_EQ(tested.texts().size(), 1u);
+    const Walk walk(TQM_REQ_EDIT, Direction::forward);
+    EXPECT_EQ(container(walk.ctx(), &node, 4000000000u, walk.out()), 0u);
+    EXPECT_EQ(walk.lines().size(), 1u);
 }
 
 } // namespace

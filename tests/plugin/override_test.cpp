@@ -1,7 +1,8 @@
 // A function of a generated name, in an object linked with the plug-in's, is called in place of the generated one.
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 
-#include "support.h"
+#include "support/walk.h"
 
 namespace
 {
@@ -15,32 +16,35 @@ tqm_map_function overriding_root()
 
 } // namespace
 
-// The tests' support runs requests through this name.
-extern "C" rcode ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec(tqm_map_ctx ctx, const rdl_tqm_datatree *node,
-                                                                rdl_tqm_datatree *out)
-{
-    return overriding_root()(ctx, node, out);
-}
-
 namespace
 {
 
 using namespace test;
 
+Walk walked(const std::string &inside)
+{
+    Walk walk(TQM_REQ_EDIT, Direction::forward);
+    walk.load(document(TQM_REQ_EDIT, Direction::forward, inside));
+    walk.run(overriding_root(), walk.tree());
+    return walk;
+}
+
 TEST(Override, ANodeFunctionOfTheSameNameTakesThePlaceOfTheGeneratedOne)
 {
-    Walk walk = edit().forward(policy("<config><use-updated-eth-header>true</use-updated-eth-header></config>"));
-    EXPECT_EQ(walk.rc, 0u);
-    EXPECT_EQ(walk.built().back(), "/overridden/leaf=true");
+    const Walk walk =
+        walked("<mka><policies><policy><name>P1</name><config><use-updated-eth-header>true</use-updated-eth-header>"
+               "</config></policy></policies></mka>");
+    EXPECT_EQ(walk.outcome(), "0");
+    EXPECT_TRUE(walk.calls_of("tqm_map_datatree_add_path").back().find("(\"/overridden/leaf\"") != std::string::npos);
 }
 
 TEST(Override, AnAugmentWalkerOfTheSameNameTakesThePlaceOfTheGeneratedOne)
 {
-    Walk walk = edit().forward("<mka><extra xmlns='http://example.com/x'/></mka>");
-    EXPECT_EQ(walk.rc, 0u);
-    EXPECT_EQ(walk.built().back(), "/overridden/hook=extra");
+    const Walk walk = walked("<mka><extra xmlns='http://example.com/x'/></mka>");
+    EXPECT_EQ(walk.outcome(), "0");
+    EXPECT_TRUE(walk.calls_of("tqm_map_datatree_add_path").back().find("(\"/overridden/hook\"") != std::string::npos);
     // The others are as they were.
-    EXPECT_EQ(edit().forward("<extra xmlns='http://example.com/x'/>").rc, TQM_ERR_AUGMENT);
+    EXPECT_EQ(walked("<extra xmlns='http://example.com/x'/>").rc(), TQM_ERR_AUGMENT);
 }
 
 } // namespace

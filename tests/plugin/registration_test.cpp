@@ -1,36 +1,16 @@
 // The entry points, on a system with the model and on one without.
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "support.h"
-#include "ymap_oc_macsec.h"
-
-namespace
-{
-
-enum class Model { absent, present };
-Model model = Model::present;
-
-} // namespace
-
-// The plug-in's only look at the system around it, answered by the test for that one file.
-extern "C" int stat(const char *path, struct stat *status) noexcept
-{
-    if (std::strcmp(path, "/pkg/yang/openconfig-macsec.yang") == 0) {
-        std::memset(status, 0, sizeof *status);
-        return model == Model::present ? 0 : -1;
-    }
-    return fstatat(AT_FDCWD, path, status, 0);
-}
+#include "support/system.h"
+#include "support/walk.h"
 
 namespace
 {
 
 struct Tree {
-    void (*entry_point)(tqm_map_reg_info *);
+    const char *entry_point;
     const char *tree_name;
     const char *native_module;
     const char *native_top;
@@ -40,30 +20,35 @@ struct Tree {
 };
 
 const Tree trees[] = {
-    {tqm_map_reg_ocmacsec_conf, "MACSEC policy-cfg tree", "Tarvex-crypto-macsec-mka-cfg", "macsec", "macsec",
+    {"tqm_map_reg_ocmacsec_conf", "MACSEC policy-cfg tree", "Tarvex-crypto-macsec-mka-cfg", "macsec", "macsec",
      "ymap_to_oc_macsec_tarvexcryptomacsecmkacfg_lvla_macsec", 1},
-    {tqm_map_reg_ocmacsec_conf_libkeychain, "MACSEC keychain-cfg tree", "Tarvex-lib-keychain-cfg", "keychains",
+    {"tqm_map_reg_ocmacsec_conf_libkeychain", "MACSEC keychain-cfg tree", "Tarvex-lib-keychain-cfg", "keychains",
      "macsec", "ymap_to_oc_macsec_tarvexlibkeychaincfg_lvla_keychains", 0},
-    {tqm_map_reg_ocmacsec_ifmgr, "MACSEC ifmgr tree", "Tarvex-ifmgr-cfg", "interface-configurations", "macsec",
+    {"tqm_map_reg_ocmacsec_ifmgr", "MACSEC ifmgr tree", "Tarvex-ifmgr-cfg", "interface-configurations", "macsec",
      "ymap_to_oc_macsec_tarvexifmgrcfg_lvla_interfaceconfigurations", 0},
-    {tqm_map_reg_ocmacsec_private_oper, "OC-MACSEC oper tree", "Tarvex-PRIVATE-oc-macsec-oper", "oc-macsec",
+    {"tqm_map_reg_ocmacsec_private_oper", "OC-MACSEC oper tree", "Tarvex-PRIVATE-oc-macsec-oper", "oc-macsec",
      "oc-macsec", "ymap_to_oc_macsec_tarvexprivateocmacsecoper_lvla_ocmacsec", 0},
 };
 
+void enter(const std::string &entry_point, tqm_map_reg_info &info)
+{
+    reinterpret_cast<void (*)(tqm_map_reg_info *)>(test::symbol(entry_point))(&info);
+}
+
 TEST(Registration, FillsTheRecordOfEachTree)
 {
-    model = Model::present;
     for (const Tree &tree : trees) {
         tqm_map_reg_info info{};
         info.tree_word_a = 7;
-        tree.entry_point(&info);
+        enter(tree.entry_point, info);
         EXPECT_STREQ(info.tree_name, tree.tree_name);
         EXPECT_EQ(info.native_ns, std::string("http://tarvex.example/ns/yang/") + tree.native_module);
         EXPECT_STREQ(info.oc_ns, "http://openconfig.net/yang/macsec");
         EXPECT_STREQ(info.native_top, tree.native_top);
         EXPECT_STREQ(info.oc_top, tree.oc_top);
-        EXPECT_EQ(info.forward_root, ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec);
-        EXPECT_EQ(reinterpret_cast<void *>(info.reverse_root), dlsym(RTLD_DEFAULT, tree.reverse_root));
+        const char *const forward_root = "ymap_ot_oc_macsec_openconfigmacsec_lvla_macsec";
+        EXPECT_EQ(reinterpret_cast<void *>(info.forward_root), test::symbol(forward_root));
+        EXPECT_EQ(reinterpret_cast<void *>(info.reverse_root), test::symbol(tree.reverse_root));
         EXPECT_EQ(info.tree_word_a, 0u);
         EXPECT_EQ(info.tree_word_b, tree.word_b);
     }
@@ -71,25 +56,26 @@ TEST(Registration, FillsTheRecordOfEachTree)
 
 TEST(Registration, LeavesTheRecordAsItWasWithoutTheModel)
 {
-    model = Model::absent;
+    (void)test::symbol(trees[0].entry_point); // the plug-in is loaded with its model, as for the other tests
+    test::let_model_be(false);
     for (const Tree &tree : trees) {
         tqm_map_reg_info info;
         tqm_map_reg_info before;
         std::memset(static_cast<void *>(&info), 0x5a, sizeof info);
         std::memcpy(static_cast<void *>(&before), &info, sizeof info);
-        tree.entry_point(&info);
+        enter(tree.entry_point, info);
         EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0) << tree.tree_name;
     }
-    model = Model::present;
+    test::let_model_be(true);
 }
 
 TEST(Registration, CopiesInOrderUnderItsOwnName)
 {
     tqm_map_reg_info info{};
-    test::Walk walk = test::edit();
-    walk.questions().request();
-    tqm_map_reg_ocmacsec_ifmgr(&info);
-    const test::Lines copies = walk.lines_of("tqm_strncpy_s");
+    const test::Walk walk(TQM_REQ_EDIT, test::Direction::forward);
+    (void)walk.ctx(); // makes the request, which journals the copies
+    enter("tqm_map_reg_ocmacsec_ifmgr", info);
+    const test::Lines copies = walk.calls_of("tqm_strncpy_s");
     ASSERT_EQ(copies.size(), 5u);
     const char *const texts[] = {"Tarvex-ifmgr-cfg", "openconfig.net/yang/macsec", "MACSEC ifmgr tree",
                                  "interface-configurations", "\"macsec\""};

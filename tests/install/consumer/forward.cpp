@@ -15,7 +15,7 @@ int main(int, char **arguments)
         return 1;
     }
     tqm::Schema schema;
-    schema.add_list("/macsec/policy-names/policy-name", {"name"});
+    schema.add({.path = "/macsec/policy-names/policy-name", .kind = tqm::NodeKind::list, .keys = {"name"}});
     auto trees = tqm::Framework(*plugin, schema).forward(std::move(*document));
     return trees && trees->print(stdout) ? 0 : 1;
 }

@@ -1,8 +1,11 @@
 // The two buffers that the mappers of keys take from the heap: what becomes of a request when one cannot be had, and
 // that the one of a key text holds nothing when it is given back.
-#include <algorithm>
+#include <gtest/gtest.h>
 
-#include "keychain_documents.h"
+#include <algorithm>
+#include <ctime>
+
+#include "support/walk.h"
 
 // A sanitizer has a heap of its own, which these functions cannot stand before.
 #ifndef __SANITIZE_ADDRESS__
@@ -50,48 +53,52 @@ void free(void *memory) noexcept
 }
 }
 
-using namespace test;
-
 namespace
 {
 
-TEST(KeyAllocation, WithoutABufferAKeyTextIsRefused)
+using namespace test;
+
+Walk with_key_text(std::size_t length)
 {
-    Walk walk = edit();
-    walk.request();
-    failing_size = 1000;
-    walk.forward(chain(key("<config>" + leaf("key-clear-text", "0123456789") + "</config>")));
-    EXPECT_EQ(failing_size, 0u);
-    EXPECT_EQ(walk.rc, TQM_ERR_INVALID_REQUEST);
-    EXPECT_EQ(walk.message(), "No memory for key-clear-text");
-    EXPECT_EQ(walk.built().back(), native_key + "/key-id=01");
+    const std::string path = "mka/key-chains/key-chain[name=C1]/mka-keys/mka-key[id=01]/config/key-clear-text";
+    Walk walk(TQM_REQ_EDIT, Direction::forward);
+    walk.load(document(TQM_REQ_EDIT, Direction::forward, wrap(path, std::string(length, 'k'))));
+    return walk;
 }
 
-TEST(KeyAllocation, TheBufferOfAKeyTextIsClearedBeforeItIsFreed)
+TEST(Allocation, WithoutABufferAKeyTextIsRefused)
+{
+    Walk walk = with_key_text(10);
+    failing_size = 1000;
+    EXPECT_EQ(walk.run().outcome(), "INVALID_REQUEST, \"No memory for key-clear-text\"");
+    EXPECT_EQ(failing_size, 0u);
+    EXPECT_EQ(walk.calls_of("tqm_map_datatree_add_path").size(), 0u);
+}
+
+TEST(Allocation, TheBufferOfAKeyTextIsClearedBeforeItIsFreed)
 {
     for (const std::size_t length : {10u, 998u, 999u}) {
-        Walk walk = edit();
-        walk.request();
+        Walk walk = with_key_text(length);
         freed_clear = false;
         watched_size = 1000;
-        walk.forward(chain(key("<config>" + leaf("key-clear-text", std::string(length, 'k')) + "</config>")));
+        walk.run();
         EXPECT_EQ(watched_size, 0u);
         EXPECT_TRUE(freed_clear) << length;
     }
 }
 
-TEST(KeyAllocation, WithoutABufferAnEndByDurationFails)
+TEST(Allocation, WithoutABufferAnEndByDurationFails)
 {
-    const std::string lifetime = six("start", "2024 jan 1 1 2 3") + leaf("life-time", "60");
-    Walk walk = answer();
-    walk.request();
+    std::string leaves = "<start-month>jan</start-month><life-time>60</life-time>";
+    for (const char *part : {"start-year", "start-date", "start-hour", "start-minutes", "start-seconds"}) {
+        leaves += wrap(part, "1");
+    }
+    Walk walk(TQM_REQ_GET, Direction::reverse);
+    walk.load(document(TQM_REQ_GET, Direction::reverse,
+                       wrap("keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime", leaves)));
     failing_size = sizeof(std::tm);
-    walk.reverse(native_chains(macsec_chain("C1", native_macsec_key("01", leaf("macsec-lifetime", lifetime)))),
-                 native_chains_root);
+    EXPECT_EQ(walk.run().outcome(), "INVALID_REQUEST, \"No memory for expiration-date-time\"");
     EXPECT_EQ(failing_size, 0u);
-    EXPECT_EQ(walk.rc, TQM_ERR_INVALID_REQUEST);
-    EXPECT_EQ(walk.message(), "No memory for expiration-date-time");
-    EXPECT_EQ(walk.adds().back(), oc_key + "/config/valid-date-time=\"2024-01-01T01:02:03\"");
 }
 
 } // namespace
