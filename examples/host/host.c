@@ -27,7 +27,6 @@
 #define COUNT(array) (sizeof(array) / sizeof((array)[0]))
 
 /* ---- Where the walk stands ---- */
-
 static const rdl_tqm_datatree *hierarchy[32];
 static size_t depth;
 static char error_path[1000];
@@ -89,7 +88,6 @@ rcode tqm_map_check_oc_leafref(tqm_map_ctx ctx, const char *list_path, const cha
 }
 
 /* ---- What the plug-in adds ---- */
-
 static rdl_tqm_datatree output; /* stands for all native trees */
 
 rcode tqm_map_datatree_add_path_flagged(tqm_map_ctx ctx, rdl_tqm_datatree *tree, const char *path, const char *ns,
@@ -118,7 +116,6 @@ rcode tqm_map_datatree_add_path(tqm_map_ctx ctx, rdl_tqm_datatree *tree, const c
 }
 
 /* ---- Questions, texts and logs ---- */
-
 int tqm_map_is_request_delete(const rdl_tqm_datatree *node)
 {
     return node != NULL && (node->present & TQM_PRESENT_OPERATION) != 0 &&
@@ -185,14 +182,17 @@ REFUSED(tqm_map_util_itree_stack_peak, tqm_map_ctx ctx, tqm_map_itree **element_
 uint32_t tqm_map_util_itree_stack_size(tqm_map_ctx ctx) { return 0; }
 
 /* ---- The request: a policy with two leaves is merged, a key chain created ---- */
-
 #define OC "http://openconfig.net/yang/macsec"
 #define LEAF(tag_, operation_, value_)                                                                                 \
-    {.tag = tag_, .ns = OC, .operation = operation_, .value = value_,                                                  \
-     .present = TQM_PRESENT_OPERATION | TQM_PRESENT_VALUE}
+    {                                                                                                                  \
+        .tag = tag_, .ns = OC, .operation = operation_, .value = value_,                                               \
+        .present = TQM_PRESENT_OPERATION | TQM_PRESENT_VALUE                                                           \
+    }
 #define NODE(tag_, operation_, children_)                                                                              \
-    {.tag = tag_, .ns = OC, .operation = operation_, .subtree = children_, .subtree_count = COUNT(children_),          \
-     .present = TQM_PRESENT_OPERATION | TQM_PRESENT_SUBTREE}
+    {                                                                                                                  \
+        .tag = tag_, .ns = OC, .operation = operation_, .subtree = children_, .subtree_count = COUNT(children_),       \
+        .present = TQM_PRESENT_OPERATION | TQM_PRESENT_SUBTREE                                                         \
+    }
 
 static rdl_tqm_datatree policy_config[] = {LEAF("name", TQM_OP_MERGE, "core"),
                                            LEAF("key-server-priority", TQM_OP_MERGE, "20"),
@@ -207,7 +207,6 @@ static rdl_tqm_datatree macsec_children[] = {NODE("mka", TQM_OP_MERGE, mka)};
 static rdl_tqm_datatree macsec = NODE("macsec", TQM_OP_MERGE, macsec_children);
 
 /* ---- The walk ---- */
-
 int main(int argc, char **argv)
 {
     static const char *const entry_points[] = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
@@ -221,9 +220,8 @@ int main(int argc, char **argv)
     for (size_t i = 0; i < COUNT(entry_points); ++i) {
         tqm_map_reg_info info = {0};
         void (*register_tree)(tqm_map_reg_info *) = NULL;
-        void *symbol = dlsym(plugin, entry_points[i]);
-        memcpy(&register_tree, &symbol, sizeof symbol);
-        if (symbol != NULL) {
+        *(void **)&register_tree = dlsym(plugin, entry_points[i]);
+        if (register_tree != NULL) {
             register_tree(&info);
         }
         if (info.forward_root != NULL) {

@@ -68,7 +68,7 @@ void RequestOutline::add(const rdl_tqm_datatree &node, std::size_t depth, const 
     shown.tag = node.tag;
     shown.path = outer_path + "/" + node.tag;
     const tqm::SchemaNode *const known = schema_.find(schema_path);
-        if (known != nullptr && known->is_list()) {
+    if (known != nullptr && known->is_list()) {
         tqm::append_keys(shown.path, node, known->keys);
     }
     if ((node.present & TQM_PRESENT_VALUE) != 0) {

@@ -1,5 +1,7 @@
 // The forward leaf, container and augment walkers. The list walker, which has the keys to look after, stands in a file
 // of its own; what both kinds of parents share is declared in forward_walk.h.
+#include "forward_walker.h"
+
 #include "forward_walk.h"
 
 namespace oc_macsec
