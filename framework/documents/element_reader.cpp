@@ -28,35 +28,33 @@ ElementReader::ElementReader(const LoadRules &rules, const LoadTarget &target, c
 {
 }
 
-/// With the keys that are given so far as text.
-std::string ElementReader::path_of(pugi::xml_node element) const
+InstancePath ElementReader::place_of(pugi::xml_node element) const
 {
     std::vector<pugi::xml_node> elements;
     for (; element && element != holder_ && element.type() == pugi::node_element; element = element.parent()) {
         elements.push_back(element);
     }
-    std::string path;
+    InstancePath place;
     std::string schema_path;
     for (; !elements.empty(); elements.pop_back()) {
-        const std::string step = std::string("/") + local_name(elements.back());
-        path += step;
-        schema_path += step;
+        place.enter(local_name(elements.back()));
+        schema_path.append("/").append(local_name(elements.back()));
         const SchemaNode *const node = rules_.schema.find(schema_path);
         for (const std::string &name : node == nullptr ? std::vector<std::string>() : node->keys) {
             const auto key =
                 elements.back().find_child([&](pugi::xml_node child) { return name == local_name(child); });
             if (*key.child_value() != '\0') {
-                append_key(path, name, key.child_value());
+                place.key(name, key.child_value());
             }
         }
     }
-    return path;
+    return place;
 }
 
 bool ElementReader::fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute)
 {
     error_.text = std::move(text);
-    error_.path = path_of(element);
+    error_.at(place_of(element));
     error_.error_tag = tag;
     error_.type = tag == ErrorTag::malformed_message ? ErrorType::rpc : ErrorType::application;
     if (tag != ErrorTag::malformed_message && tag != ErrorTag::too_big) {

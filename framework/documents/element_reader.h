@@ -42,8 +42,8 @@ public:
     /// Without the white space at its ends.
     const char *trimmed(const char *value);
 
-    /// Data path of the element, with the keys that are given so far as text.
-    std::string path_of(pugi::xml_node element) const;
+    /// Where the element stands, with the keys that are given so far as text.
+    InstancePath place_of(pugi::xml_node element) const;
     /// Notes an error at `element`. Always false.
     bool fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute = {});
     bool has_failed() const { return !error_.text.empty(); }

@@ -311,7 +311,11 @@ void TreeLoader::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &re
     }
     Error error{std::string("<") + record.tag + "> is in namespace '" + record.ns + "', not in '" + top_ns_ +
                     "', and no other module can be edited here",
-                reader_.path_of(element), record.tag, TQM_ERR_AUGMENT, ErrorTag::unknown_namespace};
+                {},
+                record.tag,
+                TQM_ERR_AUGMENT,
+                ErrorTag::unknown_namespace};
+    error.at(reader_.place_of(element));
     error.bad_element = record.tag;
     error.bad_namespace = record.ns;
     target_.tree.note_foreign(record.tag, std::move(error));

@@ -14,17 +14,16 @@ namespace
 
 /// Where a node of the request stands.
 struct Place {
-    std::string path; ///< with keys; empty if it is not in the tree
+    InstancePath path; ///< empty if it is not in the tree
     const PathInfo *info = nullptr;
 };
 
 /// Makes `place`, which leads to the node around `node`, that of `wanted`. False if that is not at or below `node`.
 bool find_place(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, const PathInfo *info, Place &place)
 {
-    const std::size_t before = place.path.size();
-    place.path.append("/").append(node.tag == nullptr ? "" : node.tag);
-    if (info != nullptr && info->is_list()) {
-        append_keys(place.path, node, info->keys());
+    place.path.enter(node.tag);
+    if (info != nullptr) {
+        place.path.keys(node, info->keys());
     }
     place.info = info;
     if (&wanted == &node) {
@@ -36,7 +35,7 @@ bool find_place(const rdl_tqm_datatree &wanted, const rdl_tqm_datatree &node, co
             return true;
         }
     }
-    place.path.resize(before);
+    place.path.leave();
     return false;
 }
 
@@ -66,8 +65,8 @@ Error Framework::in_clients_terms(NativeError native, Request &request) const
 {
     const rdl_tqm_datatree *const origin = origin_of(native.node);
     const Place place = place_of(origin, *request.impl_);
-    Error error{"the router refuses the edit", place.path};
-    error.error_tag = native.error_tag;
+    Error error{"the router refuses the edit"};
+    error.at(place.path).error_tag = native.error_tag;
     error.app_tag = std::move(native.app_tag);
     error.native_path = std::move(native.path);
     error.native_text = std::move(native.text);
@@ -157,10 +156,9 @@ Expected<void> Framework::check_values(Request &request) const
     if (value == nullptr) {
         return {};
     }
-    std::string path = place_of(value, *request.impl_).path;
-    append_key(path, ".", value->value);
-    Error error{path + ": the router keeps one value, and this is one more", path};
-    error.app_tag = too_many_elements;
+    const InstancePath path = place_of(value, *request.impl_).path.key(".", value->value);
+    Error error{path.text() + ": the router keeps one value, and this is one more"};
+    error.at(path).app_tag = too_many_elements;
     return with_instance(std::move(error), schema_);
 }
 

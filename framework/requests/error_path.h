@@ -7,8 +7,9 @@
 namespace tqm
 {
 
-/// Makes the record complete: keeps `bad_element` where the tag asks for it, and fills `error.instance` from
-/// `error.path`, unless it is filled. Names that no model has get the namespace of the node around them.
+/// Makes the record complete: keeps `bad_element` where the tag asks for it, and gives the steps of `error.instance`
+/// their namespaces, unless they have them. Names that no model has get that of the node around them; a place that no
+/// model has is none.
 void fill_instance(Error &error, const Schema &schema);
 
 /// `error` with its instance filled, for returning it.

@@ -46,10 +46,12 @@ void for_each_path(const rdl_tqm_datatree &node, const std::string &outer_schema
                    const Schema &schema, const Visit &visit)
 {
     const std::string schema_path = outer_schema_path + "/" + node.tag;
-    std::string path = outer + "/" + node.tag;
+    InstancePath step;
+    step.enter(node.tag);
     if (const SchemaNode *const known = schema.find(schema_path)) {
-        append_keys(path, node, known->keys);
+        step.keys(node, known->keys);
     }
+    const std::string path = outer + step.text();
     visit(path, node);
     for (uint32_t i = 0; (node.present & TQM_PRESENT_SUBTREE) != 0 && i < node.subtree_count; ++i) {
         for_each_path(node.subtree[i], schema_path, path, schema, visit);
@@ -422,25 +424,22 @@ Expected<void> Existence::judge_values(const std::vector<std::size_t> &values)
 
 tl::unexpected<Error> Existence::refuse(ErrorTag tag, std::size_t position, const std::string &reason) const
 {
-    const std::string path = path_of(position);
-    Error error{path + ": " + reason, path};
-    error.error_tag = tag;
+    const InstancePath place = place_of(position);
+    Error error{place.text() + ": " + reason};
+    error.at(place).error_tag = tag;
     return tl::unexpected(std::move(error));
 }
 
-std::string Existence::path_of(std::size_t position) const
+InstancePath Existence::place_of(std::size_t position) const
 {
     const Asked &asked = asked_[position];
-    std::string path = asked.parent == npos ? "" : path_of(asked.parent);
-    path.append("/").append(asked.info->tag);
-    if (asked.info->is_list()) {
-        append_keys(path, *asked.node, asked.info->keys());
-    }
+    InstancePath place = asked.parent == npos ? InstancePath() : place_of(asked.parent);
+    place.enter(asked.info->tag).keys(*asked.node, asked.info->keys());
     const char *const value = asked.info->is_leaf_list() ? tree_.text(*asked.node) : nullptr;
     if (value != nullptr) {
-        append_key(path, ".", value);
+        place.key(".", value);
     }
-    return path;
+    return place;
 }
 
 } // namespace tqm

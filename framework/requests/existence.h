@@ -74,7 +74,7 @@ private:
     Expected<void> judge_one(std::size_t position);
     Expected<void> judge_values(const std::vector<std::size_t> &values);
     tl::unexpected<Error> refuse(ErrorTag tag, std::size_t position, const std::string &reason) const;
-    std::string path_of(std::size_t position) const;
+    InstancePath place_of(std::size_t position) const;
 
     Request::Impl &edit_;
     LoadedEdit tree_;

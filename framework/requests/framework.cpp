@@ -19,39 +19,37 @@ tl::unexpected<Error> not_registered()
     return tl::unexpected(Error{"the plug-in has registered no mapping"});
 }
 
-/// The first node below `node` that a code without a place of its own is about: a list entry without children, or a
-/// deleted container with some. Its path with keys, or nothing.
-std::string place_of(rcode code, const rdl_tqm_datatree &node, const std::string &parent_schema_path,
-                     const std::string &parent, const Schema &schema)
+/// Leads `place`, which is that of the node around `node`, to the first node at or below it that a code without a place
+/// of its own is about: a list entry without children, or a deleted container with some. False if there is none.
+bool find_place(rcode code, const rdl_tqm_datatree &node, const PathInfo *info, InstancePath &place)
 {
-    const std::string step = std::string("/") + (node.tag == nullptr ? "" : node.tag);
-    const std::string schema_path = parent_schema_path + step;
-    const SchemaNode *const known = schema.find(schema_path);
-    const bool is_list = known != nullptr && known->is_list();
-    std::string path = parent + step;
-    if (is_list) {
-        append_keys(path, node, known->keys);
+    place.enter(node.tag);
+    if (info != nullptr) {
+        place.keys(node, info->keys());
     }
     const std::span<const rdl_tqm_datatree> children = children_of(node);
-    if (code == TQM_ERR_NO_SUBTREE && children.empty() && is_list) {
-        return path;
+    if (code == TQM_ERR_NO_SUBTREE && children.empty() && info != nullptr && info->is_list()) {
+        return true;
     }
     if (code == TQM_ERR_BAD_ARGS && !children.empty() && tqm_map_is_request_delete(&node) != 0) {
-        return path;
+        return true;
     }
     for (const rdl_tqm_datatree &child : children) {
-        if (std::string found = place_of(code, child, schema_path, path, schema); !found.empty()) {
-            return found;
+        const PathInfo *const child_info = info == nullptr || child.tag == nullptr ? nullptr : info->child(child.tag);
+        if (find_place(code, child, child_info, place)) {
+            return true;
         }
     }
-    return "";
+    place.leave();
+    return false;
 }
 
 /// Where the plug-in has noted no path, the request shows it.
-Error placed(Error error, const rdl_tqm_datatree &tree, const Schema &schema)
+Error placed(Error error, const rdl_tqm_datatree &tree, const PathTable &paths)
 {
-    if (error.path.empty() && error.code) {
-        error.path = place_of(*error.code, tree, "", "", schema);
+    InstancePath place;
+    if (error.path.empty() && error.code && find_place(*error.code, tree, paths.find(tree.tag), place)) {
+        error.at(place);
     }
     return error;
 }
@@ -104,7 +102,7 @@ Expected<void> Framework::walk_request(Request &request) const
         }
         const rcode code = walk_root(*request.impl_, registration.forward_root, *tree);
         if (code != 0) {
-            return with_instance(placed(request.error(code), *tree, schema_), schema_);
+            return with_instance(placed(request.error(code), *tree, request.impl_->paths()), schema_);
         }
         break;
     }

@@ -19,6 +19,8 @@ struct ListSlot;
 
 /// What the framework keeps of an output node. `record`, which plug-ins get, comes first: its address is its node's.
 struct OutputRecord final : OutputNode {
+    OutputRecord() = default; // no aggregate: its base is not to be made alone
+
     rdl_tqm_datatree record{};
     const PathInfo *info = nullptr; ///< null of the base, which all top nodes stand in
     const rdl_tqm_datatree *origin_node = nullptr;

@@ -69,21 +69,22 @@ void Failure::refuse(const std::string &text)
 
 void Failure::note_path()
 {
-    path_ = hierarchy_.text();
+    InstancePath place = hierarchy_.place();
+    path_ = place.text();
     if (in_fill(record_)) {
         return;
     }
-    refused_path_ = path_;
+    refused_ = std::move(place);
     refused_at_ = hierarchy_.empty() ? nullptr : hierarchy_.top().path;
 }
 
 /// A mapper may say why it refuses, and not where: at the node on top, or at the leaf in it that was matched last.
 void Failure::note_place_of_message()
 {
-    if (!refused_path_.empty() || is_of_fill(record_.error_msg)) {
+    if (!refused_.empty() || is_of_fill(record_.error_msg)) {
         return;
     }
-    refused_path_ = hierarchy_.text();
+    refused_ = hierarchy_.place();
     if (hierarchy_.top_has_leaf(hierarchy_.matched_tag())) {
         refused_tag_ = hierarchy_.matched_tag();
     }
@@ -100,7 +101,8 @@ Error Failure::error(rcode code) const
 {
     check_memory();
     const bool has_message = !is_of_fill(record_.error_msg);
-    Error error{has_message ? record_.error_msg : rcode_strerror(code), refused_path_};
+    Error error{has_message ? record_.error_msg : rcode_strerror(code)};
+    error.at(refused_);
     error.tag = is_of_fill(record_.error_tag) ? refused_tag_ : record_.error_tag;
     error.code = code;
     if (!has_message && code == TQM_ERR_UNSUPPORTED && refused_at_ != nullptr && !error.tag.empty()) {

@@ -51,8 +51,8 @@ private:
     Hierarchy &hierarchy_;
     std::string path_;
     // What was noted outside fills.
-    std::string refused_path_;
-    const PathInfo *refused_at_ = nullptr; ///< the schema node of refused_path_
+    InstancePath refused_;
+    const PathInfo *refused_at_ = nullptr; ///< the schema node of refused_
     std::string refused_tag_;
     std::unordered_set<const char *> fill_texts_;
     bool out_of_memory_ = false;

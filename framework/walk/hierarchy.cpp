@@ -28,15 +28,6 @@ const rdl_tqm_datatree *find_child(const rdl_tqm_datatree &node, std::string_vie
     return find_child(node.subtree, node.subtree_count, tag);
 }
 
-void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys)
-{
-    for (const std::string &key : keys) {
-        if (const char *value = given_value(find_child(entry, key))) {
-            append_key(path, key, value);
-        }
-    }
-}
-
 const rdl_tqm_datatree *Frame::child(std::string_view tag)
 {
     const bool live = (node->present & TQM_PRESENT_SUBTREE) != 0;
@@ -120,29 +111,22 @@ void Hierarchy::children_moved(const rdl_tqm_datatree &node)
     }
 }
 
-void Hierarchy::append_keys(std::string &text, Frame &frame)
+InstancePath Hierarchy::place()
 {
-    if (frame.path == nullptr) {
-        return;
-    }
-    for (const std::string &key : frame.path->keys()) {
-        if (const char *value = given_value(frame.child(key))) {
-            append_key(text, key, value);
-        }
-    }
-}
-
-std::string Hierarchy::text()
-{
-    std::string text;
+    InstancePath place;
     for (std::size_t position = 0; position < depth_; ++position) {
         Frame &frame = frames_[position];
-        text.append("/").append(frame.node->tag == nullptr ? "?" : frame.node->tag);
-        if (frame.is_list) {
-            append_keys(text, frame);
+        place.enter(frame.node->tag);
+        if (!frame.is_list || frame.path == nullptr) {
+            continue;
+        }
+        for (const std::string &key : frame.path->keys()) {
+            if (const char *const value = given_value(frame.child(key))) {
+                place.key(key, value);
+            }
         }
     }
-    return text;
+    return place;
 }
 
 bool Hierarchy::top_has_leaf(const char *tag) const

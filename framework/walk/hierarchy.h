@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "schema/paths.h"
+#include "tqm/instance_path.h"
 #include "tqm_map.h"
 
 namespace tqm
@@ -92,8 +93,8 @@ public:
     Frame *find(const PathInfo *path);
     /// The children of `node` were replaced by a longer array.
     void children_moved(const rdl_tqm_datatree &node);
-    /// The hierarchy as text, with the keys of list entries.
-    std::string text();
+    /// Where the walk stands, with the keys of list entries.
+    InstancePath place();
 
     // ---- What the walker, and mappers, have last looked at ----
 
@@ -116,7 +117,6 @@ public:
 
 private:
     Frame &at_list(int32_t position) { return frames_[static_cast<std::size_t>(position)]; }
-    static void append_keys(std::string &text, Frame &frame);
 
     std::vector<Frame> frames_; ///< those from depth_ on are kept for their memory
     std::size_t depth_ = 0;

@@ -3,6 +3,7 @@
 
 #include "report.h"
 #include "router/memory.h"
+#include "yang_files.h"
 
 #include <libyang/libyang.h>
 
@@ -105,12 +106,12 @@ bool is_in_calendar(std::string_view value)
 Expected<ClientModel> ClientModel::load(const Models &models, const std::string &yang_directory)
 {
     const MemoryWatch watch;
-    ly_ctx *created = nullptr;
-    if (ly_ctx_new(yang_directory.c_str(), LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD, &created)) {
-        watch.check();
-        return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
+    Expected<std::shared_ptr<ly_ctx>> context = make_context(yang_directory, 0);
+    if (!context) {
+        return tl::unexpected(context.error());
     }
-    auto loaded = std::make_shared<Loaded>(Loaded{models, {created, ly_ctx_destroy}, {}});
+    ly_ctx *const created = context->get();
+    auto loaded = std::make_shared<Loaded>(Loaded{models, std::move(*context), {}});
     const lys_module *published = ly_ctx_get_module_implemented(models.context(), model_name);
     const lys_module *deviated = nullptr;
     if (ly_ctx_load_module(created, deviations_name, nullptr, nullptr)) {

@@ -5,6 +5,7 @@
 #include "report.h"
 #include "router/memory.h"
 #include "tree.h"
+#include "yang_files.h"
 
 #include <algorithm>
 #include <array>
@@ -164,27 +165,21 @@ Expected<void> check_keys(const Models &models)
 
 Expected<Models> Models::load(const std::string &yang_directory)
 {
-    // Errors are taken from the context by whoever made the call; libyang itself is to print nothing.
-    ly_log_options(LY_LOSTORE_LAST);
-
     const MemoryWatch watch;
-    ly_ctx *created = nullptr;
     // With its parsed nodes at hand libyang's tree printer shows the data nodes, and groupings where they are used.
-    constexpr uint16_t options = LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIR_CWD | LY_CTX_SET_PRIV_PARSED;
-    if (ly_ctx_new(yang_directory.c_str(), options, &created)) {
-        watch.check();
-        return tl::unexpected(Error{"cannot use the YANG directory " + yang_directory, ""});
+    Expected<std::shared_ptr<ly_ctx>> context = make_context(yang_directory, LY_CTX_SET_PRIV_PARSED);
+    if (!context) {
+        return tl::unexpected(context.error());
     }
-    std::shared_ptr<ly_ctx> context(created, ly_ctx_destroy);
     for (const char *name : module_names) {
-        if (!ly_ctx_load_module(created, name, nullptr, nullptr)) {
+        if (!ly_ctx_load_module(context->get(), name, nullptr, nullptr)) {
             return tl::unexpected(Error{"cannot load the YANG module " + std::string(name) + " from " + yang_directory +
-                                            ": " + watch.reason(created),
+                                            ": " + watch.reason(context->get()),
                                         ""});
         }
     }
     watch.check();
-    Models models(std::move(context));
+    Models models(std::move(*context));
     if (auto good = check_keys(models); !good) {
         return tl::unexpected(good.error());
     }

@@ -79,19 +79,20 @@ public:
 private:
     bool refuse(tqm::ErrorTag tag, const std::string &reason, std::string_view bad_element = {})
     {
-        error_ = tqm::Error{path_ + ": " + reason, path_};
-        error_->error_tag = tag;
+        error_ = tqm::Error{place_.text() + ": " + reason};
+        error_->at(place_).error_tag = tag;
         error_->bad_element = bad_element;
         return false;
     }
 
     bool check(const rdl_tqm_datatree &node, Node schema, const Around &around)
     {
-        const std::size_t outer = path_.size();
-        path_.append("/").append(node.tag);
+        place_.enter(node.tag);
         const bool good = router::ClientModel::has_values(schema) ? check_value(node, schema, around)
                                                                   : check_inner(node, schema, around);
-        path_.resize(good ? outer : path_.size());
+        if (good) {
+            place_.leave();
+        }
         return good;
     }
 
@@ -109,7 +110,7 @@ private:
                 return value == nullptr;
             });
             if (value != nullptr) {
-                tqm::append_key(path_, key, value);
+                place_.key(key, value);
                 entry.keys.emplace_back(key, value);
             } else if (!lacking) {
                 lacking = key;
@@ -142,7 +143,7 @@ private:
         if (good) {
             return check(child, schema, around) && check_once(child, schema, seen);
         }
-        path_.append("/").append(child.tag);
+        place_.enter(child.tag);
         if (schema == nullptr) {
             const auto meant = nearest(child.tag, model_.editable_children(parent));
             return refuse(tqm::ErrorTag::unknown_element,
@@ -157,19 +158,23 @@ private:
     // Entries of a list differ in their keys, values of a leaf-list in themselves (RFC 7950, sections 7.7 and 7.8.2).
     bool check_once(const rdl_tqm_datatree &child, Node schema, std::set<std::pair<Node, std::string>> &seen)
     {
-        std::string name;
+        tqm::InstancePath name;
+        name.enter(child.tag);
         if (router::ClientModel::is_leaf_list(schema)) {
             const char *const text = edit_.text(child);
-            tqm::append_key(name, ".", text == nullptr ? "" : text);
+            name.key(".", text == nullptr ? "" : text);
         } else if (router::ClientModel::is_list(schema)) {
-            tqm::append_keys(name, child, router::ClientModel::keys(schema));
+            name.keys(child, router::ClientModel::keys(schema));
         } else {
             return true;
         }
-        if (seen.emplace(schema, name).second) {
+        if (seen.emplace(schema, name.text()).second) {
             return true;
         }
-        path_.append("/").append(child.tag).append(name);
+        place_.enter(child.tag);
+        for (const auto &[key, value] : name.steps().back().keys) {
+            place_.key(key, value);
+        }
         return refuse(tqm::ErrorTag::bad_element, "it stands twice", child.tag);
     }
 
@@ -195,7 +200,7 @@ private:
                                                             "' must be '" + key->second + "', the key of its entry");
         }
         if (value != nullptr && !goes && edit_.takes_part(node) && model_.drops_zone(schema, value)) {
-            notes_.push_back(path_ + ": of '" + value +
+            notes_.push_back(place_.text() + ": of '" + value +
                              "' the fraction of a second, the zone and the offset are dropped");
         }
         return true;
@@ -204,7 +209,7 @@ private:
     const router::ClientModel &model_;
     const tqm::EditTree &edit_;
     std::vector<std::string> &notes_;
-    std::string path_;
+    tqm::InstancePath place_;
     std::optional<tqm::Error> error_;
 };
 

@@ -66,11 +66,13 @@ void RequestOutline::add(const rdl_tqm_datatree &node, std::size_t depth, const 
     by_tag_.emplace(node.tag, explanation_.request.size() - 1);
     shown.depth = depth;
     shown.tag = node.tag;
-    shown.path = outer_path + "/" + node.tag;
     const tqm::SchemaNode *const known = schema_.find(schema_path);
-    if (known != nullptr && known->is_list()) {
-        tqm::append_keys(shown.path, node, known->keys);
+    tqm::InstancePath step;
+    step.enter(node.tag);
+    if (known != nullptr) {
+        step.keys(node, known->keys);
     }
+    shown.path = outer_path + step.text();
     if ((node.present & TQM_PRESENT_VALUE) != 0) {
         shown.value = shown_value(schema_, schema_path, node.value);
     } else if (known != nullptr && known->is_leaf_list()) { // a value that goes is told by itself

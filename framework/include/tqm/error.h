@@ -11,6 +11,7 @@
 #include <tl/expected.hpp>
 
 #include "tqm/export.h"
+#include "tqm/instance_path.h"
 
 extern "C" {
 #include "tqm_rcode.h"
@@ -59,15 +60,6 @@ TQM_EXPORT ErrorTag tag_of(rcode code);
 /// The application tag of a leaf-list with more values than its max-elements (RFC 7950, section 15.2).
 inline constexpr const char *too_many_elements = "too-many-elements";
 
-/// One node on the way to the place of an error.
-struct PathStep {
-    std::string name;
-    std::string ns;     ///< namespace URI
-    std::string module; ///< name of the namespace's module; empty if no schema has it
-    std::string prefix; ///< that module's prefix; empty with it
-    std::vector<std::pair<std::string, std::string>> keys = {}; ///< name and value, in schema order; of a list entry
-};
-
 /// An instance-identifier as text, with the namespaces of its prefixes (RFC 7950, section 9.13).
 struct InstanceIdentifier {
     std::string text;
@@ -90,6 +82,14 @@ struct Error {
     std::vector<PathStep> instance = {}; ///< error-path: the same place as `path`, node by node; empty with it
     std::string native_path = {};        ///< where the router has refused: its own place
     std::string native_text = {};        ///< and its own words
+
+    /// Says where: gives `path` and `instance`.
+    Error &at(const InstancePath &place)
+    {
+        path = place.text();
+        instance = place.steps();
+        return *this;
+    }
 };
 
 /// What is told where memory could not be had.

@@ -61,8 +61,6 @@ inline std::span<const rdl_tqm_datatree> children_of(const rdl_tqm_datatree &nod
 /// Appends a key to the step of its list entry, as "[name='P1']" (RFC 7950, section 9.13). A text with a single quote
 /// stands in double ones, where double quotes and backslashes have a backslash before them, as in strings of YANG.
 TQM_EXPORT void append_key(std::string &path, std::string_view key, std::string_view value);
-/// Appends those of the keys that `entry` has as children with a value.
-TQM_EXPORT void append_keys(std::string &path, const rdl_tqm_datatree &entry, const std::vector<std::string> &keys);
 
 /// One node of an output tree, made by a request and read by whoever takes the trees. It lives as long as the request,
 /// at one address; reading it needs no lock once the walk is over.
