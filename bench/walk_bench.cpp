@@ -8,6 +8,7 @@
 #include <string>
 
 #include "environment.h"
+#include "openconfig.h"
 #include "tqm/plugin.h"
 #include "tqm/request.h"
 
@@ -26,7 +27,7 @@ struct Loaded {
 Loaded load()
 {
     auto plugin = tqm::Plugin::load(PLUGIN, entry_points);
-    auto models = router::Models::load(YANG);
+    auto models = ocmap::load_models(YANG);
     if (!plugin || plugin->registrations().empty() || !models) {
         std::fprintf(stderr, "walk_bench: the plug-in or the models cannot be loaded\n");
         std::exit(1);

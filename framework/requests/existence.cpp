@@ -53,8 +53,8 @@ void for_each_path(const rdl_tqm_datatree &node, const std::string &outer_schema
     }
     const std::string path = outer + step.text();
     visit(path, node);
-    for (uint32_t i = 0; (node.present & TQM_PRESENT_SUBTREE) != 0 && i < node.subtree_count; ++i) {
-        for_each_path(node.subtree[i], schema_path, path, schema, visit);
+    for (const rdl_tqm_datatree &child : children_of(node)) {
+        for_each_path(child, schema_path, path, schema, visit);
     }
 }
 

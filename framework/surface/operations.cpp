@@ -1,4 +1,5 @@
 // The operations that build output trees and find their way in them.
+#include <algorithm>
 #include <cstring>
 
 #include "surface/operation.h"
@@ -117,14 +118,11 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     if (node == nullptr || out == nullptr || path.empty()) {
         return TQM_ERR_BAD_ARGS;
     }
-    const rdl_tqm_datatree *key = nullptr;
-    const bool has_children = (node->present & TQM_PRESENT_SUBTREE) != 0 && node->subtree != nullptr;
-    for (uint32_t i = 0; has_children && key == nullptr && i < node->subtree_count; ++i) {
-        if ((node->subtree[i].present & TQM_PRESENT_IS_KEY) != 0 && node->subtree[i].is_key == 1) {
-            key = node->subtree + i;
-        }
-    }
-    if (key == nullptr || key->tag == nullptr || key->value == nullptr) {
+    const std::span<const rdl_tqm_datatree> children = children_of(*node);
+    const auto key = std::ranges::find_if(children, [](const rdl_tqm_datatree &child) {
+        return (child.present & TQM_PRESENT_IS_KEY) != 0 && child.is_key == 1;
+    });
+    if (key == children.end() || key->tag == nullptr || key->value == nullptr) {
         return TQM_ERR_SKIP_NODE;
     }
     if (request.observation()) {

@@ -18,21 +18,14 @@ rcode node_operation(tqm_map_ctx ctx, const char *name, const rdl_tqm_datatree *
         [&](JournalLine &line) { line.node("", node); });
 }
 
-uint32_t child_count(const rdl_tqm_datatree &node)
-{
-    return (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr ? node.subtree_count : 0;
-}
-
 /// The value of a `leaf` in one of the `container` children that is not `key`; null if all agree.
 const char *other_value(const rdl_tqm_datatree &list_node, const char *container, const char *leaf, const char *key)
 {
-    for (uint32_t i = 0; i < child_count(list_node); ++i) {
-        const rdl_tqm_datatree &holder = list_node.subtree[i];
+    for (const rdl_tqm_datatree &holder : children_of(list_node)) {
         if (holder.tag == nullptr || std::strcmp(holder.tag, container) != 0) {
             continue;
         }
-        for (uint32_t k = 0; k < child_count(holder); ++k) {
-            const rdl_tqm_datatree &named = holder.subtree[k];
+        for (const rdl_tqm_datatree &named : children_of(holder)) {
             const char *value =
                 named.tag != nullptr && std::strcmp(named.tag, leaf) == 0 ? given_value(&named) : nullptr;
             if (value != nullptr && std::strcmp(value, key) != 0) {

@@ -174,12 +174,9 @@ rcode Placing::add_to_request_node(const AddArguments &arguments)
         return TQM_ERR_BAD_ARGS;
     }
     rdl_tqm_datatree &node = *arguments.tree;
-    const bool has_children = (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr;
-    const uint32_t count = has_children ? node.subtree_count : 0;
-    auto *children = around_.arena.make_array<rdl_tqm_datatree>(count + std::size_t{1});
-    std::copy_n(node.subtree, count, children);
-
-    rdl_tqm_datatree &leaf = children[count];
+    const std::span<const rdl_tqm_datatree> given = children_of(node);
+    auto *children = around_.arena.make_array<rdl_tqm_datatree>(given.size() + 1);
+    rdl_tqm_datatree &leaf = *std::ranges::copy(given, children).out;
     leaf.tag = around_.arena.keep(tag);
     leaf.ns = around_.namespaces.intern(arguments.ns);
     leaf.value = around_.arena.keep(arguments.value);
@@ -191,7 +188,7 @@ rcode Placing::add_to_request_node(const AddArguments &arguments)
         leaf.present |= TQM_PRESENT_OPERATION;
     }
     node.subtree = children;
-    node.subtree_count = count + 1;
+    node.subtree_count = static_cast<uint32_t>(given.size()) + 1;
     node.present |= TQM_PRESENT_SUBTREE;
     around_.hierarchy.children_moved(node);
     if (arguments.out_node != nullptr) {

@@ -16,14 +16,12 @@ namespace router
 struct ClientModel::Loaded {
     Models models;
     std::shared_ptr<ly_ctx> deviated;
+    const lys_module *published;
     std::unordered_map<Node, Node> supported; // published to deviated
 };
 
 namespace
 {
-
-constexpr const char *model_name = "openconfig-macsec";
-constexpr const char *deviations_name = "tarvex-openconfig-macsec-deviations";
 
 const lysc_node *find_child(const lysc_node *parent, const lysc_module *module, std::string_view name)
 {
@@ -103,7 +101,8 @@ bool is_in_calendar(std::string_view value)
 
 } // namespace
 
-Expected<ClientModel> ClientModel::load(const Models &models, const std::string &yang_directory)
+Expected<ClientModel> ClientModel::load(const Models &models, const std::string &yang_directory,
+                                        const std::string &module, const std::string &deviations)
 {
     const MemoryWatch watch;
     Expected<std::shared_ptr<ly_ctx>> context = make_context(yang_directory, 0);
@@ -111,18 +110,19 @@ Expected<ClientModel> ClientModel::load(const Models &models, const std::string 
         return tl::unexpected(context.error());
     }
     ly_ctx *const created = context->get();
-    auto loaded = std::make_shared<Loaded>(Loaded{models, std::move(*context), {}});
-    const lys_module *published = ly_ctx_get_module_implemented(models.context(), model_name);
+    auto loaded = std::make_shared<Loaded>(Loaded{models, std::move(*context), nullptr, {}});
+    const lys_module *published = ly_ctx_get_module_implemented(models.context(), module.c_str());
     const lys_module *deviated = nullptr;
-    if (ly_ctx_load_module(created, deviations_name, nullptr, nullptr)) {
-        deviated = ly_ctx_get_module_implemented(created, model_name);
+    if (ly_ctx_load_module(created, deviations.c_str(), nullptr, nullptr)) {
+        deviated = ly_ctx_get_module_implemented(created, module.c_str());
     }
     watch.check();
     if (!published || !deviated) {
-        return tl::unexpected(Error{std::string("cannot load the YANG module ") + deviations_name + " from " +
-                                        yang_directory + ": " + watch.reason(created),
+        return tl::unexpected(Error{"cannot load the YANG module " + deviations + " from " + yang_directory + ": " +
+                                        watch.reason(created),
                                     ""});
     }
+    loaded->published = published;
     const lysc_node *top = nullptr;
     while ((top = lys_getnext(top, nullptr, published->compiled, 0)) != nullptr) {
         if (const lysc_node *same = find_child(nullptr, deviated->compiled, top->name)) {
@@ -134,7 +134,7 @@ Expected<ClientModel> ClientModel::load(const Models &models, const std::string 
 
 ClientModel::Node ClientModel::top(std::string_view ns, std::string_view name) const
 {
-    const lys_module *module = ly_ctx_get_module_implemented(loaded_->models.context(), model_name);
+    const lys_module *const module = loaded_->published;
     return ns == module->ns ? find_child(nullptr, module->compiled, name) : nullptr;
 }
 

@@ -18,9 +18,9 @@ namespace router
 namespace
 {
 
-constexpr std::array<const char *, 6> module_names = {
-    "openconfig-macsec", "Tarvex-crypto-macsec-mka-cfg",    "Tarvex-lib-keychain-cfg",
-    "Tarvex-ifmgr-cfg",  "Tarvex-crypto-macsec-mka-if-cfg", "Tarvex-PRIVATE-oc-macsec-oper",
+constexpr std::array native_modules = {
+    "Tarvex-crypto-macsec-mka-cfg",    "Tarvex-lib-keychain-cfg",       "Tarvex-ifmgr-cfg",
+    "Tarvex-crypto-macsec-mka-if-cfg", "Tarvex-PRIVATE-oc-macsec-oper",
 };
 
 std::vector<std::string> key_names(const lysc_node *list)
@@ -163,23 +163,25 @@ Expected<void> check_keys(const Models &models)
 
 } // namespace
 
-Expected<Models> Models::load(const std::string &yang_directory)
+Expected<Models> Models::load(const std::string &yang_directory, const std::vector<std::string> &client_modules)
 {
+    std::vector<std::string> names = client_modules;
+    names.insert(names.end(), native_modules.begin(), native_modules.end());
     const MemoryWatch watch;
     // With its parsed nodes at hand libyang's tree printer shows the data nodes, and groupings where they are used.
     Expected<std::shared_ptr<ly_ctx>> context = make_context(yang_directory, LY_CTX_SET_PRIV_PARSED);
     if (!context) {
         return tl::unexpected(context.error());
     }
-    for (const char *name : module_names) {
-        if (!ly_ctx_load_module(context->get(), name, nullptr, nullptr)) {
-            return tl::unexpected(Error{"cannot load the YANG module " + std::string(name) + " from " + yang_directory +
-                                            ": " + watch.reason(context->get()),
+    for (const std::string &name : names) {
+        if (!ly_ctx_load_module(context->get(), name.c_str(), nullptr, nullptr)) {
+            return tl::unexpected(Error{"cannot load the YANG module " + name + " from " + yang_directory + ": " +
+                                            watch.reason(context->get()),
                                         ""});
         }
     }
     watch.check();
-    Models models(std::move(*context));
+    Models models(std::move(*context), std::move(names));
     if (auto good = check_keys(models); !good) {
         return tl::unexpected(good.error());
     }
@@ -189,8 +191,8 @@ Expected<Models> Models::load(const std::string &yang_directory)
 std::vector<ModuleInfo> Models::modules() const
 {
     std::vector<ModuleInfo> found;
-    for (const char *name : module_names) {
-        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name)) {
+    for (const std::string &name : names_) {
+        if (const lys_module *module = ly_ctx_get_module_implemented(context_.get(), name.c_str())) {
             found.push_back({module->name, module->ns, module->prefix});
         }
     }

@@ -17,6 +17,7 @@
 #include "edit_checker.h"
 #include "environment.h"
 #include "native_store.h"
+#include "openconfig.h"
 #include "random_edits.h"
 #include "tqm/framework.h"
 
@@ -175,7 +176,7 @@ protected:
         auto loaded = ocmap::Environment::load({PLUGIN, YANG});
         ASSERT_TRUE(loaded) << loaded.error().text;
         environment_.emplace(std::move(*loaded));
-        auto model = router::ClientModel::load(environment_->models(), YANG);
+        auto model = ocmap::load_client_model(environment_->models(), YANG);
         ASSERT_TRUE(model) << model.error().text;
         checker_.emplace(std::move(*model));
         framework_.emplace(environment_->plugin(), environment_->schema(), tqm::Watch{}, &*checker_);

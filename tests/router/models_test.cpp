@@ -47,7 +47,7 @@ TEST(Models, SayWhichModuleIsMissing)
     const auto empty = Models::load(directory);
     rmdir(directory.c_str());
     ASSERT_FALSE(empty);
-    EXPECT_NE(empty.error().text.find("openconfig-macsec"), std::string::npos);
+    EXPECT_NE(empty.error().text.find("Tarvex-crypto-macsec-mka-cfg"), std::string::npos);
 }
 
 TEST(Models, RefuseAListWithThreeKeys)

@@ -137,7 +137,7 @@ public:
 
 inline const Models &models()
 {
-    static const Expected<Models> loaded = Models::load(OC_MACSEC_YANG_DIRECTORY);
+    static const Expected<Models> loaded = Models::load(OC_MACSEC_YANG_DIRECTORY, {"openconfig-macsec"});
     if (!loaded) {
         std::abort();
     }

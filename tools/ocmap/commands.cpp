@@ -26,6 +26,7 @@
 #include "mapping_page.h"
 #include "model_tree.h"
 #include "native_store.h"
+#include "openconfig.h"
 #include "printable.h"
 #include "tqm/framework.h"
 
@@ -52,7 +53,7 @@ public:
         }
         std::optional<ModelChecker> checker;
         if (checks) {
-            auto model = router::ClientModel::load(environment->models(), options.locations.yang.string());
+            auto model = load_client_model(environment->models(), options.locations.yang.string());
             if (!model) {
                 return tl::unexpected(from_router(model.error()));
             }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "native_store.h"
+#include "openconfig.h"
 #include "simulation/derive_state.h"
 
 namespace ocmap
@@ -111,7 +112,7 @@ Environment::Environment(router::Setup native, tqm::Plugin plugin)
 
 tqm::Expected<Environment> Environment::load(const Locations &locations)
 {
-    auto models = router::Models::load(locations.yang.string());
+    auto models = load_models(locations.yang.string());
     if (!models) {
         return tl::unexpected(from_router(models.error()));
     }

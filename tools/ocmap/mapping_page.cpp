@@ -12,6 +12,7 @@
 #include "model_queries.h"
 #include "model_tree.h"
 #include "native_store.h"
+#include "openconfig.h"
 #include "tqm/framework.h"
 
 namespace ocmap
@@ -158,7 +159,7 @@ private:
         for (std::size_t slash = 0; (slash = path.find('/', begin)) != std::string::npos; begin = slash + 1) {
             const std::string step = path.substr(begin, slash - begin);
             walked += "/" + step;
-            open += "<" + step + (begin == 1 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">");
+            open += "<" + step + (begin == 1 ? std::string(" xmlns='") + openconfig_ns + "'>" : ">");
             if (const tqm::SchemaNode *const known = environment_.schema().find(walked);
                 known != nullptr && known->is_list()) {
                 open += "<" + known->keys.front() + ">01</" + known->keys.front() + ">";

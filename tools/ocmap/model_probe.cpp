@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "explain.h"
+#include "openconfig.h"
 
 namespace ocmap
 {
@@ -105,7 +106,7 @@ private:
             const bool is_leaf = is_target && info.kind != router::NodeKind::list;
             const bool names_own_key = info.is_key && i + 2 == steps.size();
             open += "<" + steps[i] + (is_target ? attribute : "");
-            open += i == 0 ? std::string(" xmlns='") + router::ns::openconfig + "'>" : ">";
+            open += i == 0 ? std::string(" xmlns='") + openconfig_ns + "'>" : ">";
             if (known != nullptr && known->is_list() && !names_own_key) {
                 open += "<" + known->keys.front() + ">" + any_key + "</" + known->keys.front() + ">";
             }
@@ -152,7 +153,7 @@ tqm::Expected<std::vector<ProbedNode>> probe_model(const Environment &environmen
 {
     const Prober prober(environment);
     std::vector<ProbedNode> nodes;
-    for (const router::SchemaNode &info : environment.models().nodes(router::ns::openconfig)) {
+    for (const router::SchemaNode &info : environment.models().nodes(openconfig_ns)) {
         auto node = prober.probe(info);
         if (!node) {
             return tl::unexpected(node.error());

@@ -8,6 +8,7 @@
 
 #include <libyang/libyang.h>
 
+#include "openconfig.h"
 #include "router/memory.h"
 
 namespace ocmap
@@ -130,7 +131,7 @@ std::vector<std::string> sample_values(const router::Models &models, const std::
     static const std::vector<std::string> texts = {"0123456789abcdef0123456789abcdef", "2030-01-02T03:04:05",
                                                    "2030-01-02T03:04:05Z+00:00", "2030-01-02T03:04:05.25Z+02:00"};
     std::vector<std::string> samples;
-    const lys_module *module = ly_ctx_get_module_implemented_ns(models.context(), router::ns::openconfig);
+    const lys_module *module = ly_ctx_get_module_implemented_ns(models.context(), openconfig_ns);
     const lysc_node *node = find_node(module->compiled, nullptr, path);
     if (node == nullptr || (node->nodetype & (LYS_LEAF | LYS_LEAFLIST)) == 0) {
         return samples;

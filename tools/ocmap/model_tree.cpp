@@ -10,6 +10,7 @@
 
 #include "model_queries.h"
 #include "native_store.h"
+#include "openconfig.h"
 
 namespace ocmap
 {
@@ -49,7 +50,7 @@ NativePaths native_paths(const router::Models &models)
 {
     NativePaths paths;
     for (router::SchemaNode &node : models.nodes()) {
-        if (node.ns != router::ns::openconfig) {
+        if (node.ns != openconfig_ns) {
             paths.insert(std::move(node.path));
         }
     }
@@ -121,7 +122,7 @@ tqm::Expected<std::string> model_tree(const Environment &environment)
 
 tqm::Expected<std::string> tree_of(const Environment &environment, const std::vector<ProbedNode> &nodes)
 {
-    const auto lines = tree_lines(environment.models(), router::ns::openconfig);
+    const auto lines = tree_lines(environment.models(), openconfig_ns);
     if (!lines) {
         return tl::unexpected(from_router(lines.error()));
     }

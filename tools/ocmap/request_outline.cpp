@@ -18,11 +18,6 @@ bool is_at(const RequestNode &node, const std::string &path)
     return with_value == path;
 }
 
-uint32_t child_count(const rdl_tqm_datatree &node)
-{
-    return (node.present & TQM_PRESENT_SUBTREE) != 0 && node.subtree != nullptr ? node.subtree_count : 0;
-}
-
 } // namespace
 
 RequestOutline::RequestOutline(const tqm::Schema &schema, tqm::Request &request, Explanation &explanation)
@@ -83,12 +78,13 @@ void RequestOutline::add(const rdl_tqm_datatree &node, std::size_t depth, const 
     }
     const std::string path = shown.path;
     auto [left, left_end] = left_out_.equal_range(&node);
-    for (uint32_t i = 0; i <= child_count(node); ++i) {
+    const std::span<const rdl_tqm_datatree> children = tqm::children_of(node);
+    for (uint32_t i = 0; i <= children.size(); ++i) {
         for (; left != left_end && left->second->position == i; ++left) {
             add_left_out(*left->second, depth + 1, schema_path, path);
         }
-        if (i < child_count(node)) {
-            add(node.subtree[i], depth + 1, schema_path, path);
+        if (i < children.size()) {
+            add(children[i], depth + 1, schema_path, path);
         }
     }
 }

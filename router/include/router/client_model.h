@@ -21,9 +21,10 @@ namespace router
 class ClientModel
 {
 public:
-    // Adds to the published model, which is `models`', what the module of deviations says. Fails, with libyang's
-    // reason, if that module is not in the directory or does not parse.
-    static Expected<ClientModel> load(const Models &models, const std::string &yang_directory);
+    // Adds to the published model, the module `module` of `models`, what the module `deviations` of the directory says.
+    // Fails, with libyang's reason, if that one is not there or does not parse.
+    static Expected<ClientModel> load(const Models &models, const std::string &yang_directory,
+                                      const std::string &module, const std::string &deviations);
 
     // A schema node; null where there is none.
     using Node = const lysc_node *;

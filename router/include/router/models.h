@@ -16,7 +16,6 @@ namespace router
 // Namespace URIs of the modules.
 namespace ns
 {
-inline constexpr const char *openconfig = "http://openconfig.net/yang/macsec";
 inline constexpr const char *policies = "http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg";
 inline constexpr const char *keychains = "http://tarvex.example/ns/yang/Tarvex-lib-keychain-cfg";
 inline constexpr const char *interfaces = "http://tarvex.example/ns/yang/Tarvex-ifmgr-cfg";
@@ -54,9 +53,10 @@ struct ModuleInfo {
 class Models
 {
 public:
-    // Loads the six modules from the directory. Fails, naming the module and libyang's reason, if one is missing or
-    // does not parse; and if a list has more than two keys, naming it.
-    static Expected<Models> load(const std::string &yang_directory);
+    // Loads `client_modules`, which clients speak, and the native modules from the directory. Fails, naming the module
+    // and libyang's reason, if one is missing or does not parse; and if a list has more than two keys, naming it.
+    static Expected<Models> load(const std::string &yang_directory,
+                                 const std::vector<std::string> &client_modules = {});
 
     // In the order in which they were loaded.
     std::vector<ModuleInfo> modules() const;
@@ -69,9 +69,13 @@ public:
     const ly_ctx *context() const { return context_.get(); }
 
 private:
-    explicit Models(std::shared_ptr<ly_ctx> context) : context_(std::move(context)) {}
+    Models(std::shared_ptr<ly_ctx> context, std::vector<std::string> names)
+        : context_(std::move(context)), names_(std::move(names))
+    {
+    }
 
     std::shared_ptr<ly_ctx> context_;
+    std::vector<std::string> names_; // of the modules, as they were loaded
 };
 
 } // namespace router
