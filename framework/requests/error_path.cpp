@@ -1,4 +1,4 @@
-// See error_path.h. Paths are of this library's own making: steps without prefixes, keys as append_key writes them.
+// Paths are of this library's own making: steps without prefixes, keys as append_key writes them.
 #include "requests/error_path.h"
 
 #include <algorithm>
