@@ -1,4 +1,4 @@
-// Building of walked trees by hand.
+// Building of walked trees by calls, without a document.
 #include <algorithm>
 
 #include "tqm/tree.h"
