@@ -1,4 +1,4 @@
-// See json_reader.h. The parser calls the handler below for each token; nothing but the document object is built.
+// The parser calls the handler below for each token; nothing but the document object is built.
 #include "documents/json_reader.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// See json_writer.h.
 #include "documents/json_writer.h"
 
 #include <algorithm>

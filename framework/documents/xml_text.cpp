@@ -1,4 +1,3 @@
-// See xml_text.h.
 #include "documents/xml_text.h"
 
 #include <algorithm>

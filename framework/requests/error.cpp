@@ -1,4 +1,4 @@
-// See tqm/error.h. The only place that knows how error tags are written.
+// The only place that knows how error tags are written.
 #include "tqm/error.h"
 
 #include <algorithm>

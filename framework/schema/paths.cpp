@@ -1,4 +1,3 @@
-// See paths.h.
 #include "schema/paths.h"
 
 #include <algorithm>

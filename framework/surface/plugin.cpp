@@ -1,4 +1,3 @@
-// See tqm/plugin.h.
 #include "tqm/plugin.h"
 
 #include <cerrno>

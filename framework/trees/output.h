@@ -1,5 +1,5 @@
 // The output of a request while it grows: makes nodes and finds them again. Which instance of a list an add belongs to
-// is decided by its users (placing in request_impl.h).
+// is decided by its users (walk/placing.h).
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// See tqm/tree.h.
+// Building of walked trees by calls, without a document.
 #include <algorithm>
 
 #include "tqm/tree.h"

@@ -10,8 +10,8 @@
 namespace router
 {
 
-// Each may be null, for nothing: the first sibling of a tree's top. In the order of the models, what goes before what
-// comes; fails for want of memory. Takes time in the size of both.
+/// Each may be null, for nothing: the first sibling of a tree's top. In the order of the models, what goes before what
+/// comes; fails for want of memory. Takes time in the size of both.
 Expected<std::vector<Change>> changes_between(const lyd_node *before, const lyd_node *after);
 
 } // namespace router

@@ -14,7 +14,7 @@
 namespace router
 {
 
-// An open file descriptor, closed with the object; -1 for none.
+/// An open file descriptor, closed with the object; -1 for none.
 class Descriptor
 {
 public:
@@ -39,7 +39,7 @@ private:
     int fd_;
 };
 
-// Calls again what a signal has interrupted.
+/// Calls again what a signal has interrupted.
 template <typename Call>
 auto uninterrupted(Call call)
 {
@@ -50,7 +50,7 @@ auto uninterrupted(Call call)
     return result;
 }
 
-// Writes all of the text, or fails and leaves the reason in errno.
+/// Writes all of the text, or fails and leaves the reason in errno.
 inline bool write_all(int fd, std::string_view content)
 {
     while (!content.empty()) {
@@ -63,7 +63,7 @@ inline bool write_all(int fd, std::string_view content)
     return true;
 }
 
-// The error that errno says.
+/// The error that errno says.
 inline tl::unexpected<Error> system_error(const std::string &what, const std::string &path)
 {
     return tl::unexpected(Error{"cannot " + what + " " + path + ": " + std::strerror(errno)});

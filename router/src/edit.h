@@ -17,7 +17,7 @@ namespace router
 class Editor
 {
 public:
-    // Works on `tree`, which the caller throws away if an edit fails.
+    /// Works on `tree`, which the caller throws away if an edit fails.
     Editor(const ly_ctx *context, const ShownEntries &shown_entries, Tree &tree)
         : context_(context), shown_entries_(shown_entries), tree_(tree)
     {
@@ -25,17 +25,17 @@ public:
 
     Expected<void> apply(const EditNode *trees);
 
-    // Whether the tree is another than before.
+    /// Whether the tree is another than before.
     bool changed() const { return changed_; }
 
 private:
-    // A place for data: a container or entry that is there, or one that is made when data come below it.
+    /// A place for data: a container or entry that is there, or one that is made when data come below it.
     struct Place {
         Place *parent;
         const lysc_node *schema;
         lyd_node *node;
     };
-    // The entries that an edit names with all keys, to set something, in one list among the children of one node.
+    /// The entries that an edit names with all keys, to set something, in one list among the children of one node.
     using Named = std::unordered_map<std::string, const EditNode *>;
 
     Expected<void> apply_node(const EditNode &node, const EditNode *siblings, Place *parent);
@@ -48,8 +48,8 @@ private:
                                  const Keys &keys);
     Expected<void> set_leaf(const EditNode &node, Place &parent, const lysc_node *schema, lyd_node *leaf);
 
-    // What a removal of all entries takes of those that the edit names: `removals` are the children of the entry that
-    // stands for all, `named` those of the one that is named (null: nothing is), `data` the parent of both's data.
+    /// What a removal of all entries takes of those that the edit names: `removals` are the children of the entry that
+    /// stands for all, `named` those of the one that is named (null: nothing is), `data` the parent of both's data.
     void sweep(const EditNode *removals, lyd_node *data, const EditNode *named);
     void sweep_container(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named);
     void sweep_entries(const EditNode &removal, const lysc_node *schema, lyd_node *data, const EditNode *named);
@@ -61,7 +61,7 @@ private:
     bool make_entry(Place &entry, const Keys &keys);
     void remove(lyd_node *node);
     void remove_contents(lyd_node *node);
-    // Takes away a leaf and, if it is in a case, what there is of the other cases. False if there was nothing.
+    /// Takes away a leaf and, if it is in a case, what there is of the other cases. False if there was nothing.
     bool remove_setting(lyd_node *parent, const lysc_node *schema);
     bool remove_other_cases(lyd_node *parent, const lysc_node *schema);
 

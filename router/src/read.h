@@ -18,15 +18,15 @@ public:
     Reader(const ly_ctx *context, const ShownEntries &shown_entries, Sink &sink);
     ~Reader();
 
-    // `top` is the first of the top-level nodes, or null.
+    /// `top` is the first of the top-level nodes, or null.
     void read(const EditNode &filter, const lyd_node *top);
 
 private:
-    // What filters choose of a node.
+    /// What filters choose of a node.
     struct Choice;
     struct ChosenChild;
     using Choices = std::vector<const Choice *>;
-    // Children of a node that are chosen, each once, with the choices that it fell under.
+    /// Children of a node that are chosen, each once, with the choices that it fell under.
     class Selection;
 
     void add(const EditNode &filter, const lysc_node *schema, Choice &choice) const;
@@ -47,8 +47,8 @@ private:
     const ShownEntries &shown_entries_;
     Sink &sink_;
     EntryFinder finder_;
-    std::unordered_map<const lysc_node *, std::unique_ptr<Choice>> markers_; // null where there is none
-    // Containers that are open for us and not yet for the sink, since nothing in them has been chosen so far.
+    std::unordered_map<const lysc_node *, std::unique_ptr<Choice>> markers_; ///< null where there is none
+    /// Containers that are open for us and not yet for the sink, since nothing in them has been chosen so far.
     std::vector<const lyd_node *> pending_;
 };
 

@@ -15,18 +15,18 @@ namespace router
 class StoreFile
 {
 public:
-    // For Access::write makes the directory if it is missing and takes its lock.
+    /// For Access::write makes the directory if it is missing and takes its lock.
     static Expected<StoreFile> open(const std::string &directory, Access access, const LockWait &wait);
 
-    // A directory that open() made stays.
+    /// A directory that open() made stays.
     void keep_directory();
 
     const std::string &path() const { return path_; }
 
-    // All of the file, or nothing if there is none.
+    /// All of the file, or nothing if there is none.
     Expected<std::optional<std::string>> load() const;
 
-    // Puts `content` in the file's place, so that after a crash there is the old one or the new one. Mode 0600.
+    /// Puts `content` in the file's place, so that after a crash there is the old one or the new one. Mode 0600.
     Expected<void> save(std::string_view content) const;
 
 private:
@@ -34,7 +34,7 @@ private:
 
     std::string directory_;
     std::string path_;
-    std::optional<StoreLock> lock_; // none for a reader
+    std::optional<StoreLock> lock_; ///< none for a reader
 };
 
 } // namespace router

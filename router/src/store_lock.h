@@ -14,13 +14,13 @@ namespace router
 class StoreLock
 {
 public:
-    // Makes the directory (0700) if it is missing, and takes its lock. Fails with Fault::busy when `wait` ends
-    // before the writer who has it does; then, as after any failure, nothing is left of what this call made.
+    /// Makes the directory (0700) if it is missing, and takes its lock. Fails with Fault::busy when `wait` ends
+    /// before the writer who has it does; then, as after any failure, nothing is left of what this call made.
     static Expected<StoreLock> take(const std::string &directory, const LockWait &wait);
 
     StoreLock(StoreLock &&other) noexcept;
     StoreLock &operator=(StoreLock &&) = delete;
-    // Takes away a directory that take() made, unless keep() was called or somebody has put something into it.
+    /// Takes away a directory that take() made, unless keep() was called or somebody has put something into it.
     ~StoreLock();
 
     void keep() { made_directory_ = false; }
@@ -29,8 +29,8 @@ private:
     StoreLock(const std::string &directory, bool made_directory);
 
     std::string directory_;
-    std::string path_; // of the lock
-    Descriptor lock_;  // none until it is taken
+    std::string path_; ///< of the lock
+    Descriptor lock_;  ///< none until it is taken
     bool made_directory_;
 };
 

@@ -18,7 +18,7 @@ struct Free {
     void operator()(void *memory) const { std::free(memory); }
 };
 
-// One node that is linked nowhere, with all below it.
+/// One node that is linked nowhere, with all below it.
 using Detached = std::unique_ptr<lyd_node, FreeTree>;
 
 using Text = std::unique_ptr<char, Free>;

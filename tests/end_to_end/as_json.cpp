@@ -1,4 +1,4 @@
-// See as_json.h. Written apart from the reader that it judges: it goes by the tags of the model's lists.
+// Written apart from the reader that it judges: it goes by the tags of the model's lists.
 #include "as_json.h"
 
 #include <cstring>

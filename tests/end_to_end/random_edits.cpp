@@ -1,4 +1,3 @@
-// See random_edits.h.
 #include "random_edits.h"
 
 #include <algorithm>

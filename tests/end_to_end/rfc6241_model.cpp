@@ -1,4 +1,3 @@
-// See rfc6241_model.h.
 #include "rfc6241_model.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// See edit_checker.h. One walk over the edit beside the model.
+// One walk over the edit beside the model.
 #include "edit_checker.h"
 
 #include <algorithm>

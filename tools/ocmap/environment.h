@@ -15,8 +15,8 @@ namespace ocmap
 {
 
 struct Locations {
-    std::filesystem::path plugin; // libymap_oc_macsec.so
-    std::filesystem::path yang;   // directory of the six modules
+    std::filesystem::path plugin; ///< libymap_oc_macsec.so
+    std::filesystem::path yang;   ///< directory of the six modules
 };
 
 /// Where the files of the build tree or installation that the running program belongs to are.

@@ -34,7 +34,7 @@ private:
     const tqm::Request &request_;
     Explanation &explanation_;
     std::unordered_map<const char *, std::size_t> by_tag_;
-    std::multimap<const rdl_tqm_datatree *, const tqm::LeftOut *> left_out_; // equal keys stay in document order
+    std::multimap<const rdl_tqm_datatree *, const tqm::LeftOut *> left_out_; ///< equal keys stay in document order
 };
 
 } // namespace ocmap

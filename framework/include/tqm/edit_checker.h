@@ -30,6 +30,7 @@ public:
     virtual const char *text(const rdl_tqm_datatree &node) const = 0;
 };
 
+/// Is asked on the thread of the framework that it is given to: several frameworks want one each, or one that copes.
 class TQM_EXPORT EditChecker
 {
 public:

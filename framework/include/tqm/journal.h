@@ -25,6 +25,7 @@ extern "C" {
 namespace tqm
 {
 
+/// Written to on the thread of the request that it watches; requests side by side want one each, or a sink that copes.
 class TQM_EXPORT Journal
 {
 public:
@@ -43,6 +44,7 @@ private:
     bool questions_;
 };
 
+/// Counts the calls of the requests that it is given to, which are one thread's.
 class TQM_EXPORT Faults
 {
 public:

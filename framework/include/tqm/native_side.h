@@ -21,7 +21,8 @@ struct NativeError {
 };
 
 /// One edit reads first what it asks of the data, and then writes: whoever shares the data among several editors keeps
-/// the others out from the first read to the end of the edit.
+/// the others out from the first read to the end of the edit. Calls come on the thread of the request, and not during a
+/// walk: those of other threads may be walking meanwhile.
 class TQM_EXPORT NativeSide
 {
 public:

@@ -32,7 +32,7 @@ struct Added {
 };
 
 /// Is told of a walk in its order. Who reads or adds is null before the first function has named itself. Calls last as
-/// long as the event.
+/// long as the event. Events come on the thread of the walk.
 class TQM_EXPORT Observer
 {
 public:

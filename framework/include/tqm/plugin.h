@@ -14,6 +14,8 @@
 namespace tqm
 {
 
+/// Copies share the library, which is closed with the last of them. Only read once it is there, by any number of
+/// threads; its functions are not, and run one walk at a time (Framework).
 class TQM_EXPORT Plugin
 {
 public:

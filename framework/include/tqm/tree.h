@@ -139,8 +139,8 @@ struct WrittenOperation {
 TQM_EXPORT WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation);
 
 /// Builds walked trees. Texts are copied into the memory of the request that the builder comes from (Request::builder),
-/// which must outlive it. Calls must be balanced; leaves and nodes may come in any order, and all nodes opened at the
-/// outermost level are roots.
+/// which must outlive it, and is used on that one's thread. Calls must be balanced; leaves and nodes may come in any
+/// order, and all nodes opened at the outermost level are roots.
 class TQM_EXPORT TreeBuilder
 {
 public:

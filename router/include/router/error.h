@@ -7,7 +7,7 @@
 namespace router
 {
 
-// What kind of refusal it is. Whoever speaks a protocol has its names for them.
+/// What kind of refusal it is. Whoever speaks a protocol has its names for them.
 enum class Fault {
     failed,
     unknown_node,
@@ -22,13 +22,13 @@ enum class Fault {
 };
 
 struct Error {
-    // One line for the user: the value (never a secret one) and the rule.
+    /// One line for the user: the value (never a secret one) and the rule.
     std::string text;
-    // The instance in question as an absolute path without prefixes, e.g.
-    // "/macsec/policy-names/policy-name[name='P1']/key-server-priority". Empty where no one node is to blame.
+    /// The instance in question as an absolute path without prefixes, e.g.
+    /// "/macsec/policy-names/policy-name[name='P1']/key-server-priority". Empty where no one node is to blame.
     std::string path = {};
     Fault fault = Fault::failed;
-    // Of an edit: EditNode::origin of the node that is to blame; null if it is not known.
+    /// Of an edit: EditNode::origin of the node that is to blame; null if it is not known.
     const void *origin = nullptr;
 };
 

@@ -11,7 +11,7 @@
 namespace router
 {
 
-// Watches the calls of libyang that are made while it lives, none of which may be an editor's of files.
+/// Watches the calls of libyang that are made while it lives, none of which may be an editor's of files.
 class MemoryWatch
 {
 public:
@@ -20,7 +20,7 @@ public:
     MemoryWatch &operator=(const MemoryWatch &) = delete;
     ~MemoryWatch() { errno = before_; }
 
-    // Throws std::bad_alloc, as the standard library does, if memory has run out since.
+    /// Throws std::bad_alloc, as the standard library does, if memory has run out since.
     void check() const
     {
         if (errno == ENOMEM) {
@@ -28,8 +28,8 @@ public:
         }
     }
 
-    // The reason of a call that has failed in `context`. Files that are read on the way change errno; but a failure
-    // whose reason could not even be kept is want of memory.
+    /// The reason of a call that has failed in `context`. Files that are read on the way change errno; but a failure
+    /// whose reason could not even be kept is want of memory.
     const char *reason(const ly_ctx *context) const
     {
         check();
@@ -43,7 +43,7 @@ private:
     int before_;
 };
 
-// The answer of one of libyang's searches. What is neither found nor not there is an error, and thrown.
+/// The answer of one of libyang's searches. What is neither found nor not there is an error, and thrown.
 inline bool found(LY_ERR code)
 {
     if (code == LY_EMEM) {

@@ -49,7 +49,7 @@ public:
 
     const Models &models() const { return models_; }
 
-    // For the router's own use.
+    /// For the router's own use.
     const ShownEntries &shown_entries() const { return *shown_entries_; }
     const OperationalSource &source() const { return source_; }
 

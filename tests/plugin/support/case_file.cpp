@@ -1,4 +1,4 @@
-// See case_file.h: reading and writing of the files, and the tests made of them.
+// Reading and writing of case files, and the tests made of them.
 #include "case_file.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// See case_file.h: what a case shows.
+// What a case shows.
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>

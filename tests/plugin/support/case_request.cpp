@@ -1,4 +1,3 @@
-// See case_request.h.
 #include "case_request.h"
 
 #include <gtest/gtest.h>

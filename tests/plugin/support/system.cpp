@@ -1,4 +1,4 @@
-// See system.h. The functions stand before libc's: a program that links this exports its symbols.
+// The functions stand before libc's: a program that links this exports its symbols.
 #include "system.h"
 
 #include <fcntl.h>

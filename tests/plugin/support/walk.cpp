@@ -1,4 +1,4 @@
-// See walk.h. The framework is met here and nowhere else in the tests of the plug-in.
+// The framework is met here and nowhere else in the tests of the plug-in.
 #include "walk.h"
 
 #include <gtest/gtest.h>

@@ -21,7 +21,7 @@ public:
     std::string place_of(std::size_t offset) const;
 
 private:
-    std::vector<std::size_t> ends_; // offsets of the line feeds
+    std::vector<std::size_t> ends_; ///< offsets of the line feeds
 };
 
 } // namespace text
