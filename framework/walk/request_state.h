@@ -21,7 +21,7 @@
 namespace tqm
 {
 
-class Request::Impl
+class TQM_HIDDEN Request::Impl
 {
 public:
     Impl(const Schema &schema, std::span<const tqm_map_reg_info> registrations, uint32_t kind, Direction direction,

@@ -175,9 +175,10 @@ Expected<Models> Models::load(const std::string &yang_directory, const std::vect
     }
     for (const std::string &name : names) {
         if (!ly_ctx_load_module(context->get(), name.c_str(), nullptr, nullptr)) {
-            return tl::unexpected(Error{"cannot load the YANG module " + name + " from " + yang_directory + ": " +
-                                            watch.reason(context->get()),
-                                        ""});
+            std::string message = "cannot load the YANG module ";
+            message.append(name).append(" from ").append(yang_directory).append(": ");
+            message += watch.reason(context->get());
+            return tl::unexpected(Error{std::move(message), ""});
         }
     }
     watch.check();

@@ -2,6 +2,7 @@
 // inside mean is left to the request that is made of them. Documents out are printed by Trees (framework.h).
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -21,7 +22,7 @@ struct DocumentContent;
 class TQM_EXPORT Document
 {
 public:
-    /// Parses `text`. Fails with line and column where the text is no XML.
+    /// Parses `text`. XML, or JSON where it begins as such. Fails with line and column where it is neither.
     static Expected<Document> parse(std::string_view text);
     /// Reads `file` to its end. The caller closes it. Fails as parse() does, and where the file cannot be read.
     static Expected<Document> read(std::FILE *file);

@@ -76,12 +76,14 @@ struct Error {
     ErrorType type = ErrorType::application;
     ErrorSeverity severity = ErrorSeverity::error;
     std::string app_tag = {};
-    std::string bad_element = {};        ///< error-info, where the tag asks for it
-    std::string bad_attribute = {};      ///< the same
-    std::string bad_namespace = {};      ///< the same
-    std::vector<PathStep> instance = {}; ///< error-path: the same place as `path`, node by node; empty with it
-    std::string native_path = {};        ///< where the router has refused: its own place
-    std::string native_text = {};        ///< and its own words
+    std::string bad_element = {};   ///< error-info, where the tag asks for it
+    std::string bad_attribute = {}; ///< the same
+    std::string bad_namespace = {}; ///< the same
+    /// error-path: the place node by node, with namespaces once the framework gives the error away. Empty for a place
+    /// that no model has; of an unknown namespace it is that of the node around.
+    std::vector<PathStep> instance = {};
+    std::string native_path = {}; ///< where the router has refused: its own place
+    std::string native_text = {}; ///< and its own words
 
     /// Says where: gives `path` and `instance`.
     Error &at(const InstancePath &place)
@@ -91,14 +93,6 @@ struct Error {
         return *this;
     }
 };
-
-/// What is told where memory could not be had.
-inline Error out_of_memory()
-{
-    Error error{"out of memory"};
-    error.error_tag = ErrorTag::resource_denied;
-    return error;
-}
 
 /// The error's place in the form of an XML message; an empty text where it has none.
 TQM_EXPORT InstanceIdentifier xml_path(const Error &error);

@@ -2,3 +2,5 @@
 #pragma once
 
 #define TQM_EXPORT __attribute__((visibility("default")))
+/// A part of what is marked that nobody outside meets.
+#define TQM_HIDDEN __attribute__((visibility("hidden")))

@@ -2,10 +2,13 @@
 // functions nor the native side but by their interfaces.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tqm/document.h"
@@ -27,8 +30,8 @@ enum class Envelope {
     none     ///< nothing: the trees one after another, in JSON the members of one object
 };
 
-/// Built trees together with all that they live in; the schema that they were built with must outlive them. Reading and
-/// printing them needs no lock: several threads may, each its own or one at a time the same.
+/// Built trees together with all that they live in, which copies share; the schema that they were built with must
+/// outlive them. Nothing changes in them any more: any number of threads may read and print them.
 class TQM_EXPORT Trees
 {
 public:
@@ -47,6 +50,8 @@ private:
     friend class Framework;
     enum class Wrapper { config, filter, data };
 
+    Trees() = default;
+
     bool print_to(const std::function<bool(std::string_view)> &sink, Format format, Envelope envelope) const;
 
     std::shared_ptr<Request> request_; ///< which the nodes live in
@@ -57,7 +62,7 @@ private:
 };
 
 /// `plugin`, `schema`, `checker` and what `watch` points at are borrowed, and must outlive it. Errors carry their place
-/// also node by node (Error::instance).
+/// also node by node (Error::instance), but those of NativeSide::read, which are given on as they are.
 ///
 /// One framework is one thread's at a time. Several may share a plug-in and a schema: one walk runs at a time in a
 /// process, from its root walker to the return, as plug-ins keep data between their calls; what surrounds it - parsing,

@@ -2,10 +2,10 @@
 // watch a plug-in through these.
 //
 // A line is written when its operation returns:
-//   tqm_map_datatree_add_path_flagged("/macsec/policy-names/policy-name/name", ns=mka-cfg, value="P1",
-//   source=name:merge,
-//       list_entry=0, flags=0) = 0
-// (on one line). A text is in quotes, an absent one is null; a namespace is shown by its last component; a source node
+//
+//   tqm_map_search_list("/macsec/mka/policies/policy", key="P1", key_leaf="name", ns=macsec) = 0
+//
+// A text is in quotes, an absent one is null; a namespace is shown by its last component; a source node
 // by its tag and operation; a node by its tag. Values that the schema hides are shown as ***. Results
 // are decimal 0 or 0x and eight digits.
 #pragma once
@@ -14,6 +14,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tqm/export.h"

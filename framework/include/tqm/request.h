@@ -2,6 +2,7 @@
 // leave behind. The framework makes one for each walk; tests of a plug-in make their own and call its functions.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
@@ -81,8 +82,8 @@ public:
     /// The request's trees; of a forward request at most one. Null when there is none.
     rdl_tqm_datatree *tree(uint32_t index = 0);
     uint32_t tree_count() const;
-    /// Tag of an edit's first element of another namespace, known by its address as entered() nodes are. Null if there
-    /// is none.
+    /// Tag of an edit's first element of another namespace, known by its address, as those that an observer is told of.
+    /// Null if there is none.
     const char *foreign_tag() const;
     /// The text that the document has at a deleted node, which the walkers do not get; null if it has none.
     const char *deleted_text(const rdl_tqm_datatree &node) const;
