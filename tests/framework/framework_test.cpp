@@ -258,6 +258,36 @@ TEST_F(Frameworks, what_was_printed_is_read_as_the_same)
     }
 }
 
+TEST_F(Frameworks, json_has_a_value_in_the_form_of_its_type_or_as_text)
+{
+    tqm::Schema forms = schema();
+    for (const auto &[tag, form] : {std::pair{"text", tqm::ValueForm::text},
+                                    {"number", tqm::ValueForm::number},
+                                    {"boolean", tqm::ValueForm::boolean},
+                                    {"empty", tqm::ValueForm::empty}}) {
+        forms.add({.path = std::string("/oc/policy/") + tag, .kind = tqm::NodeKind::leaf, .form = form});
+    }
+    const struct {
+        const char *tag;
+        std::string value;
+        nlohmann::json printed;
+    } rows[] = {
+        {"number", "0", 0},        {"number", "-12", -12},      {"number", "4294967295", 4294967295},
+        {"number", "007", "007"},  {"number", "-", "-"},        {"number", "12345678901", "12345678901"},
+        {"number", "1x", "1x"},    {"number", "/0:", "/0:"},    {"text", "12", "12"},
+        {"boolean", "true", true}, {"boolean", "false", false}, {"boolean", "1", "1"},
+        {"empty", "", {nullptr}},  {"empty", "x", "x"},         {"text", "\x1f\n\x7f", "\x1f\n\x7f"},
+    };
+    for (const auto &row : rows) {
+        native.data = node("pol", {node("policy", {leaf("name", "P"), leaf(row.tag, row.value)})});
+        std::string text;
+        tqm::Framework(plugin, forms).get(std::nullopt, native)->print(text, tqm::Format::json, tqm::Envelope::none);
+        const nlohmann::json printed = nlohmann::json::parse(text, nullptr, false);
+        ASSERT_FALSE(printed.is_discarded()) << text;
+        EXPECT_EQ(printed["example-oc:oc"]["policy"][0][row.tag], row.printed) << text;
+    }
+}
+
 TEST_F(Frameworks, json_holds_operations_as_metadata_of_their_nodes)
 {
     const auto trees = framework.forward(
