@@ -90,6 +90,11 @@ TEST(Documents, all_wrappers_lead_to_the_same_tree)
               "\">P</y:name></x:policy></x:oc>"}) {
         EXPECT_EQ(read(text), "oc{policy{name='P'}}") << text;
     }
+    EXPECT_EQ(
+        read(rpc("<edit-config xmlns:o=\"urn:o\"><target><running/></target><config xmlns:x=\"" + std::string(oc_ns) +
+                 "\"><x:oc><x:policy><x:name>P</x:name></x:policy></x:oc></config>" + "</edit-config>")),
+        "oc{policy{name='P'}}")
+        << "a prefix that <config> declares";
     EXPECT_EQ(read(rpc("<get/>")), "oc");
     EXPECT_EQ(read(rpc("<get><filter/></get>")), "");
     EXPECT_EQ(

@@ -39,6 +39,9 @@ rcode forward_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
             rc = TQM_ERR_UNSUPPORTED;
         } else if (ctx->request->hdr->kind == TQM_REQ_EDIT && std::strcmp(child.tag, "policy") == 0) {
             rc = forward_policy(ctx, child, out);
+        } else if (std::strcmp(child.tag, "psk") == 0) {
+            rc = tqm_map_datatree_add_path_flagged(ctx, out, "/ifs/if/macsec/psk/chain", other_ns, child.value, &child,
+                                                   nullptr, 0, TQM_ADD_OTHER_MODULE);
         } else if (child.value != nullptr) {
             rc = tqm_map_datatree_add_path(ctx, out, "/pol/leaf", native_ns, child.value, &child, nullptr, 0);
         }
@@ -83,7 +86,7 @@ protected:
     Frameworks()
     {
         std::vector<tqm_map_reg_info> maps = registrations();
-        maps.resize(2); // "kc" lends its OpenConfig top; "pol" does the work
+        maps.pop_back(); // "kc" lends its OpenConfig top; "pol" does the work
         for (tqm_map_reg_info &map : maps) {
             map.forward_root = forward_root;
             map.reverse_root = reverse_root;
@@ -256,6 +259,30 @@ TEST_F(Frameworks, what_was_printed_is_read_as_the_same)
             EXPECT_EQ(value == nullptr ? "no value" : value, text) << printed;
         }
     }
+}
+
+TEST_F(Frameworks, nodes_of_another_module_are_printed_with_its_namespace)
+{
+    const auto trees = framework.forward(Document::parse(top("<psk>K</psk>")).value());
+    ASSERT_TRUE(trees) << trees.error().text;
+    ASSERT_EQ(trees->roots().size(), 2u); // "pol" is always there
+    std::string text;
+    trees->print(text, tqm::Format::xml, tqm::Envelope::none);
+    EXPECT_EQ(text.substr(text.find("<ifs")),
+              "<ifs xmlns=\"http://example.org/native\" xmlns:nc=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n"
+              "  <if>\n"
+              "    <macsec xmlns=\"http://example.org/other\">\n"
+              "      <psk>\n"
+              "        <chain>K</chain>\n"
+              "      </psk>\n"
+              "    </macsec>\n"
+              "  </if>\n"
+              "</ifs>\n");
+    text.clear();
+    trees->print(text, tqm::Format::json, tqm::Envelope::none);
+    EXPECT_EQ(nlohmann::json::parse(text, nullptr, false)["example-native:ifs"],
+              (nlohmann::json{{"if", {{{"http://example.org/other:macsec", {{"psk", {{"chain", "K"}}}}}}}}}))
+        << text;
 }
 
 TEST_F(Frameworks, json_has_a_value_in_the_form_of_its_type_or_as_text)

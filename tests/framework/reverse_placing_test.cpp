@@ -118,6 +118,17 @@ TEST_F(ReversePlacing, an_entry_whose_key_comes_last_joins_the_one_that_has_it)
     EXPECT_EQ(answer(), "oc{policy{config{a=2 only-1=1 only-2=2} name=P state{x=2}}}");
 }
 
+TEST_F(ReversePlacing, an_entry_is_found_by_the_key_that_it_has_now)
+{
+    add(request, "/oc/policy", {.list_entry = 1, .ns = oc_ns});
+    add(request, "/oc/policy/name", {.value = "P", .ns = oc_ns});
+    EXPECT_NE(search("/oc/policy", "P"), nullptr);
+    add(request, "/oc/policy/name", {.value = "Q", .ns = oc_ns});
+    EXPECT_EQ(search("/oc/policy", "P"), nullptr);
+    EXPECT_NE(search("/oc/policy", "Q"), nullptr);
+    EXPECT_EQ(answer(), "oc{policy{name=Q}}");
+}
+
 TEST_F(ReversePlacing, nothing_is_answered_with_nothing)
 {
     add(request, "/oc/policy", {.list_entry = 1, .ns = oc_ns});
