@@ -109,6 +109,7 @@ protected:
         models.add({.path = "/oc", .ns = oc_ns, .kind = tqm::NodeKind::container});
         models.add({.path = "/oc/policy/cipher", .ns = oc_ns, .kind = tqm::NodeKind::leaf_list});
         models.add({.path = "/pol/p/cipher", .ns = native_ns, .kind = tqm::NodeKind::leaf});
+        models.add({.path = "/pol/bad", .ns = native_ns, .kind = tqm::NodeKind::container});
         models.add({.path = "/pol/p/a", .ns = native_ns, .kind = tqm::NodeKind::leaf});
         return models;
     }
@@ -215,13 +216,13 @@ TEST_F(ErrorPlaces, a_failed_read_names_the_native_node_or_the_clients)
         return trees ? "done" : told(trees.error());
     };
     const std::string walked = "bad-element /n:pol/n:bad /example-native:pol/bad n= <bad>";
-    EXPECT_EQ(get(), "bad-element   <bad>"); // a place that no model has
+    EXPECT_EQ(get(), walked);
     native.failing = tl::unexpected(tqm::Error{"no answer", "/pol/p[name='P']"});
     const std::string unread = "operation-failed /n:pol/n:p[n:name='P'] /example-native:pol/p[name='P'] n=";
     EXPECT_EQ(get(), unread);
     EXPECT_EQ(edit("<policy nc:operation='create'><name>P</name></policy>"), unread);
     native.failing = {};
-    EXPECT_EQ(edit("<policy nc:operation='create'><name>P</name></policy>"), "bad-element   <bad>");
+    EXPECT_EQ(edit("<policy nc:operation='create'><name>P</name></policy>"), walked);
     const auto reversed = framework.reverse(
         Document::parse("<pol xmlns='" + std::string(native_ns) + "'><p><name>P</name></p><bad/></pol>").value());
     ASSERT_FALSE(reversed);
