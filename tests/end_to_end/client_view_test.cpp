@@ -1,5 +1,6 @@
 // What a client is told of its edits: refusals in its own terms and as records, and what an edit would do.
 #include <algorithm>
+#include <regex>
 
 #include "support.h"
 
@@ -152,6 +153,17 @@ TEST_F(ClientView, ADryRunTellsWhatAnEditWouldDoAndDoesNothing)
               "would change " + place + "/key-server-priority: 1 -> 2\nwould set " + place + "/delay-protection\n");
     EXPECT_EQ(dry_run("<mka><policies nc:operation='delete'/></mka>").out, "would remove " + place + "\n");
     EXPECT_EQ(dry_run(in_policies(policy("P", ""))).out, "would change nothing\n");
+    const Outcome in_json = dry_run(in_policies(policy("P", "<key-server-priority nc:operation='remove'/>"
+                                                            "<delay-protection>true</delay-protection>"
+                                                            "<macsec-cipher-suite>GCM_AES_128</macsec-cipher-suite>")),
+                                    {"--json"});
+    const auto told = [&](const char *would, const std::string &leaf, const std::string &value) {
+        return "{ \"would\": \"" + std::string(would) + "\", \"path\": \"" + place + leaf + "\"" + value + " }";
+    };
+    EXPECT_EQ(std::regex_replace(in_json.out, std::regex("\\s+"), " "),
+              "{ \"changes\": [ " + told("remove", "/key-server-priority", "") + ", " +
+                  told("set", "/delay-protection", ", \"value\": \"\"") + ", " +
+                  told("set", "/cipher-suite", ", \"value\": \"gcm-aes-128\"") + " ], \"notes\": [] } ");
     EXPECT_NE(dry_run(in_policies(policy("P", "<key-server-priority>2</key-server-priority>")), {"--json"})
                   .out.find("\"before\": \"1\",\n      \"value\": \"2\""),
               std::string::npos);

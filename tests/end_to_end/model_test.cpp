@@ -69,29 +69,12 @@ TEST_F(Model, TheTreeShowsWhereEachNodeGoes)
     ASSERT_TRUE(tree) << tree.error().text;
     const auto beside = beside_nodes(*tree);
     EXPECT_EQ(beside.size(), 110U);
-    const std::string policy = "/macsec/policy-names/policy-name";
-    const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
-    const std::map<std::string, std::string> rows = {
-        {"/macsec/mka/policies", ""},
-        {"/macsec/mka/policies/policy", policy},
-        {"/macsec/mka/policies/policy/config/key-server-priority", policy + "/key-server-priority"},
-        {"/macsec/mka/policies/policy/config/sak-rekey-interval",
-         "get: " + policy + "/{sak-rekey-interval,sak-rekey-interval-sec}; edit: " + policy +
-             "/sak-rekey-interval-sec"},
-        {"/macsec/mka/policies/policy/config/use-updated-eth-header", "not supported"},
-        {"/macsec/mka/policies/policy/state/macsec-cipher-suite",
-         "oper: /oc-macsec/macsec/mka/policies/policy/state/macsec-cipher-suite"},
-        {"/macsec/mka/key-chains/key-chain/mka-keys/mka-key/config/expiration-date-time",
-         lifetime + "{end-date,end-hour,end-minutes,end-month,end-seconds,end-year,infinite-flag,life-time}"},
-        {"/macsec/interfaces/interface/scsa-tx/scsa-tx/sci-tx", "no native node of its own"},
-        {"/macsec/interfaces/interface/scsa-tx/scsa-tx/state/sci-tx",
-         "oper: /oc-macsec/macsec/interfaces/interface/scsa-txes/scsa-tx/state/sci-tx"},
-        {"/macsec/interfaces/interface/mka/config/mka-policy",
-         "/interface-configurations/interface-configuration/macsec/psk-key-chain/policy-name"},
-    };
-    for (const auto &[path, native] : rows) {
-        EXPECT_EQ(beside.at(path), native) << path;
-    }
+    // All places are on the mapping's page; here is how a line tells them.
+    const std::string policy = "/macsec/policy-names/policy-name/";
+    EXPECT_EQ(beside.at("/macsec/mka/policies"), "");
+    EXPECT_EQ(beside.at("/macsec/mka/policies/policy/config/sak-rekey-interval"),
+              "get: " + policy + "{sak-rekey-interval,sak-rekey-interval-sec}; edit: " + policy +
+                  "sak-rekey-interval-sec");
 
     // The counts are those of the lines.
     const auto count = [&](const std::string &beginning) {

@@ -134,15 +134,31 @@ TEST_F(Read, GetReturnsConfigurationAndStateInOneEntry)
     EXPECT_NE(text.find("<sak-hash-errors>0</sak-hash-errors>"), std::string::npos);
 }
 
-TEST_F(Read, TraceLinesAreNumberedThroughBothWalks)
+TEST_F(Read, TraceLinesAreNumberedThroughAllWalks)
 {
-    const Outcome read = ocmap({"get-config", "--store", store(), "--trace"});
-    std::istringstream lines(read.err);
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        EXPECT_TRUE(line.starts_with("#" + std::to_string(++number) + ":")) << line;
+    const std::string create =
+        "<macsec xmlns='http://openconfig.net/yang/macsec' xmlns:nc='urn:ietf:params:xml:ns:netconf:base:1.0'>" +
+        in_policies(policy("P1", "<delay-protection nc:operation='create'>true</delay-protection>")) + "</macsec>";
+    // A create asks first whether its node is there: a walk there and back before that of the edit.
+    const struct {
+        Outcome traced;
+        int headings;
+    } cases[] = {{ocmap({"get-config", "--store", store(), "--trace"}), 0},
+                 {ocmap({"edit", "-", "--store", store(), "--trace"}, create), 2}};
+    for (const auto &[traced, expected_headings] : cases) {
+        std::istringstream lines(traced.err);
+        int number = 0;
+        int headings = 0;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("----")) {
+                ++headings;
+                continue;
+            }
+            EXPECT_TRUE(line.starts_with("#" + std::to_string(++number) + ":")) << line;
+        }
+        EXPECT_EQ(headings, expected_headings);
+        EXPECT_NE(traced.err.find("ymap_to_oc_"), std::string::npos); // there are lines of a walk back
     }
-    EXPECT_NE(read.err.find("ymap_to_oc_"), std::string::npos); // there are lines of the second walk
 }
 
 TEST_F(Read, SavedAnswersAreTakenWhereDataAre)

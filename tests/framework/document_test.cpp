@@ -90,6 +90,11 @@ TEST(Documents, all_wrappers_lead_to_the_same_tree)
               "\">P</y:name></x:policy></x:oc>"}) {
         EXPECT_EQ(read(text), "oc{policy{name='P'}}") << text;
     }
+    EXPECT_EQ(
+        read(rpc("<edit-config xmlns:o=\"urn:o\"><target><running/></target><config xmlns:x=\"" + std::string(oc_ns) +
+                 "\"><x:oc><x:policy><x:name>P</x:name></x:policy></x:oc></config>" + "</edit-config>")),
+        "oc{policy{name='P'}}")
+        << "a prefix that <config> declares";
     EXPECT_EQ(read(rpc("<get/>")), "oc");
     EXPECT_EQ(read(rpc("<get><filter/></get>")), "");
     EXPECT_EQ(
@@ -99,9 +104,9 @@ TEST(Documents, all_wrappers_lead_to_the_same_tree)
 
 TEST(Documents, texts_are_kept_in_edits_and_trimmed_in_filters)
 {
-    const std::string tree = top("<a> x &lt;<![CDATA[&y]]><!-- c -->z </a><b>  </b><c/>");
-    EXPECT_EQ(read(tree), "oc{a=' x <&yz ' b c}");
-    EXPECT_EQ(read(tree, TQM_REQ_GET), "oc{a='x <&yz' b c}");
+    const std::string tree = top("<a> x &lt;<![CDATA[&y]]><!-- c -->z </a><b>  </b><c/><d>&apos;&quot;&#39;&#x41;</d>");
+    EXPECT_EQ(read(tree), "oc{a=' x <&yz ' b c d=''\"'A'}");
+    EXPECT_EQ(read(tree, TQM_REQ_GET), "oc{a='x <&yz' b c d=''\"'A'}");
     EXPECT_EQ(read("<pol xmlns=\"" + std::string(native_ns) + "\"><a/></pol>", TQM_REQ_GET, tqm::Direction::reverse),
               "pol{a=''}");
 }
@@ -126,6 +131,9 @@ TEST(Documents, operations_go_down_to_where_the_walkers_want_them)
 
 TEST(Documents, refusals_name_what_is_wrong)
 {
+    const auto undeclared = [](const std::string &name) {
+        return "error: the prefix of element <" + name + "> is not declared";
+    };
     expect_all({
         {"", "error: the request is empty"},
         {"<!-- -->", "error: the request has no element"},
@@ -147,6 +155,22 @@ TEST(Documents, refusals_name_what_is_wrong)
          "error: operation 'erase' is none of merge, replace, create, delete and remove at /oc/a"},
         {top("<a b=\"\"/>"), "error: unknown attribute 'b' at /oc/a"},
         {top("<a>text<b/></a>"), "error: an element holds text beside its child elements at /oc/a"},
+        {"<x:config>" + top("") + "</x:config>", undeclared("x:config")},
+        {"<x:rpc><get/></x:rpc>", undeclared("x:rpc")},
+        {rpc("<x:get/>"), undeclared("x:get")},
+        {rpc("<get><x:filter/></get>"), undeclared("x:filter")},
+        {rpc("<edit-config><target><running/></target><x:config>" + top("") + "</x:config></edit-config>"),
+         undeclared("x:config")},
+        {rpc("<edit-config><x:target><running/></x:target><config>" + top("") + "</config></edit-config>"),
+         undeclared("x:target")},
+        {rpc("<edit-config xmlns:x=\"urn:x\"><x:target><running/></x:target><config/></edit-config>"),
+         "error: unknown element <x:target> in <edit-config>"},
+        {rpc("<edit-config><target><running/></target><config/><config/></edit-config>"),
+         "error: <config> stands twice in <edit-config>"},
+        {rpc("<edit-config><config/></edit-config>"), "error: <edit-config> lacks <target>"},
+        {rpc("<get><filter f=\"\"/></get>"), "error: unknown attribute 'f' of <filter>"},
+        {rpc(""), "error: the <rpc> holds no operation"},
+        {"<config>x" + top("") + "</config>", "error: there is text between the elements"},
         {rpc("<commit/>"), "error: the operation <commit> is not offered"},
         {rpc("<get/><get/>"), "error: an <rpc> holds one operation, and <get> is a second one"},
         {rpc("<get-config><source><startup/></source></get-config>"),

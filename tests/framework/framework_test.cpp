@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "support.h"
 
@@ -10,6 +11,21 @@ namespace
 
 using namespace test;
 using tqm::Document;
+
+constexpr const char *netconf_ns = "urn:ietf:params:xml:ns:netconf:base:1.0";
+
+rcode forward_policy(tqm_map_ctx ctx, const rdl_tqm_datatree &policy, rdl_tqm_datatree *out)
+{
+    tqm_map_add_to_node_hierarchy(ctx, &policy, TQM_HIER_LIST);
+    rcode rc = tqm_map_datatree_add_path(ctx, out, "/pol/p", native_ns, nullptr, &policy, nullptr, 1);
+    for (uint32_t i = 0; rc == 0 && i < policy.subtree_count; ++i) {
+        const rdl_tqm_datatree &leaf = policy.subtree[i];
+        const std::string path = std::string("/pol/p/") + leaf.tag;
+        rc = tqm_map_datatree_add_path(ctx, out, path.c_str(), native_ns, leaf.value, &leaf, nullptr, 0);
+    }
+    tqm_map_remove_from_node_hierarchy(ctx, &policy);
+    return rc;
+}
 
 /// Forward: "pol" with what the request's policies name. Reverse: policies as they are in the answer.
 rcode forward_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatree *out)
@@ -21,6 +37,11 @@ rcode forward_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
             tqm_oc_error_path(ctx);
             ctx->request->error_tag = tqm_strdup(child.tag, "test");
             rc = TQM_ERR_UNSUPPORTED;
+        } else if (ctx->request->hdr->kind == TQM_REQ_EDIT && std::strcmp(child.tag, "policy") == 0) {
+            rc = forward_policy(ctx, child, out);
+        } else if (std::strcmp(child.tag, "psk") == 0) {
+            rc = tqm_map_datatree_add_path_flagged(ctx, out, "/ifs/if/macsec/psk/chain", other_ns, child.value, &child,
+                                                   nullptr, 0, TQM_ADD_OTHER_MODULE);
         } else if (child.value != nullptr) {
             rc = tqm_map_datatree_add_path(ctx, out, "/pol/leaf", native_ns, child.value, &child, nullptr, 0);
         }
@@ -45,6 +66,9 @@ rcode reverse_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
 {
     for (uint32_t i = 0; i < tree->subtree_count; ++i) {
         const rdl_tqm_datatree &entry = tree->subtree[i];
+        if (std::strcmp(entry.tag, "broken") == 0) {
+            return TQM_ERR_INVALID_REQUEST;
+        }
         tqm_map_add_to_node_hierarchy(ctx, &entry, TQM_HIER_LIST);
         const bool is_policy = std::strcmp(entry.tag, "policy") == 0;
         if (is_policy) {
@@ -56,47 +80,13 @@ rcode reverse_root(tqm_map_ctx ctx, const rdl_tqm_datatree *tree, rdl_tqm_datatr
     return 0;
 }
 
-class MemorySide : public tqm::NativeSide
-{
-public:
-    tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override
-    {
-        for (const tqm::OutputNode *tree : trees) {
-            edited += std::string(tree->tag()) + " ";
-        }
-        return refusing;
-    }
-    tqm::Expected<void> read(const tqm::OutputNode &, tqm::TreeBuilder &answer) override
-    {
-        build(answer, data);
-        return failing;
-    }
-    static void build(tqm::TreeBuilder &builder, const Node &tree, const char *ns = native_ns)
-    {
-        const char *below = std::strcmp(ns, native_ns) == 0 ? oc_ns : ns;
-        if (tree.value) {
-            return builder.leaf(ns, tree.tag, *tree.value);
-        }
-        builder.open(ns, tree.tag);
-        for (const Node &child : tree.children) {
-            build(builder, child, below);
-        }
-        builder.close();
-    }
-
-    std::string edited;
-    Node data;
-    tqm::Expected<void> failing;
-    tl::expected<void, tqm::NativeError> refusing;
-};
-
 class Frameworks : public ::testing::Test
 {
 protected:
     Frameworks()
     {
         std::vector<tqm_map_reg_info> maps = registrations();
-        maps.resize(2); // "kc" lends its OpenConfig top; "pol" does the work
+        maps.pop_back(); // "kc" lends its OpenConfig top; "pol" does the work
         for (tqm_map_reg_info &map : maps) {
             map.forward_root = forward_root;
             map.reverse_root = reverse_root;
@@ -105,7 +95,12 @@ protected:
     }
     static std::string top(const std::string &content)
     {
-        return std::string("<oc xmlns=\"") + oc_ns + "\" xmlns:f=\"urn:foreign\">" + content + "</oc>";
+        return std::string("<oc xmlns=\"") + oc_ns + "\" xmlns:f=\"urn:foreign\" xmlns:nc=\"" + netconf_ns + "\">" +
+               content + "</oc>";
+    }
+    static std::string rpc(const std::string &operation)
+    {
+        return std::string("<rpc xmlns=\"") + netconf_ns + "\">" + operation + "</rpc>";
     }
     std::string get(const std::string &filter)
     {
@@ -210,19 +205,155 @@ TEST_F(Frameworks, an_answer_holds_what_the_filter_selects)
         EXPECT_EQ(get(top(c.filter)), c.answer) << c.filter;
     }
     EXPECT_EQ(get(""), "");
-    const auto everything = framework.get(std::nullopt, native);
+    const std::string config = "<get-config><source><running/></source></get-config>";
+    const std::string empty_filter = "<get><filter/></get>";
+    for (const auto &[read, expected] :
+         {std::pair{framework.get(std::nullopt, native), all},
+          {framework.get(Document::parse(rpc("<get/>")).value(), native), all},
+          {framework.get_config(Document::parse(rpc(config)).value(), native), all},
+          {framework.get(Document::parse(rpc(empty_filter)).value(), native), std::string()}}) {
+        ASSERT_TRUE(read) << read.error().text;
+        std::string text;
+        read->print(text);
+        EXPECT_EQ(strip(text), expected);
+    }
+}
+
+TEST_F(Frameworks, a_read_whose_walk_back_fails_has_no_answer)
+{
+    native.data = node("pol", {node("policy", {leaf("name", "P")}), node("broken", {})});
+    const std::string saved = std::string("<pol xmlns=\"") + native_ns + "\"><broken/></pol>";
+    for (const auto &read : {framework.get(std::nullopt, native), framework.get_config(std::nullopt, native),
+                             framework.reverse(Document::parse(saved).value())}) {
+        ASSERT_FALSE(read);
+        EXPECT_EQ(read.error().code, TQM_ERR_INVALID_REQUEST);
+    }
+}
+
+TEST_F(Frameworks, what_a_walk_back_could_not_add_is_not_in_its_answer)
+{
+    native.data = node("pol", {node("policy", {leaf("name", "P"), leaf("a", "1"), leaf("b", "2")})});
+    tqm::Faults faults;
+    faults.fail("tqm_map_datatree_add_path", 4, TQM_ERR_INVALID_REQUEST); // after "pol", the entry and its name
+    tqm::Watch watch;
+    watch.faults = &faults;
     std::string text;
-    everything->print(text);
-    EXPECT_EQ(strip(text), all);
+    tqm::Framework(plugin, models, watch).get(std::nullopt, native)->print(text);
+    EXPECT_EQ(strip(text), "<policy><name>P</name><b>2</b></policy>");
+}
+
+TEST_F(Frameworks, what_was_printed_is_read_as_the_same)
+{
+    tqm::Schema leaves = schema();
+    leaves.add({.path = "/oc/policy/a", .ns = oc_ns, .kind = tqm::NodeKind::leaf}); // which may be blank
+    tqm::Framework with_leaves{plugin, leaves};
+    for (const std::string text : {"a]]>b'\"&lt;\r\t\n  \xf0\x9f\x94\x91\\u0041", "]]>", "\r", "'", " \r\n "}) {
+        native.data = node("pol", {node("policy", {leaf("name", "P"), leaf("a", text)})});
+        for (const tqm::Format format : {tqm::Format::xml, tqm::Format::json}) {
+            std::string printed;
+            with_leaves.get(std::nullopt, native)->print(printed, format);
+            const auto again = with_leaves.forward(Document::parse(printed).value());
+            ASSERT_TRUE(again) << again.error().text << printed;
+            const tqm::OutputNode &policy = *again->roots()[0]->children().begin();
+            const char *const value = (++policy.children().begin())->value();
+            EXPECT_EQ(value == nullptr ? "no value" : value, text) << printed;
+        }
+    }
+}
+
+TEST_F(Frameworks, nodes_of_another_module_are_printed_with_its_namespace)
+{
+    const auto trees = framework.forward(Document::parse(top("<psk>K</psk>")).value());
+    ASSERT_TRUE(trees) << trees.error().text;
+    ASSERT_EQ(trees->roots().size(), 2u); // "pol" is always there
+    std::string text;
+    trees->print(text, tqm::Format::xml, tqm::Envelope::none);
+    EXPECT_EQ(text.substr(text.find("<ifs")),
+              "<ifs xmlns=\"http://example.org/native\" xmlns:nc=\"urn:ietf:params:xml:ns:netconf:base:1.0\">\n"
+              "  <if>\n"
+              "    <macsec xmlns=\"http://example.org/other\">\n"
+              "      <psk>\n"
+              "        <chain>K</chain>\n"
+              "      </psk>\n"
+              "    </macsec>\n"
+              "  </if>\n"
+              "</ifs>\n");
+    text.clear();
+    trees->print(text, tqm::Format::json, tqm::Envelope::none);
+    EXPECT_EQ(nlohmann::json::parse(text, nullptr, false)["example-native:ifs"],
+              (nlohmann::json{{"if", {{{"http://example.org/other:macsec", {{"psk", {{"chain", "K"}}}}}}}}}))
+        << text;
+}
+
+TEST_F(Frameworks, json_has_a_value_in_the_form_of_its_type_or_as_text)
+{
+    tqm::Schema forms = schema();
+    for (const auto &[tag, form] : {std::pair{"text", tqm::ValueForm::text},
+                                    {"number", tqm::ValueForm::number},
+                                    {"boolean", tqm::ValueForm::boolean},
+                                    {"empty", tqm::ValueForm::empty}}) {
+        forms.add({.path = std::string("/oc/policy/") + tag, .kind = tqm::NodeKind::leaf, .form = form});
+    }
+    const struct {
+        const char *tag;
+        std::string value;
+        nlohmann::json printed;
+    } rows[] = {
+        {"number", "0", 0},        {"number", "-12", -12},      {"number", "4294967295", 4294967295},
+        {"number", "007", "007"},  {"number", "-", "-"},        {"number", "12345678901", "12345678901"},
+        {"number", "1x", "1x"},    {"number", "/0:", "/0:"},    {"text", "12", "12"},
+        {"boolean", "true", true}, {"boolean", "false", false}, {"boolean", "1", "1"},
+        {"empty", "", {nullptr}},  {"empty", "x", "x"},         {"text", "\x1f\n\x7f", "\x1f\n\x7f"},
+    };
+    for (const auto &row : rows) {
+        native.data = node("pol", {node("policy", {leaf("name", "P"), leaf(row.tag, row.value)})});
+        std::string text;
+        tqm::Framework(plugin, forms).get(std::nullopt, native)->print(text, tqm::Format::json, tqm::Envelope::none);
+        const nlohmann::json printed = nlohmann::json::parse(text, nullptr, false);
+        ASSERT_FALSE(printed.is_discarded()) << text;
+        EXPECT_EQ(printed["example-oc:oc"]["policy"][0][row.tag], row.printed) << text;
+    }
+}
+
+TEST_F(Frameworks, json_holds_operations_as_metadata_of_their_nodes)
+{
+    const auto trees = framework.forward(
+        Document::parse(top("<policy nc:operation=\"create\"><name>P</name><a nc:operation=\"merge\">\"1\\</a>"
+                            "<suite>x</suite><suite nc:operation=\"merge\">y</suite></policy>"
+                            "<policy nc:operation=\"remove\"><name>Q</name></policy>"
+                            "<policy><name>R</name><a nc:operation=\"delete\"/><suite>z</suite></policy>"))
+            .value());
+    ASSERT_TRUE(trees) << trees.error().text;
+    const auto op = [](const char *operation) { return nlohmann::json{{"ietf-netconf:operation", operation}}; };
+    const nlohmann::json pol = {{"p",
+                                 {{{"@", op("create")},
+                                   {"name", "P"},
+                                   {"a", "\"1\\"},
+                                   {"@a", op("merge")},
+                                   {"suite", {"x", "y"}},
+                                   {"@suite", {nullptr, op("merge")}}},
+                                  {{"@", op("remove")}, {"name", "Q"}},
+                                  {{"name", "R"}, {"a", nullptr}, {"@a", op("delete")}, {"suite", {"z"}}}}}};
+    for (const auto &[envelope, expected] :
+         {std::pair{tqm::Envelope::netconf, nlohmann::json{{"ietf-netconf:config", {{"example-native:pol", pol}}}}},
+          {tqm::Envelope::none, nlohmann::json{{"example-native:pol", pol}}}}) {
+        std::string text;
+        trees->print(text, tqm::Format::json, envelope);
+        EXPECT_EQ(nlohmann::json::parse(text, nullptr, false), expected) << text;
+    }
 }
 
 TEST_F(Frameworks, the_kind_of_a_read_and_its_document_must_agree)
 {
-    const std::string rpc = "<rpc xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"><get/></rpc>";
-    EXPECT_EQ(framework.get_config(Document::parse(rpc).value(), native).error().text,
+    const std::string edit =
+        rpc("<edit-config><target><running/></target><config>" + top("") + "</config></edit-config>");
+    EXPECT_EQ(framework.get_config(Document::parse(rpc("<get/>")).value(), native).error().text,
               "the request is for get, not for get-config");
-    EXPECT_EQ(framework.get(Document::parse("<config/>").value(), native).error().text,
-              "the request is for edit-config, not for get");
+    for (const std::string &document : {std::string("<config/>"), edit}) {
+        const tqm::Error error = framework.get(Document::parse(document).value(), native).error();
+        EXPECT_EQ(error.text, "the request is for edit-config, not for get");
+        EXPECT_EQ(error.error_tag, tqm::ErrorTag::operation_not_supported);
+    }
     const tqm::Plugin nothing{std::vector<tqm_map_reg_info>{}};
     EXPECT_EQ(tqm::Framework(nothing, models).forward(Document::parse("<config/>").value()).error().text,
               "the plug-in has registered no mapping");

@@ -32,17 +32,6 @@ protected:
         std::strcpy(ops.list_path, list);
         return tqm_map_stitch_list_to_list(request.ctx(), &ops);
     }
-    /// A configuration entry: stitched if it is there, else added, as the list mappers do.
-    void config_entry(const char *list, const char *key, const char *key_path, const char *leaf_path, const char *value)
-    {
-        if (search(list, key) != nullptr) {
-            EXPECT_EQ(stitch(list, std::string(list) + "[name=" + key + "]/"), 0u);
-        } else {
-            add(request, list, {.list_entry = 1, .ns = oc_ns});
-        }
-        add(request, key_path, {.value = key, .ns = oc_ns});
-        add(request, leaf_path, {.value = value, .ns = oc_ns});
-    }
     std::string answer()
     {
         request.drop_unanswered();
@@ -86,41 +75,6 @@ protected:
     std::vector<int> depths;
 };
 
-TEST_F(ReversePlacing, an_entry_stands_once_whichever_tree_comes_first)
-{
-    const Node p1 = node("p", {leaf("name", "P1")});
-    const Node p2 = node("p", {leaf("name", "P2")});
-    const auto state = [&](const rdl_tqm_datatree &entry) {
-        EXPECT_EQ(auto_stitch(entry, {"/oc", "/policy"}), 0u);
-        add(request, "/oc/policy/state/x", {.value = "s", .ns = oc_ns});
-    };
-    const auto config = [&](const rdl_tqm_datatree &entry) {
-        config_entry("/oc/policy", entry.subtree->value, "/oc/policy/name", "/oc/policy/config/a", "c");
-    };
-    in_entry(p1, state);
-    in_entry(p2, config);
-    in_entry(p1, config);
-    in_entry(p2, state);
-    EXPECT_EQ(answer(), "oc{policy{name=P1 state{x=s} config{a=c}} policy{name=P2 config{a=c} state{x=s}}}");
-    EXPECT_EQ(depths, (std::vector<int>{1, 1, 1, 1}));
-}
-
-TEST_F(ReversePlacing, a_nested_list_is_searched_below_the_outer_entry_alone)
-{
-    for (const char *chain : {"A", "B"}) {
-        in_entry(node("c", {leaf("name", chain)}), [&](const rdl_tqm_datatree &outer) {
-            EXPECT_EQ(auto_stitch(outer, {"/oc", "/chain"}), 0u);
-            in_entry(node("k", {leaf("id", "1")}), [&](const rdl_tqm_datatree &inner) {
-                EXPECT_EQ(search("/oc/chain/keys/key", "1", "key-id"), nullptr);
-                EXPECT_EQ(auto_stitch(inner, {"/oc", "/chain", "/keys", "/key"}), 0u);
-                EXPECT_NE(search("/oc/chain/keys/key", "1", "key-id"), nullptr);
-            });
-        });
-    }
-    EXPECT_EQ(answer(), "oc{chain{name=A keys{key{id=1}}} chain{name=B keys{key{id=1}}}}");
-    EXPECT_EQ(search("/oc/chain/keys/key", "1"), nullptr);
-}
-
 TEST_F(ReversePlacing, keys_may_hold_any_character_and_be_longer_than_a_stitch_path)
 {
     for (const std::string &key : {std::string("a]/[name='b=\"c"), std::string("]/"), std::string(1200, 'k')}) {
@@ -150,19 +104,6 @@ TEST_F(ReversePlacing, what_an_inner_frame_made_current_ends_with_it)
     EXPECT_EQ(depths, (std::vector<int>{1, 0, 1}));
 }
 
-TEST_F(ReversePlacing, a_handed_out_entry_takes_paths_that_begin_with_its_own)
-{
-    tqm_map_request &record = request.record();
-    tqm_map_search_or_add_list(request.ctx(), request.out(), &record.current_list, "/oc/interface", "I", "name", oc_ns);
-    rdl_tqm_datatree *first = record.current_list;
-    tqm_map_search_or_add_list(request.ctx(), request.out(), &record.current_list, "/oc/interface", "J", "name", oc_ns);
-    EXPECT_EQ(tqm_map_datatree_add_path_flagged(request.ctx(), first, "/oc/interface/config/name", oc_ns, "I", nullptr,
-                                                nullptr, 0, TQM_ADD_ENTRY_NAME),
-              0u);
-    add(request, "/oc/interface/mka/chain", {.value = "K", .ns = oc_ns});
-    EXPECT_EQ(answer(), "oc{interface{name=I config{name=I}} interface{name=J mka{chain=K}}}");
-}
-
 TEST_F(ReversePlacing, an_entry_whose_key_comes_last_joins_the_one_that_has_it)
 {
     for (const char *value : {"1", "2"}) {
@@ -177,6 +118,17 @@ TEST_F(ReversePlacing, an_entry_whose_key_comes_last_joins_the_one_that_has_it)
     EXPECT_EQ(answer(), "oc{policy{config{a=2 only-1=1 only-2=2} name=P state{x=2}}}");
 }
 
+TEST_F(ReversePlacing, an_entry_is_found_by_the_key_that_it_has_now)
+{
+    add(request, "/oc/policy", {.list_entry = 1, .ns = oc_ns});
+    add(request, "/oc/policy/name", {.value = "P", .ns = oc_ns});
+    EXPECT_NE(search("/oc/policy", "P"), nullptr);
+    add(request, "/oc/policy/name", {.value = "Q", .ns = oc_ns});
+    EXPECT_EQ(search("/oc/policy", "P"), nullptr);
+    EXPECT_NE(search("/oc/policy", "Q"), nullptr);
+    EXPECT_EQ(answer(), "oc{policy{name=Q}}");
+}
+
 TEST_F(ReversePlacing, nothing_is_answered_with_nothing)
 {
     add(request, "/oc/policy", {.list_entry = 1, .ns = oc_ns});
@@ -186,16 +138,6 @@ TEST_F(ReversePlacing, nothing_is_answered_with_nothing)
     add(request, "/oc/chain/config/a", {.value = "no key", .ns = oc_ns});
     add(request, "/oc/empty", {.ns = oc_ns});
     EXPECT_EQ(answer(), "");
-}
-
-TEST_F(ReversePlacing, native_and_mapped_text_of_a_leaf_list_are_one_value)
-{
-    rdl_tqm_datatree *added = nullptr;
-    for (const auto &[native, mapped] : {std::pair{"gcm-1", "GCM_1"}, std::pair{"gcm-2", "GCM_2"}}) {
-        add(request, "/oc/policy/config/suite", {.value = native, .ns = oc_ns});
-        add(request, "/oc/policy/config/suite", {.value = mapped, .ns = oc_ns, .out_node = &added});
-    }
-    EXPECT_EQ(dump(request), "oc{policy{config{suite=GCM_1 suite=GCM_2}}}");
 }
 
 } // namespace

@@ -9,7 +9,8 @@ tqm::Schema schema()
 {
     tqm::Schema schema;
     const auto list = [&](const char *path, std::vector<std::string> keys) {
-        schema.add({.path = path, .kind = tqm::NodeKind::list, .keys = std::move(keys)});
+        const char *const ns = std::string_view(path).starts_with("/oc") ? oc_ns : native_ns;
+        schema.add({.path = path, .ns = ns, .kind = tqm::NodeKind::list, .keys = std::move(keys)});
     };
     list("/oc/policy", {"name"});
     list("/oc/chain", {"name"});
@@ -27,6 +28,8 @@ tqm::Schema schema()
     for (const char *path : {"/oc/chain/keys/key/config/key-clear-text", "/kc/c/m/k/s/string"}) {
         schema.add({.path = path, .secret = true});
     }
+    schema.add_module({"example-oc", oc_ns, "oc"});
+    schema.add_module({"example-native", native_ns, "n"});
     return schema;
 }
 
@@ -89,12 +92,6 @@ void dump_node(std::string &text, const tqm::OutputNode &node)
     text.back() = '}';
 }
 
-void set_operation(rdl_tqm_datatree &node, uint32_t operation)
-{
-    node.operation = operation;
-    node.present |= TQM_PRESENT_OPERATION;
-}
-
 } // namespace
 
 rdl_tqm_datatree &load(tqm::Request &request, const Node &tree, const char *ns)
@@ -133,63 +130,40 @@ rdl_tqm_datatree &child(rdl_tqm_datatree &node, std::string_view tag)
     std::abort();
 }
 
-void walk_entry(tqm::Request &request, rdl_tqm_datatree &entry, const ListModel &model)
+namespace
 {
-    tqm_map_ctx ctx = request.ctx();
-    tqm_map_request &record = request.record();
-    tqm_map_add_to_node_hierarchy(ctx, &entry, TQM_HIER_LIST);
-    tqm_map_update_current_list_node(ctx, model.path);
-    const bool replacing = (entry.present & TQM_PRESENT_OPERATION) != 0 && entry.operation == TQM_OP_REPLACE;
-    if (replacing) {
-        set_operation(entry, TQM_OP_REMOVE);
-        record.walk_flags |= TQM_WALK_REPLACE_REMOVE;
+
+const tqm::OutputNode *find(const tqm::OutputNode &node, const std::string &path)
+{
+    const tqm::OutputNode *found = node.path() == path ? &node : nullptr;
+    for (const tqm::OutputNode &child : node.children()) {
+        const tqm::OutputNode *const below = find(child, path);
+        found = below == nullptr ? found : below;
     }
-    for (int pass = 0; pass < (replacing ? 2 : 1); ++pass) {
-        const bool removing = (record.walk_flags & TQM_WALK_REPLACE_REMOVE) != 0;
-        model.list_function(entry);
-        ctx->list_operation = (entry.present & TQM_PRESENT_OPERATION) != 0 ? entry.operation : 0;
-        bool other_child = false;
-        for (uint32_t i = 0; i < entry.subtree_count; ++i) {
-            rdl_tqm_datatree &named = entry.subtree[i];
-            if (std::strcmp(named.tag, model.key) == 0) {
-                model.key_function(named);
-            } else if (!removing) {
-                other_child = true;
-                model.other_child(named);
-            }
-        }
-        if (!other_child && tqm_map_is_request_delete(&entry) != 0) {
-            record.fill_mode = 1;
-            set_operation(entry, TQM_OP_REMOVE);
-            rdl_tqm_datatree *children = entry.subtree;
-            const uint32_t count = entry.subtree_count;
-            tqm_map_util_itree_stack_push(ctx, children, count, nullptr);
-            entry.subtree = nullptr;
-            entry.subtree_count = 0;
-            entry.present &= static_cast<uint16_t>(~TQM_PRESENT_SUBTREE);
-            model.fill(entry);
-            record.fill_mode = 0;
-            entry.subtree = children;
-            entry.subtree_count = count;
-            entry.present |= TQM_PRESENT_SUBTREE;
-            tqm_map_util_itree_stack_pop(ctx);
-        }
-        if (replacing) {
-            set_operation(entry, TQM_OP_MERGE);
-            record.walk_flags &= ~TQM_WALK_REPLACE_REMOVE;
-        }
-    }
-    tqm_map_remove_from_node_hierarchy(ctx, &entry);
+    return found;
 }
 
-void walk_container(tqm::Request &request, rdl_tqm_datatree &container,
-                    const std::function<void(rdl_tqm_datatree &child)> &child)
+} // namespace
+
+tl::expected<void, tqm::NativeError> MemorySide::edit(std::span<const tqm::OutputNode *const> trees)
 {
-    tqm_map_add_to_node_hierarchy(request.ctx(), &container, TQM_HIER_CONTAINER);
-    for (uint32_t i = 0; i < container.subtree_count; ++i) {
-        child(container.subtree[i]);
+    for (const tqm::OutputNode *tree : trees) {
+        edited += std::string(tree->tag()) + " ";
+        if (!refusing && !refused_path.empty()) {
+            refusing.error().node = find(*tree, refused_path);
+        }
     }
-    tqm_map_remove_from_node_hierarchy(request.ctx(), &container);
+    return refusing;
+}
+
+tqm::Expected<void> MemorySide::read(const tqm::OutputNode &, tqm::TreeBuilder &answer)
+{
+    answer.open(native_ns, data.tag);
+    for (const Node &child : data.children) {
+        build(answer, child, oc_ns);
+    }
+    answer.close();
+    return failing;
 }
 
 } // namespace test

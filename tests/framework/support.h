@@ -1,8 +1,7 @@
 // What the framework's tests share: small models, request trees written as expressions, outputs as one-line texts, and
-// a walker that calls the operations in the order in which a plug-in's list walkers do.
+// a native side in memory.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,21 +53,21 @@ struct Add {
 };
 rcode add(tqm::Request &request, const char *path, const Add &rest = {});
 
-/// One list as its forward walker and mappers see it.
-struct ListModel {
-    const char *path;
-    const char *key;
-    std::function<void(const rdl_tqm_datatree &)> list_function;
-    std::function<void(const rdl_tqm_datatree &)> key_function;
-    std::function<void(const rdl_tqm_datatree &)> fill; ///< what lies below, all from one node
-    std::function<void(const rdl_tqm_datatree &child)> other_child = {};
-};
-/// An entry in an edit: both passes of a replace, the key fill of a delete.
-void walk_entry(tqm::Request &request, rdl_tqm_datatree &entry, const ListModel &model);
-/// All children of `list_holder`, which is pushed as a container around them.
-void walk_container(tqm::Request &request, rdl_tqm_datatree &container,
-                    const std::function<void(rdl_tqm_datatree &child)> &child);
-
+/// The child with this tag, which must be there.
 rdl_tqm_datatree &child(rdl_tqm_datatree &node, std::string_view tag);
+
+/// Answers each read with the same tree; of edits it keeps the tags of the trees.
+class MemorySide : public tqm::NativeSide
+{
+public:
+    tl::expected<void, tqm::NativeError> edit(std::span<const tqm::OutputNode *const> trees) override;
+    tqm::Expected<void> read(const tqm::OutputNode &filter, tqm::TreeBuilder &answer) override;
+
+    std::string edited;
+    Node data; ///< in native_ns, all below the top in oc_ns
+    tqm::Expected<void> failing;
+    tl::expected<void, tqm::NativeError> refusing;
+    std::string refused_path; ///< the node that `refusing` is about: the last one with this path
+};
 
 } // namespace test

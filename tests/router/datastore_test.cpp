@@ -181,7 +181,7 @@ TEST_F(Store, LetsASecondWriterWaitNoLongerThanItWants)
     const auto first = open();
     ASSERT_TRUE(first);
     std::vector<std::string> notices;
-    for (const int limit : {0, 1100}) {
+    for (const int limit : {0, 1600}) {
         const auto start = std::chrono::steady_clock::now();
         const LockWait wait{std::chrono::milliseconds(limit), [&](const std::string &who) { notices.push_back(who); }};
         const auto second = Datastore::open(setup(), directory_, Access::write, wait);
@@ -190,6 +190,18 @@ TEST_F(Store, LetsASecondWriterWaitNoLongerThanItWants)
         EXPECT_GE(std::chrono::steady_clock::now() - start, *wait.limit);
     }
     EXPECT_EQ(notices, std::vector<std::string>{"process " + std::to_string(getpid())});
+    for (const auto &[left, who] : {std::pair{"17", "process 17"},
+                                    {"", "another process"},
+                                    {"x", "another process"},
+                                    {"-5", "another process"},
+                                    {"0", "another process"}}) {
+        std::ofstream(directory_ + "/native.lock") << left;
+        const LockWait none{std::chrono::milliseconds(0), {}};
+        const auto second = Datastore::open(setup(), directory_, Access::write, none);
+        ASSERT_FALSE(second);
+        EXPECT_EQ(second.error().text,
+                  "the store " + directory_ + " is in use: " + std::string(who) + " is editing it");
+    }
 }
 
 TEST_F(Store, TakesTheDirectoryThatItMadeAwayAgainWhenNoEditHasSucceeded)
