@@ -86,10 +86,10 @@ public:
     {
         tqm::Expected<void> checked;
         edit.for_each_child(edit.top(), [&](const rdl_tqm_datatree &entry) {
-            std::string path = "/oc/policy";
-            tqm::append_keys(path, entry, {"name"});
-            if (path == "/oc/policy[name='X']") {
-                checked = tl::unexpected(tqm::Error{"no X", path});
+            tqm::InstancePath place;
+            place.enter("oc").enter("policy").keys(entry, {"name"});
+            if (place.text() == "/oc/policy[name='X']") {
+                checked = tl::unexpected(tqm::Error{"no X"}.at(place));
             }
             return checked.has_value();
         });
@@ -217,7 +217,9 @@ TEST_F(ErrorPlaces, a_failed_read_names_the_native_node_or_the_clients)
     };
     const std::string walked = "bad-element /n:pol/n:bad /example-native:pol/bad n= <bad>";
     EXPECT_EQ(get(), walked);
-    native.failing = tl::unexpected(tqm::Error{"no answer", "/pol/p[name='P']"});
+    tqm::InstancePath unread_entry;
+    unread_entry.enter("pol").enter("p").key("name", "P");
+    native.failing = tl::unexpected(tqm::Error{"no answer"}.at(unread_entry));
     const std::string unread = "operation-failed /n:pol/n:p[n:name='P'] /example-native:pol/p[name='P'] n=";
     EXPECT_EQ(get(), unread);
     EXPECT_EQ(edit("<policy nc:operation='create'><name>P</name></policy>"), unread);

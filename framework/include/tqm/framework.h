@@ -62,7 +62,7 @@ private:
 };
 
 /// `plugin`, `schema`, `checker` and what `watch` points at are borrowed, and must outlive it. Errors carry their place
-/// also node by node (Error::instance), but those of NativeSide::read, which are given on as they are.
+/// also node by node (Error::instance); those of the native side, where it has said one with Error::at.
 ///
 /// One framework is one thread's at a time. Several may share a plug-in and a schema: one walk runs at a time in a
 /// process, from its root walker to the return, as plug-ins keep data between their calls; what surrounds it - parsing,
