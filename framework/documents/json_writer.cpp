@@ -17,14 +17,14 @@ constexpr std::size_t buffer_size = std::size_t{1} << 16;
 /// A list's entries and a leaf-list's values stand among their siblings; in JSON they are one array.
 bool is_repeated(const OutputRecord &node)
 {
-    return node.list_entry || node.info->is_leaf_list();
+    return node.list_entry || node.info()->is_leaf_list();
 }
 
 template <class Visit>
 void for_each_alike(const OutputRecord &first, Visit visit)
 {
     for (const OutputRecord &node : Records(&first)) {
-        if (node.info == first.info) {
+        if (node.info() == first.info()) {
             visit(node);
         }
     }
@@ -83,11 +83,11 @@ void JsonWriter::next(unsigned int level)
 void JsonWriter::members(const OutputRecord &node, Place place)
 {
     std::vector<const PathInfo *> done;
-    for (const OutputRecord &child : Records(node.first_child)) {
+    for (const OutputRecord &child : Records(node.first_child())) {
         if (!is_repeated(child)) {
             member(child, place);
-        } else if (std::ranges::find(done, child.info) == done.end()) {
-            done.push_back(child.info);
+        } else if (std::ranges::find(done, child.info()) == done.end()) {
+            done.push_back(child.info());
             next(place.level);
             name(child, place);
             array(child, place);
@@ -99,7 +99,7 @@ void JsonWriter::member(const OutputRecord &node, Place place)
 {
     next(place.level);
     name(node, place);
-    const bool is_leaf = Records(node.first_child).empty() && !node.info->is_container();
+    const bool is_leaf = Records(node.first_child()).empty() && !node.info()->is_container();
     if (is_leaf) {
         value(node);
         after_value_ = true;
@@ -139,7 +139,7 @@ void JsonWriter::object(const OutputRecord &node, const WrittenOperation &operat
         buffer_.append("\"@\": {\"ietf-netconf:operation\": \"").append(operation.name).append("\"}");
         after_value_ = true;
     }
-    members(node, {node.record.ns, operation.effective, place.level + 1});
+    members(node, {node.ns(), operation.effective, place.level + 1});
     if (after_value_) {
         buffer_.append("\n").append(2 * std::size_t{place.level}, ' ');
     }
@@ -178,17 +178,17 @@ void JsonWriter::leaf_annotations(const OutputRecord &first, Place place, bool i
 void JsonWriter::name(const OutputRecord &node, Place place, const char *mark)
 {
     buffer_.append("\"").append(mark);
-    if (place.ns == nullptr || (place.ns != node.record.ns && std::strcmp(place.ns, node.record.ns) != 0)) {
-        const SchemaModule *const module = schema_.module_of(node.record.ns);
-        buffer_.append(module == nullptr ? node.record.ns : module->name.c_str()).append(":");
+    if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0)) {
+        const SchemaModule *const module = schema_.module_of(node.ns());
+        buffer_.append(module == nullptr ? node.ns() : module->name.c_str()).append(":");
     }
-    buffer_.append(node.record.tag).append("\": ");
+    buffer_.append(node.tag()).append("\": ");
 }
 
 void JsonWriter::value(const OutputRecord &leaf)
 {
-    const char *value = leaf.record.value;
-    const ValueForm type = leaf.info->schema->form;
+    const char *value = leaf.value;
+    const ValueForm type = leaf.info()->schema->form;
     const std::string_view given = value == nullptr ? "" : value;
     if (type == ValueForm::empty && given.empty()) {
         buffer_ += "[null]";

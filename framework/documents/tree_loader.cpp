@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_map>
 #include <utility>
 
 #include "documents/element_reader.h"
@@ -72,6 +73,12 @@ private:
     const DocumentContent &content_;
     ElementReader reader_;
     const char *top_ns_ = nullptr;
+    struct Place {
+        const void *parent = nullptr;
+        const char *ns = nullptr;
+        friend bool operator==(const Place &, const Place &) = default;
+    };
+    std::unordered_map<const PathInfo *, Place> last_seen_;
 };
 
 std::vector<pugi::xml_node> TreeLoader::elements()
@@ -98,9 +105,6 @@ Expected<void> TreeLoader::run()
     if (!reader_.has_failed() && !reader_.is_reverse() && !reader_.is_filter() && tops.size() > 1) {
         fail(ErrorTag::bad_element, std::string("a request has one tree, and <") + tops[1].name() + "> is a second one",
              tops[1]);
-    }
-    for (const SchemaNode &node : rules_.schema.nodes()) {
-        target_.paths.intern(node.path);
     }
     Inherited inherited = Inherited::nothing;
     if (reader_.is_edit() && content_.default_operation == DefaultOperation::none) {
@@ -285,7 +289,7 @@ bool TreeLoader::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatr
 bool TreeLoader::check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &outer,
                              const PathInfo &outer_info)
 {
-    PathInfo *const info = outer_info.child(child.tag);
+    const PathInfo *const info = outer_info.child(child.tag);
     const bool is_filter = !reader_.is_edit() && !reader_.is_reverse();
     if (is_filter || info == nullptr) {
         return true;
@@ -297,8 +301,8 @@ bool TreeLoader::check_child(pugi::xml_node element, const rdl_tqm_datatree &chi
     if (!is_single) {
         return true;
     }
-    const PathInfo::Place place{&outer, child.ns};
-    if (std::exchange(info->last_seen, place) == place) {
+    const Place place{&outer, child.ns};
+    if (std::exchange(last_seen_[info], place) == place) {
         return fail(ErrorTag::bad_element, std::string("the element <") + child.tag + "> stands twice", element);
     }
     return true;

@@ -95,11 +95,11 @@ void XmlWriter::node(const OutputRecord &node, const char *outer_ns, uint32_t ou
     if (buffer_.size() >= buffer_size) {
         flush();
     }
-    const std::string_view tag = node.record.tag;
+    const std::string_view tag = node.tag();
     buffer_.append(2 * std::size_t{level}, ' ').append("<").append(tag);
-    if (outer_ns == nullptr || (outer_ns != node.record.ns && std::strcmp(outer_ns, node.record.ns) != 0)) {
+    if (outer_ns == nullptr || (outer_ns != node.ns() && std::strcmp(outer_ns, node.ns()) != 0)) {
         buffer_ += " xmlns=\"";
-        escaped(node.record.ns, true);
+        escaped(node.ns(), true);
         buffer_ += '"';
     }
     if (outer_ns == nullptr) {
@@ -112,17 +112,17 @@ void XmlWriter::node(const OutputRecord &node, const char *outer_ns, uint32_t ou
         }
         outer_operation = written.effective;
     }
-    const Records children(node.first_child);
-    const bool has_text = node.record.value != nullptr && *node.record.value != '\0';
+    const Records children(node.first_child());
+    const bool has_text = node.value != nullptr && *node.value != '\0';
     if (!children.empty()) {
         buffer_ += ">\n";
         for (const OutputRecord &child : children) {
-            this->node(child, node.record.ns, outer_operation, level + 1);
+            this->node(child, node.ns(), outer_operation, level + 1);
         }
         buffer_.append(2 * std::size_t{level}, ' ').append("</").append(tag).append(">\n");
     } else if (has_text) {
         buffer_ += '>';
-        escaped(node.record.value, false);
+        escaped(node.value, false);
         buffer_.append("</").append(tag).append(">\n");
     } else {
         buffer_ += "/>\n";

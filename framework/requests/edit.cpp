@@ -141,7 +141,7 @@ Expected<void> Framework::check_existence(Request &request, NativeSide &native) 
         edit.continue_trace_of(*answered.impl_);
         head("---- the edit ----");
     }
-    serving() = &edit;
+    serve(&edit);
     Expected<void> good = existence.judge();
     if (!good) {
         fill_instance(good.error(), schema_);

@@ -68,7 +68,7 @@ void for_each_secret(const OutputNode &node, const std::string &outer, const Vis
             append_key(path, child.tag(), child.value());
         }
     }
-    if (record_of(node).info->schema->secret && node.origin() != nullptr) {
+    if (record_of(node).info()->schema->secret && node.origin() != nullptr) {
         visit(path, *node.origin());
     }
     for (const OutputNode &child : node.children()) {
@@ -318,18 +318,20 @@ void Existence::find(Request::Impl &answer, const OutputRecord &outer, std::size
         const ListSlot *const values = Output::find_slot(outer, *info);
         const char *const text = tree_.text(*asked.node);
         const OutputRecord *const value =
-            values == nullptr || text == nullptr ? nullptr : answer.output().find_value(values, text);
+            values == nullptr || text == nullptr ? nullptr : answer.output().find_value(*values, text);
         asked.exists = value != nullptr && !value->dropped;
         for (const OutputNode &sibling : outer.children()) {
-            asked.stored += record_of(sibling).info == info ? 1 : 0;
+            asked.stored += record_of(sibling).info() == info ? 1 : 0;
         }
         return;
     }
     const OutputRecord *node = nullptr;
     if (info->is_list() && info->keys().size() == 1) {
-        const std::string &key = info->keys().front();
-        node = answer.output().find_by_key(Output::find_slot(outer, *info), key,
-                                           given_value(find_child(*asked.node, key)));
+        const PathInfo *const key = answer.paths().find_child(*info, info->keys().front());
+        const char *const value = given_value(find_child(*asked.node, info->keys().front()));
+        if (key != nullptr && value != nullptr) {
+            node = answer.output().find_by_key(Output::find_slot(outer, *info), *key, value);
+        }
     } else if (!info->is_list()) {
         node = Output::find_named(outer, *info);
     }

@@ -24,7 +24,7 @@ constexpr uint8_t whole = 2;
 /// A filter's element without a namespace is meant in every namespace (RFC 6241, section 6.2.1).
 bool is_in(const char *filter_ns, const OutputRecord &data)
 {
-    return *filter_ns == '\0' || std::strcmp(filter_ns, data.record.ns) == 0;
+    return *filter_ns == '\0' || std::strcmp(filter_ns, data.ns()) == 0;
 }
 
 // ---- The filters, put together --------------------------------------------------------------------------------------
@@ -48,10 +48,10 @@ struct Match {
 
     bool holds(const OutputRecord &node) const
     {
-        if (node.dropped || node.info != given.leaf || node.record.value == nullptr) {
+        if (node.dropped || node.info() != given.leaf || node.value == nullptr) {
             return false;
         }
-        const std::string_view value = node.record.value;
+        const std::string_view value = node.value;
         return (value == given.value || (trimmed.size() != given.value.size() && value == trimmed)) && is_in(ns, node);
     }
 };
@@ -96,7 +96,7 @@ public:
 
 private:
     /// What has no path is nowhere in the answer.
-    static void add(const rdl_tqm_datatree &filter, const PathInfo *info, Branch &branch)
+    void add(const rdl_tqm_datatree &filter, const PathInfo *info, Branch &branch) const
     {
         if (info == nullptr || branch.whole) {
             return;
@@ -105,7 +105,7 @@ private:
         std::vector<Match> matches;
         for (const rdl_tqm_datatree &sibling : siblings) {
             if (const char *value = given_value(&sibling)) {
-                matches.push_back({{info->child(sibling.tag), value}, without_blanks(value), sibling.ns});
+                matches.push_back({{paths_.find_child(*info, sibling.tag), value}, without_blanks(value), sibling.ns});
             }
         }
         if (std::ranges::any_of(matches, [](const Match &match) { return match.given.leaf == nullptr; })) {
@@ -122,7 +122,7 @@ private:
         }
         for (const rdl_tqm_datatree &sibling : siblings) {
             if (given_value(&sibling) == nullptr) {
-                add(sibling, info->child(sibling.tag), selected);
+                add(sibling, paths_.find_child(*info, sibling.tag), selected);
             }
         }
     }
@@ -202,8 +202,8 @@ void mark_on_the_way(OutputRecord &data)
         return;
     }
     data.kept = on_the_way;
-    for (OutputRecord *child = data.first_child; data.list_entry && child != nullptr; child = child->next) {
-        if (child->record.is_key != 0) {
+    for (OutputRecord *child = data.first_child(); data.list_entry && child != nullptr; child = child->next) {
+        if (child->is_key()) {
             child->kept = whole;
         }
     }
@@ -213,7 +213,7 @@ bool select(const Branch &branch, OutputRecord &data);
 
 bool holds(const Match &match, const OutputRecord &data)
 {
-    const OutputRecord *child = data.first_child;
+    const OutputRecord *child = data.first_child();
     while (child != nullptr && !match.holds(*child)) {
         child = child->next;
     }
@@ -227,7 +227,7 @@ bool select(const Conditional &conditional, OutputRecord &data)
     }
     mark_on_the_way(data);
     for (const Match &match : conditional.matches) {
-        for (OutputRecord *child = data.first_child; child != nullptr; child = child->next) {
+        for (OutputRecord *child = data.first_child(); child != nullptr; child = child->next) {
             if (match.holds(*child)) {
                 child->kept = whole;
             }
@@ -246,11 +246,11 @@ bool select(const Named &named, OutputRecord &data)
     if (named.by_match.empty()) {
         return any;
     }
-    for (OutputRecord *leaf = data.first_child; leaf != nullptr; leaf = leaf->next) {
-        if (leaf->dropped || leaf->record.value == nullptr) {
+    for (OutputRecord *leaf = data.first_child(); leaf != nullptr; leaf = leaf->next) {
+        if (leaf->dropped || leaf->value == nullptr) {
             continue;
         }
-        const auto found = named.by_match.find({leaf->info, leaf->record.value});
+        const auto found = named.by_match.find({leaf->info(), leaf->value});
         if (found == named.by_match.end()) {
             continue;
         }
@@ -271,8 +271,8 @@ bool select(const Branch &branch, OutputRecord &data)
         return true;
     }
     bool any = false;
-    for (OutputRecord *child = data.first_child; child != nullptr; child = child->next) {
-        const auto found = child->dropped ? branch.children.end() : branch.children.find(child->info);
+    for (OutputRecord *child = data.first_child(); child != nullptr; child = child->next) {
+        const auto found = child->dropped ? branch.children.end() : branch.children.find(child->info());
         if (found == branch.children.end()) {
             continue;
         }
@@ -288,7 +288,7 @@ bool select(const Branch &branch, OutputRecord &data)
 
 void drop_unmarked(OutputRecord &outer)
 {
-    for (OutputRecord *child = outer.first_child; child != nullptr; child = child->next) {
+    for (OutputRecord *child = outer.first_child(); child != nullptr; child = child->next) {
         if (child->kept == 0) {
             child->dropped = true;
         } else if (child->kept == on_the_way) {

@@ -6,6 +6,19 @@
 namespace tqm
 {
 
+void append_key(std::string &path, std::string_view key, std::string_view value)
+{
+    const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
+    path.append("[").append(key).append("=").append(1, quote);
+    for (const char c : value) {
+        if (quote == '"' && (c == '"' || c == '\\')) {
+            path += '\\';
+        }
+        path += c;
+    }
+    path.append(1, quote).append("]");
+}
+
 InstancePath &InstancePath::enter(const char *name)
 {
     steps_.push_back({name == nullptr ? "?" : name});

@@ -1,13 +1,14 @@
 #include "schema/paths.h"
 
-#include <algorithm>
-#include <cstring>
+#include "schema/schema_access.h"
 
 namespace tqm
 {
 
 namespace
 {
+
+constexpr std::size_t fewest_slots = 64;
 
 std::string_view without_slash(std::string_view path)
 {
@@ -17,7 +18,12 @@ std::string_view without_slash(std::string_view path)
     return path;
 }
 
-/// Eight bytes a step: paths are 30 to 90 bytes long and looked up once for each add.
+bool is_path(std::string_view path)
+{
+    return !path.empty() && path.front() != '/' && path.back() != '/' && path.find("//") == std::string_view::npos;
+}
+
+/// Eight bytes a step: paths are 30 to 90 bytes long.
 std::size_t hash_of(std::string_view text)
 {
     constexpr uint64_t factor = 0x9e3779b97f4a7c15u;
@@ -36,24 +42,56 @@ std::size_t hash_of(std::string_view text)
     return static_cast<std::size_t>(hash ^ (hash >> 29));
 }
 
-} // namespace
-
-void append_key(std::string &path, std::string_view key, std::string_view value)
+const SchemaNode &unknown_node()
 {
-    const char quote = value.find('\'') == std::string_view::npos ? '\'' : '"';
-    path.append("[").append(key).append("=").append(1, quote);
-    for (const char c : value) {
-        if (quote == '"' && (c == '"' || c == '\\')) {
-            path += '\\';
-        }
-        path += c;
-    }
-    path.append(1, quote).append("]");
+    static const SchemaNode unknown{};
+    return unknown;
 }
 
-PathInfo *PathTable::find(std::string_view path) const
+/// What follows from the nodes above.
+void derive(PathInfo &info)
 {
-    path = without_slash(path);
+    const PathInfo *const parent = info.parent;
+    info.list = info.is_list() ? &info : (parent == nullptr ? nullptr : parent->list);
+    info.is_key = parent != nullptr && parent->has_key(info.tag);
+    info.below_value = parent != nullptr && (parent->is_leaf() || parent->is_leaf_list() || parent->below_value);
+}
+
+void derive_below(PathInfo &info)
+{
+    derive(info);
+    for (PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
+        derive_below(*child);
+    }
+}
+
+/// Fills the record of `text`, which stays, below `parent`.
+void describe(PathInfo &info, std::string_view text, const PathInfo *parent)
+{
+    info.text = text;
+    info.tag = text.data() + text.rfind('/') + 1;
+    info.tag_length = static_cast<uint32_t>(text.data() + text.size() - info.tag);
+    info.parent = parent;
+    info.depth = parent == nullptr ? 1 : parent->depth + 1;
+    info.schema = &unknown_node();
+    info.usual.info = &info;
+}
+
+void append_child(PathInfo &parent, PathInfo &child)
+{
+    child.next_sibling = parent.first_child;
+    parent.first_child = &child;
+}
+
+} // namespace
+
+// ---- The index ----
+
+PathInfo *PathIndex::find(std::string_view path) const
+{
+    if (slots_.empty()) {
+        return nullptr;
+    }
     for (std::size_t at = hash_of(path);; ++at) {
         PathInfo *info = slots_[at & (slots_.size() - 1)];
         if (info == nullptr || info->text.substr(1) == path) {
@@ -62,95 +100,168 @@ PathInfo *PathTable::find(std::string_view path) const
     }
 }
 
-PathInfo *PathTable::intern(std::string_view path)
+PathInfo *&PathIndex::slot_for(std::string_view path)
 {
-    if (PathInfo *info = find(path)) {
-        return info;
-    }
-    path = without_slash(path);
-    if (path.empty() || path.front() == '/' || path.back() == '/' || path.find("//") != std::string_view::npos) {
-        return nullptr;
-    }
-    return insert(path);
-}
-
-PathInfo *PathTable::insert(std::string_view path)
-{
-    const std::size_t slash = path.rfind('/');
-    PathInfo *parent = slash == std::string_view::npos ? nullptr : intern(path.substr(0, slash));
-    auto *info = arena_.make<PathInfo>();
-    char *text = static_cast<char *>(arena_.allocate(path.size() + 2));
-    text[0] = '/';
-    std::memcpy(text + 1, path.data(), path.size());
-    text[path.size() + 1] = '\0';
-    info->text = {text, path.size() + 1};
-    info->tag = text + (slash == std::string_view::npos ? 1 : slash + 2);
-    info->parent = parent;
-    info->depth = parent == nullptr ? 1 : parent->depth + 1;
-    PathInfo *&siblings = parent == nullptr ? first_top_ : parent->first_child;
-    info->next_sibling = siblings;
-    siblings = info;
-    static const SchemaNode unknown{};
-    const SchemaNode *const known = schema_.find(info->text);
-    info->schema = known == nullptr ? &unknown : known;
-    info->list = info->is_list() ? info : (parent == nullptr ? nullptr : parent->list);
-    info->is_key = parent != nullptr && parent->has_key(info->tag);
-    info->below_value = parent != nullptr && (parent->is_leaf() || parent->is_leaf_list() || parent->below_value);
-
-    if (++count_ * 2 > slots_.size()) {
-        rehash();
-    }
     std::size_t at = hash_of(path);
     while (slots_[at & (slots_.size() - 1)] != nullptr) {
         ++at;
     }
-    slots_[at & (slots_.size() - 1)] = info;
+    return slots_[at & (slots_.size() - 1)];
+}
+
+void PathIndex::insert(PathInfo &info)
+{
+    if ((count_ + 1) * 2 > slots_.size()) {
+        std::vector<PathInfo *> old(std::max(fewest_slots, slots_.size() * 2));
+        old.swap(slots_);
+        for (PathInfo *known : old) {
+            if (known != nullptr) {
+                slot_for(known->text.substr(1)) = known;
+            }
+        }
+    }
+    ++count_;
+    slot_for(info.text.substr(1)) = &info;
+}
+
+// ---- The paths of a schema ----
+
+bool SchemaPaths::add(const SchemaNode &node)
+{
+    const std::string_view path = without_slash(node.path);
+    if (!is_path(path)) {
+        return false;
+    }
+    PathInfo *const known = index_.find(path);
+    PathInfo &info = known == nullptr ? insert(path) : *known;
+    if (info.schema != &unknown_node()) {
+        return false;
+    }
+    info.schema = &node;
+    info.usual.ns = find_namespace(node.ns);
+    if (info.usual.ns == nullptr) {
+        info.usual.ns = namespaces_.emplace_back(node.ns).c_str();
+    }
+    derive_below(info);
+    return true;
+}
+
+PathInfo &SchemaPaths::insert(std::string_view path)
+{
+    const std::size_t slash = path.rfind('/');
+    PathInfo *parent = nullptr;
+    if (slash != std::string_view::npos) {
+        const std::string_view above = path.substr(0, slash);
+        parent = index_.find(above);
+        parent = parent == nullptr ? &insert(above) : parent;
+    }
+    const std::string &text = texts_.emplace_back("/").append(path);
+    PathInfo &info = infos_.emplace_back();
+    describe(info, text, parent);
+    derive(info);
+    if (parent != nullptr) {
+        append_child(*parent, info);
+    }
+    index_.insert(info);
     return info;
 }
 
-void PathTable::rehash()
+const PathInfo *SchemaPaths::find(std::string_view path) const
 {
-    std::vector<PathInfo *> old(slots_.size() * 2);
-    old.swap(slots_);
-    for (PathInfo *info : old) {
-        if (info == nullptr) {
-            continue;
-        }
-        std::size_t at = hash_of(info->text.substr(1));
-        while (slots_[at & (slots_.size() - 1)] != nullptr) {
-            ++at;
-        }
-        slots_[at & (slots_.size() - 1)] = info;
-    }
+    return index_.find(without_slash(path));
 }
 
-PathInfo *PathTable::intern_child(PathInfo *parent, std::string_view tag)
+const char *SchemaPaths::find_namespace(std::string_view ns) const
 {
-    if (parent != nullptr) {
-        if (PathInfo *info = parent->child(tag)) {
-            return info;
-        }
-        return intern(std::string(parent->text) + '/' + std::string(tag));
-    }
-    return intern(tag);
+    const auto found = std::ranges::find(namespaces_, ns);
+    return found == namespaces_.end() ? nullptr : found->c_str();
 }
 
-void PathTable::make_list(PathInfo &info, std::string_view key)
+// ---- The paths of a request ----
+
+PathTable::PathTable(const Schema &schema, Arena &arena) : known_(SchemaAccess::paths(schema)), arena_(arena) {}
+
+const PathInfo *PathTable::find(std::string_view path) const
 {
-    if (info.is_list()) {
-        return;
+    const PathInfo *const known = known_.find(path);
+    return known == nullptr ? own_.find(without_slash(path)) : known;
+}
+
+const PathInfo *PathTable::intern(std::string_view path)
+{
+    const PathInfo *const info = find(path);
+    path = without_slash(path);
+    return info == nullptr && is_path(path) ? intern_own(path) : info;
+}
+
+// The text is compared on each hit, as an address may hold several texts one after another.
+const PathInfo *PathTable::intern_literal(const char *path)
+{
+    const auto address = reinterpret_cast<std::uintptr_t>(path);
+    const PathInfo *&cached = literals_[(address ^ (address >> 8)) % literals_.size()];
+    if (cached == nullptr || std::strcmp(cached->text.data(), path) != 0) {
+        cached = intern(path);
     }
-    SchemaNode &made = made_lists_.emplace_back(*info.schema);
+    return cached;
+}
+
+PathInfo *PathTable::intern_own(std::string_view path)
+{
+    if (PathInfo *const known = own_.find(path)) {
+        return known;
+    }
+    const std::size_t slash = path.rfind('/');
+    const PathInfo *const parent = slash == std::string_view::npos ? nullptr : intern(path.substr(0, slash));
+    char *text = static_cast<char *>(arena_.allocate(path.size() + 2));
+    text[0] = '/';
+    std::memcpy(text + 1, path.data(), path.size());
+    text[path.size() + 1] = '\0';
+    auto *info = arena_.make<PathInfo>();
+    // A path of the schema is not written to: it finds its request's own children by their texts.
+    PathInfo *const own_parent = parent == nullptr ? nullptr : own_.find(parent->text.substr(1));
+    describe(*info, {text, path.size() + 1}, parent);
+    derive(*info);
+    if (own_parent != nullptr) {
+        append_child(*own_parent, *info);
+    }
+    own_.insert(*info);
+    return info;
+}
+
+const PathInfo *PathTable::intern_list(std::string_view path, std::string_view key)
+{
+    const PathInfo *const info = intern(path);
+    if (info == nullptr || info->is_list()) {
+        return info;
+    }
+    PathInfo *const own = own_.find(info->text.substr(1));
+    if (own == nullptr) {
+        return nullptr;
+    }
+    SchemaNode &made = made_lists_.emplace_back(*own->schema);
     made.kind = NodeKind::list;
     made.keys = {std::string(key)};
-    info.schema = &made;
-    info.list = &info;
-    for (PathInfo *child = info.first_child; child != nullptr; child = child->next_sibling) {
-        child->is_key = key == child->tag;
-        if (!child->is_list()) {
-            child->list = &info;
-        }
+    own->schema = &made;
+    derive_below(*own);
+    return own;
+}
+
+const PathInfo *PathTable::find_child(const PathInfo &parent, std::string_view tag) const
+{
+    const PathInfo *const known = parent.child(tag);
+    if (known != nullptr || own_.size() == 0) {
+        return known;
     }
+    return own_.find(std::string(parent.text.substr(1)) + '/' + std::string(tag));
+}
+
+const PathInfo *PathTable::intern_child(const PathInfo *parent, std::string_view tag)
+{
+    if (parent == nullptr) {
+        return intern(tag);
+    }
+    const PathInfo *const known = find_child(*parent, tag);
+    return known != nullptr ? known : intern(std::string(parent->text) + '/' + std::string(tag));
 }
 
 } // namespace tqm

@@ -3,8 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "schema/paths.h"
+
 namespace tqm
 {
+
+Schema::Schema() : paths_(std::make_unique<SchemaPaths>()) {}
+Schema::Schema(Schema &&) noexcept = default;
+Schema &Schema::operator=(Schema &&) noexcept = default;
+Schema::~Schema() = default;
 
 SchemaNode &Schema::add(SchemaNode node)
 {
@@ -13,7 +20,7 @@ SchemaNode &Schema::add(SchemaNode node)
     }
     knows_leaves_ = knows_leaves_ || node.is_leaf();
     SchemaNode &added = nodes_.emplace_back(std::move(node));
-    by_path_.emplace(added.path, &added);
+    paths_->add(added);
     if (added.secret) {
         secret_tags_.insert(std::string_view(added.path).substr(added.path.rfind('/') + 1));
     }
@@ -27,8 +34,8 @@ void Schema::add_module(SchemaModule module)
 
 const SchemaNode *Schema::find(std::string_view path) const
 {
-    const auto found = by_path_.find(path);
-    return found == by_path_.end() ? nullptr : found->second;
+    const PathInfo *const info = paths_->find(path);
+    return info == nullptr || info->schema->path.empty() ? nullptr : info->schema;
 }
 
 SchemaNode *Schema::find(std::string_view path)

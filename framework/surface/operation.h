@@ -96,6 +96,27 @@ void without_exceptions(Request::Impl *request, const Body &body) noexcept
 /// What an operation without a result beside its code tells the journal about that.
 inline constexpr auto nothing_found = [](JournalLine &) {};
 
+/// The same operation where faults or a journal ask for it: kept out of the way of all others.
+template <class Body, class Describe, class Found>
+[[gnu::noinline, gnu::cold]] rcode run_watched(Request::Impl &request, const char *name, const Body &body,
+                                               const Describe &describe, const Found &found)
+{
+    rcode rc = request.watch().faults == nullptr ? 0 : request.watch().faults->on_call(name);
+    if (rc == 0) {
+        rc = body(request);
+    }
+    if (request.watch().journal != nullptr) {
+        JournalLine line(name);
+        describe(line);
+        line.result(rc);
+        if (rc == 0) {
+            found(line);
+        }
+        request.watch().journal->write(line.view());
+    }
+    return rc;
+}
+
 /// Runs `body(request)` as operation `name`; `describe(line)` gives the journal its arguments and `found(line)` what it
 /// came back with. Without a request the answer is TQM_ERR_BAD_ARGS, and once memory has run out in it
 /// TQM_ERR_INVALID_REQUEST: what was then being built is no longer whole.
@@ -106,25 +127,13 @@ rcode run_operation(Request::Impl *request, const char *name, const Body &body, 
     if (request == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
-    serving() = request;
+    serve(request);
     if (request->failure().is_out_of_memory()) {
         return TQM_ERR_INVALID_REQUEST;
     }
     return without_exceptions(request, rcode{TQM_ERR_INVALID_REQUEST}, [&] {
-        rcode rc = request->watch().faults == nullptr ? 0 : request->watch().faults->on_call(name);
-        if (rc == 0) {
-            rc = body(*request);
-        }
-        if (request->watch().journal != nullptr) {
-            JournalLine line(name);
-            describe(line);
-            line.result(rc);
-            if (rc == 0) {
-                found(line);
-            }
-            request->watch().journal->write(line.view());
-        }
-        return rc;
+        const bool is_watched = request->watch().faults != nullptr || request->watch().journal != nullptr;
+        return is_watched ? run_watched(*request, name, body, describe, found) : body(*request);
     });
 }
 
@@ -142,12 +151,13 @@ void journal_call(Request::Impl *request, const char *name, const Describe &desc
     });
 }
 
-/// The same for the operations that are called so often that their lines must be asked for.
+/// The same for the operations that are called so often that their lines must be asked for. They have no context: the
+/// request is the one that this thread serves.
 template <class Describe>
-void journal_question(Request::Impl *request, const char *name, const Describe &describe)
+void journal_question(const char *name, const Describe &describe)
 {
-    if (request != nullptr && request->watch().journal != nullptr && request->watch().journal->questions()) {
-        journal_call(request, name, describe);
+    if (questions_journal != nullptr) [[unlikely]] {
+        journal_call(serving(), name, describe);
     }
 }
 

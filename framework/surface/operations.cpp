@@ -81,7 +81,7 @@ rcode stitch(Request::Impl &request, tqm_map_xpath_ops *ops)
     }
     const std::string_view list_path = bounded(ops->list_path);
     const std::string_view path = bounded(ops->path);
-    PathInfo *list = request.paths().intern(list_path);
+    const PathInfo *list = request.paths().intern(list_path);
     if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
@@ -93,23 +93,13 @@ rcode stitch(Request::Impl &request, tqm_map_xpath_ops *ops)
         }
     } else if (path.size() >= sizeof ops->path - 1) {
         // The key did not fit: the mapper has just searched for it.
-        entry = list->last_found;
+        entry = request.placing().last_found(*list);
     }
     if (entry == nullptr) {
         return TQM_ERR_SKIP_NODE;
     }
     request.placing().make_current(*list, *entry);
     return 0;
-}
-
-/// The list at `path`, which a mapper says is one; null if that is no path.
-PathInfo *list_at(Request::Impl &request, std::string_view path, const char *key)
-{
-    PathInfo *list = request.paths().intern(path);
-    if (list != nullptr) {
-        request.paths().make_list(*list, key);
-    }
-    return list;
 }
 
 rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_datatree *out, const char *ns,
@@ -128,7 +118,7 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     if (request.observation()) {
         request.observation().read(*key);
     }
-    PathInfo *list = list_at(request, path, key->tag);
+    const PathInfo *list = request.paths().intern_list(path, key->tag);
     if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
@@ -173,7 +163,7 @@ rcode search_list(Request::Impl &request, rdl_tqm_datatree *tree, rdl_tqm_datatr
     if (tree == nullptr || found == nullptr || path == nullptr || key_value == nullptr || key_leaf == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
-    PathInfo *list = list_at(request, path, key_leaf);
+    const PathInfo *list = request.paths().intern_list(path, key_leaf);
     if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
@@ -187,7 +177,7 @@ rcode search_list(Request::Impl &request, rdl_tqm_datatree *tree, rdl_tqm_datatr
     if (entry == nullptr) {
         return add_missing ? TQM_ERR_BAD_ARGS : TQM_ERR_NOT_FOUND;
     }
-    *found = &entry->record;
+    *found = request.output().handle_of(*entry);
     return 0;
 }
 

@@ -108,7 +108,7 @@ TQM_EXPORT void plat_named_free(void *pointer)
 
 TQM_EXPORT const char *rcode_strerror(rcode rc)
 {
-    journal_question(serving(), "rcode_strerror", [&](JournalLine &line) { line.result(rc); });
+    journal_question("rcode_strerror", [&](JournalLine &line) { line.result(rc); });
     for (const CodeText &entry : code_texts) {
         if (entry.code == rc) {
             return entry.text;
@@ -122,7 +122,7 @@ TQM_EXPORT const char *rcode_strerror(rcode rc)
 TQM_EXPORT int tqm_debug_should_log(const tqm_debug_ctx *debug, uint32_t level)
 {
     const bool wanted = debug != nullptr && level < 64 && ((debug->filter >> level) & 1u) != 0;
-    journal_question(serving(), "tqm_debug_should_log",
+    journal_question("tqm_debug_should_log",
                      [&](JournalLine &line) { line.number("level", level).result_number(wanted); });
     return wanted ? 1 : 0;
 }
@@ -140,7 +140,7 @@ TQM_EXPORT void _plat_dt_log_filter_adv(tqm_log_handle handle, uint32_t, uint32_
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    journal_question(request, "_plat_dt_log_filter_adv", [&](JournalLine &line) { line.result_text(text); });
+    journal_question("_plat_dt_log_filter_adv", [&](JournalLine &line) { line.result_text(text); });
     if (request->watch().log) {
         without_exceptions(request, [&] {
             request->watch().log(handle == request->context().err_log ? TQM_LOG_ERROR : TQM_LOG_TRACE, text);
@@ -153,7 +153,7 @@ TQM_EXPORT uint32_t ret_nc_tqm_trace_index_incr(void)
     static std::atomic<uint32_t> outside_requests{0};
     Request::Impl *request = serving();
     const uint32_t index = request == nullptr ? ++outside_requests : request->next_trace_index();
-    journal_question(request, "ret_nc_tqm_trace_index_incr", [&](JournalLine &line) { line.result_number(index); });
+    journal_question("ret_nc_tqm_trace_index_incr", [&](JournalLine &line) { line.result_number(index); });
     return index;
 }
 
@@ -163,7 +163,7 @@ TQM_EXPORT void _rbtrace(uint64_t trace_buf, uint64_t flags, const char *line)
     if (request == nullptr || line == nullptr || trace_buf != request->context().trace_buf) {
         return;
     }
-    journal_question(request, "_rbtrace", [&](JournalLine &entry) { entry.number("flags", flags).result_text(line); });
+    journal_question("_rbtrace", [&](JournalLine &entry) { entry.number("flags", flags).result_text(line); });
     if (request->observation()) {
         without_exceptions(request, [&] { request->observation().traced(line); });
     }

@@ -84,7 +84,7 @@ TQM_EXPORT rcode tqm_map_update_current_list_node(tqm_map_ctx ctx, const char *p
     return run_operation(
         Request::Impl::of(ctx), "tqm_map_update_current_list_node",
         [&](Request::Impl &request) -> rcode {
-            PathInfo *info = path == nullptr ? nullptr : request.paths().intern(path);
+            const PathInfo *info = path == nullptr ? nullptr : request.paths().intern_literal(path);
             if (info == nullptr) {
                 return TQM_ERR_BAD_ARGS;
             }
@@ -106,7 +106,7 @@ TQM_EXPORT rcode tqm_map_get_node_info(tqm_map_ctx ctx, const char *path, const 
             if (path == nullptr || leaf == nullptr || value_out == nullptr) {
                 return TQM_ERR_BAD_ARGS;
             }
-            Frame *frame = request.hierarchy().find(request.paths().find(path));
+            Frame *frame = request.hierarchy().find(request.paths().intern_literal(path));
             const rdl_tqm_datatree *child = frame == nullptr ? nullptr : frame->child(leaf);
             value = child == nullptr ? nullptr : child->value;
             if (value != nullptr) {
@@ -220,7 +220,7 @@ TQM_EXPORT int tqm_map_is_request_delete(const rdl_tqm_datatree *node)
 {
     const bool is_delete = node != nullptr && (node->present & TQM_PRESENT_OPERATION) != 0 &&
                            (node->operation == TQM_OP_DELETE || node->operation == TQM_OP_REMOVE);
-    journal_question(serving(), "tqm_map_is_request_delete",
+    journal_question("tqm_map_is_request_delete",
                      [&](JournalLine &line) { line.source(node).result_number(is_delete); });
     return is_delete ? 1 : 0;
 }
@@ -235,14 +235,14 @@ TQM_EXPORT int tqm_map_is_request_add(tqm_map_ctx ctx)
 
 TQM_EXPORT int tqm_map_do_these_match(const char *a, const char *b)
 {
-    const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
+    const bool match = a != nullptr && b != nullptr && *a == *b && std::strcmp(a, b) == 0;
     if (match && serving() != nullptr) {
         serving()->hierarchy().note_match(a);
         if (serving()->observation()) {
             without_exceptions(serving(), [&] { serving()->observation().matched(a); });
         }
     }
-    journal_question(serving(), "tqm_map_do_these_match",
+    journal_question("tqm_map_do_these_match",
                      [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
     return match ? 1 : 0;
 }

@@ -61,7 +61,7 @@ void Arena::grow_text(std::size_t at_least)
     const std::size_t size = std::max(text_chunk_size_, at_least);
     text_next_ = new_chunk(size);
     text_end_ = text_next_ + size;
-    ranges_.push_back({text_next_, text_end_});
+    add_range({text_next_, text_end_});
     text_chunk_size_ *= 2;
 }
 

@@ -1,6 +1,7 @@
 // Memory of one request. Nothing in it is freed before the request ends, so that nodes and texts keep their addresses.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -73,7 +74,7 @@ public:
         return copy(text);
     }
     /// Says that [begin, begin + size) lives as long as this arena.
-    void keep_alive(const char *begin, std::size_t size) { ranges_.push_back({begin, begin + size}); }
+    void keep_alive(const char *begin, std::size_t size) { add_range({begin, begin + size}); }
 
 private:
     struct Range {
@@ -82,8 +83,18 @@ private:
     };
     static constexpr std::size_t alignment = alignof(void *);
 
+    void add_range(Range range)
+    {
+        ranges_.push_back(range);
+        all_.begin = std::min(all_.begin, range.begin);
+        all_.end = std::max(all_.end, range.end);
+    }
     bool holds(const char *text) const
     {
+        // Stacks and libraries lie apart from what is allocated.
+        if (text < all_.begin || text >= all_.end) {
+            return false;
+        }
         for (const Range &range : ranges_) {
             if (text >= range.begin && text < range.end) {
                 return true;
@@ -103,6 +114,7 @@ private:
     std::size_t text_chunk_size_ = 4 * 1024;
     std::vector<char *> chunks_;
     std::vector<Range> ranges_;
+    Range all_{reinterpret_cast<const char *>(UINTPTR_MAX), nullptr}; ///< from the first byte of them to the last
 };
 
 } // namespace tqm

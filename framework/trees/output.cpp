@@ -1,5 +1,8 @@
 #include "trees/output.h"
 
+#include <cstring>
+#include <utility>
+
 namespace tqm
 {
 
@@ -13,17 +16,17 @@ OutputNode::Iterator &OutputNode::Iterator::operator++()
 
 const char *OutputNode::tag() const
 {
-    return record_of(*this).record.tag;
+    return record_of(*this).tag();
 }
 
 const char *OutputNode::ns() const
 {
-    return record_of(*this).record.ns;
+    return record_of(*this).ns();
 }
 
 const char *OutputNode::value() const
 {
-    return record_of(*this).record.value;
+    return record_of(*this).value;
 }
 
 std::optional<uint32_t> OutputNode::operation() const
@@ -39,12 +42,12 @@ const rdl_tqm_datatree *OutputNode::origin() const
 const OutputNode *OutputNode::parent() const
 {
     const OutputRecord *const outer = record_of(*this).outer;
-    return outer == nullptr || outer->info == nullptr ? nullptr : outer;
+    return outer == nullptr || outer->info() == nullptr ? nullptr : outer;
 }
 
 OutputNode::Children OutputNode::children() const
 {
-    return {Iterator(OutputRecord::present(record_of(*this).first_child))};
+    return {Iterator(OutputRecord::present(record_of(*this).first_child()))};
 }
 
 bool OutputNode::is_list_entry() const
@@ -54,195 +57,329 @@ bool OutputNode::is_list_entry() const
 
 bool OutputNode::is_key() const
 {
-    return record_of(*this).record.is_key != 0;
+    return record_of(*this).is_key();
 }
 
 const OutputNode &OutputNode::joined() const
 {
-    const OutputRecord *record = &record_of(*this);
-    while (record->merged_into != nullptr) {
-        record = record->merged_into;
-    }
-    return *record;
+    return *survivor(const_cast<OutputRecord *>(&record_of(*this)));
 }
 
 std::string_view OutputNode::path() const
 {
-    const PathInfo *const info = record_of(*this).info;
+    const PathInfo *const info = record_of(*this).info();
     return info == nullptr ? std::string_view("/") : info->text;
 }
 
 // ---- Making and finding nodes ----
 
-Output::Output(Arena &arena) : arena_(arena), base_(arena.make<OutputRecord>())
+namespace
 {
-    base_->record.tag = "";
-    base_->record.ns = "";
-    base_->record.present = output_present;
-    base_->record.role_present = output_role;
+
+/// One that is no entry of a list, and no value of a leaf-list.
+bool is_named(const OutputRecord &node)
+{
+    return !node.list_entry && !node.info()->is_leaf_list();
 }
 
-OutputRecord *Output::find_named(const OutputRecord &parent, const PathInfo &info)
+} // namespace
+
+OutputRecord *survivor_of_dropped(OutputRecord &node)
 {
-    OutputRecord *node = parent.first_named;
-    while (node != nullptr && node->info != &info) {
-        node = node->next_named;
+    if (OutputParent *parent = node.parent_part()) {
+        while (parent->merged_into != nullptr) {
+            parent = parent->merged_into;
+        }
+        return parent;
     }
-    return node;
+    OutputRecord *const outer = survivor(node.outer);
+    return outer == node.outer ? &node : Output::find_named(*outer, *node.info());
 }
 
-ListSlot *Output::find_slot(const OutputRecord &parent, const PathInfo &info)
+Output::Output(Arena &arena) : arena_(arena), base_(arena.make<OutputParent>())
 {
-    ListSlot *slot = parent.slots;
+    base_->name = arena.make<NodeName>();
+}
+
+rdl_tqm_datatree *Output::handle_of(OutputRecord &node)
+{
+    OutputParent *const parent = node.parent_part();
+    OutputHandle *handle = parent == nullptr ? nullptr : parent->handle;
+    if (handle == nullptr) {
+        handle = arena_.make<OutputHandle>();
+        handle->node = &node;
+        handle->record.tag = node.tag();
+        handle->record.ns = node.ns();
+        handle->record.role_present = output_role;
+    }
+    if (parent != nullptr) {
+        parent->handle = handle;
+    }
+    rdl_tqm_datatree &record = handle->record;
+    record.value = node.value;
+    record.operation = node.operation().value_or(0);
+    record.is_key = node.is_key() ? 1 : 0;
+    record.present = static_cast<uint16_t>(output_present | (node.value == nullptr ? 0 : TQM_PRESENT_VALUE) |
+                                           (node.operation() ? TQM_PRESENT_OPERATION : 0) |
+                                           (node.is_key() ? TQM_PRESENT_IS_KEY : 0));
+    return &record;
+}
+
+OutputRecord *Output::find_named(const OutputRecord &outer, const PathInfo &info)
+{
+    const OutputParent *const parent = outer.parent_part();
+    if (parent == nullptr) {
+        return nullptr;
+    }
+    if (parent->slots == nullptr) {
+        OutputRecord *node = parent->first_one;
+        while (node != nullptr && node->info() != &info) {
+            node = node->next;
+        }
+        return node;
+    }
+    const NamedChild *child = parent->named;
+    while (child != nullptr && child->node->info() != &info) {
+        child = child->next;
+    }
+    return child == nullptr ? nullptr : child->node;
+}
+
+ListSlot *Output::find_slot(const OutputRecord &outer, const PathInfo &info)
+{
+    const OutputParent *const parent = outer.parent_part();
+    ListSlot *slot = parent == nullptr ? nullptr : parent->slots;
     while (slot != nullptr && slot->info != &info) {
         slot = slot->next;
     }
     return slot;
 }
 
-ListSlot &Output::slot(OutputRecord &parent, PathInfo &info)
+/// From the first slot on a node's other children are found through a chain of their own, as there may be many entries.
+ListSlot &Output::slot(OutputParent &outer, const PathInfo &info)
 {
-    if (ListSlot *found = find_slot(parent, info)) {
+    if (ListSlot *found = find_slot(outer, info)) {
         return *found;
     }
     auto *slot = arena_.make<ListSlot>();
     slot->info = &info;
-    slot->next = parent.slots;
-    parent.slots = slot;
+    slot->next = outer.slots;
+    const bool is_first = std::exchange(outer.slots, slot) == nullptr;
+    for (OutputRecord *child = is_first ? outer.first_one : nullptr; child != nullptr; child = child->next) {
+        note_named(outer, *child);
+    }
     return *slot;
 }
 
-OutputRecord *Output::append(OutputRecord &parent, const PathInfo &info, const char *ns)
+void Output::note_named(OutputParent &outer, OutputRecord &node)
 {
-    auto *node = arena_.make<OutputRecord>();
-    node->record.tag = info.tag;
-    node->record.ns = ns;
-    node->record.present = output_present;
-    node->record.role_present = output_role;
-    node->info = &info;
-    node->outer = &parent;
-    if (info.is_key) {
-        node->record.is_key = 1;
-        node->record.present |= TQM_PRESENT_IS_KEY;
+    if (outer.slots != nullptr) {
+        auto *child = arena_.make<NamedChild>();
+        child->node = &node;
+        child->next = std::exchange(outer.named, child);
     }
-    if (parent.last_child == nullptr) {
-        parent.first_child = node;
-    } else {
-        parent.last_child->next = node;
+}
+
+const NodeName *Output::name_of(const PathInfo &info, const char *ns)
+{
+    if (info.usual.ns == ns) {
+        return &info.usual;
     }
-    parent.last_child = node;
+    const NodeName name{&info, ns};
+    const auto known = std::ranges::find(other_names_, name);
+    return known != other_names_.end() ? &*known : &other_names_.emplace_back(name);
+}
+
+OutputRecord *Output::append(OutputParent &outer, const PathInfo &info, const char *ns)
+{
+    const bool holds_value = info.is_leaf() || info.is_leaf_list();
+    OutputRecord *const node = holds_value ? arena_.make<OutputRecord>() : arena_.make<OutputParent>();
+    node->name = name_of(info, ns);
+    link(outer, *node);
     return node;
 }
 
-OutputRecord *Output::add_named(OutputRecord &parent, const PathInfo &info, const char *ns)
+void Output::link(OutputParent &outer, OutputRecord &node)
 {
+    node.outer = &outer;
+    node.next = nullptr;
+    (outer.last_one == nullptr ? outer.first_one : outer.last_one->next) = &node;
+    outer.last_one = &node;
+}
+
+OutputRecord *Output::add_named(OutputRecord &outer, const PathInfo &info, const char *ns)
+{
+    OutputParent &parent = *outer.parent_part();
     OutputRecord *node = append(parent, info, ns);
-    node->next_named = parent.first_named;
-    parent.first_named = node;
+    note_named(parent, *node);
     return node;
 }
 
-OutputRecord *Output::add_entry(OutputRecord &parent, PathInfo &info, const char *ns)
+OutputRecord *Output::add_entry(OutputRecord &outer, const PathInfo &info, const char *ns)
 {
-    OutputRecord *node = append(parent, info, ns);
-    node->list_entry = true;
-    slot(parent, info).last = node;
-    return node;
+    OutputParent &parent = *outer.parent_part();
+    ListSlot &entries = slot(parent, info);
+    OutputRecord *const entry = append(parent, info, ns);
+    entry->list_entry = true;
+    note_added(entries, *entry);
+    return entry;
 }
 
-OutputRecord *Output::add_value(OutputRecord &parent, PathInfo &info, const char *ns, const char *value)
+OutputRecord *Output::add_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value)
 {
+    OutputParent &parent = *outer.parent_part();
     ListSlot &values = slot(parent, info);
-    const Key key{&values, value == nullptr ? "" : "=", value == nullptr ? "" : value};
-    const auto [position, added] = index_.try_emplace(key, nullptr);
-    if (added) {
-        position->second = append(parent, info, ns);
+    OutputRecord *node = find_value(values, value);
+    if (node == nullptr) {
+        node = append(parent, info, ns);
+        note_added(values, *node);
+        if (!values.has_few()) {
+            index_.emplace(value_key(values, value), node);
+        }
     }
-    values.last = position->second;
-    return values.last;
+    values.last = node;
+    return node;
 }
 
-OutputRecord *Output::replace_last_value(OutputRecord &parent, PathInfo &info, const char *ns, const char *value)
+OutputRecord *Output::replace_last_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value)
 {
-    ListSlot &values = slot(parent, info);
-    OutputRecord *last = values.last;
+    ListSlot &values = slot(*outer.parent_part(), info);
+    OutputRecord *const last = values.last;
     if (last == nullptr || value == nullptr) {
-        return add_value(parent, info, ns, value);
+        return add_value(outer, info, ns, value);
     }
-    const char *old = last->record.value;
-    if (OutputRecord *same = find_value(&values, value)) {
-        if (same != last) {
-            last->dropped = true;
-        }
-        if (same != last && old != nullptr) {
-            index_.erase(Key{&values, "=", old});
-        }
+    OutputRecord *const same = find_value(values, value);
+    if (same == last) {
+        return last;
+    }
+    if (!values.has_few()) {
+        index_.erase(value_key(values, last->value));
+    }
+    if (same != nullptr) {
+        last->dropped = true;
         values.last = same;
         return same;
     }
-    index_.erase(Key{&values, old == nullptr ? "" : "=", old == nullptr ? "" : old});
-    index_.emplace(Key{&values, "=", value}, last);
+    if (!values.has_few()) {
+        index_.emplace(value_key(values, value), last);
+    }
     return last;
 }
 
-OutputRecord *Output::find_by_key(const ListSlot *slot, std::string_view key, std::string_view value) const
+/// The first ones need no index; the one that is too many brings it.
+void Output::note_added(ListSlot &slot, OutputRecord &node)
+{
+    slot.last = &node;
+    if (++slot.count <= slot.few.size()) {
+        slot.few[slot.count - 1] = &node;
+        return;
+    }
+    if (slot.count > slot.few.size() + 1) {
+        return;
+    }
+    for (OutputRecord *one : slot.few) {
+        if (!one->list_entry && !one->dropped) {
+            index_.emplace(value_key(slot, one->value), one);
+        }
+        for (OutputRecord *leaf = one->first_child(); leaf != nullptr; leaf = leaf->next) {
+            if (leaf->is_key() && leaf->value != nullptr) {
+                index_.emplace(Key{&slot, leaf->info(), leaf->value}, one);
+            }
+        }
+    }
+}
+
+OutputRecord *Output::find_value(const ListSlot &slot, const char *value) const
+{
+    if (!slot.has_few()) {
+        const auto found = index_.find(value_key(slot, value));
+        return found == index_.end() ? nullptr : found->second;
+    }
+    for (std::size_t i = 0; i < slot.count; ++i) {
+        const OutputRecord &one = *slot.few[i];
+        const bool same =
+            one.value == value || (value != nullptr && one.value != nullptr && std::strcmp(one.value, value) == 0);
+        if (same && !one.dropped) {
+            return slot.few[i];
+        }
+    }
+    return nullptr;
+}
+
+OutputRecord *Output::find_by_key(const ListSlot *slot, const PathInfo &key, std::string_view value) const
 {
     if (slot == nullptr) {
         return nullptr;
     }
-    const auto found = index_.find(Key{slot, key, value});
-    return found == index_.end() ? nullptr : found->second;
+    if (!slot->has_few()) {
+        const auto found = index_.find(Key{slot, &key, value});
+        return found == index_.end() ? nullptr : found->second;
+    }
+    for (std::size_t i = 0; i < slot->count; ++i) {
+        const OutputRecord *const leaf = find_named(*slot->few[i], key);
+        if (leaf != nullptr && leaf->value != nullptr && value == leaf->value) {
+            return slot->few[i];
+        }
+    }
+    return nullptr;
 }
 
-OutputRecord *Output::find_value(const ListSlot *slot, std::string_view value) const
+OutputRecord *Output::index_by_key(const OutputRecord &key)
 {
-    return find_by_key(slot, "=", value);
+    OutputRecord &entry = *key.outer;
+    const ListSlot *const slot = find_slot(*entry.outer, *entry.info());
+    if (!slot->has_few()) {
+        const auto [position, added] = index_.try_emplace(Key{slot, key.info(), key.value}, &entry);
+        return added || position->second == &entry ? nullptr : position->second;
+    }
+    OutputRecord *const known = find_by_key(slot, *key.info(), key.value);
+    return known == &entry ? nullptr : known;
 }
 
-OutputRecord *Output::index_by_key(OutputRecord &entry, std::string_view key, std::string_view value)
+void Output::forget_key(const OutputRecord &key, std::string_view value)
 {
-    const auto [position, added] = index_.try_emplace(Key{find_slot(*entry.outer, *entry.info), key, value}, &entry);
-    return added || position->second == &entry ? nullptr : position->second;
-}
-
-void Output::forget_key(OutputRecord &entry, std::string_view key, std::string_view value)
-{
-    const auto found = index_.find(Key{find_slot(*entry.outer, *entry.info), key, value});
+    const OutputRecord &entry = *key.outer;
+    const auto found = index_.find(Key{find_slot(*entry.outer, *entry.info()), key.info(), value});
     if (found != index_.end() && found->second == &entry) {
         index_.erase(found);
     }
 }
 
-void Output::absorb(OutputRecord &into, OutputRecord &from)
+void Output::absorb(OutputParent &into, OutputParent &from)
 {
     OutputRecord *next = nullptr;
-    for (OutputRecord *child = from.first_child; child != nullptr; child = next) {
+    for (OutputRecord *child = from.first_one; child != nullptr; child = next) {
         next = child->next;
         if (child->dropped) {
             continue;
         }
-        OutputRecord *there = child->list_entry ? nullptr : find_named(into, *child->info);
+        OutputRecord *there = child->list_entry ? nullptr : find_named(into, *child->info());
         if (there == nullptr) {
-            child->outer = &into;
-            child->next = nullptr;
-            (into.last_child == nullptr ? into.first_child : into.last_child->next) = child;
-            into.last_child = child;
-            if (!child->list_entry && !child->info->is_leaf_list()) {
-                child->next_named = into.first_named;
-                into.first_named = child;
+            link(into, *child);
+            if (is_named(*child)) {
+                note_named(into, *child);
             }
             continue;
         }
-        if (child->record.value != nullptr) {
-            there->record.value = child->record.value;
-            there->record.present |= TQM_PRESENT_VALUE;
+        if (child->value != nullptr) {
+            there->value = child->value;
         }
-        absorb(*there, *child);
+        if (OutputParent *const parent = there->parent_part()) {
+            absorb(*parent, *child->parent_part());
+        } else {
+            child->dropped = true;
+        }
     }
-    if (into.slots == nullptr) {
+    if (into.slots == nullptr && from.slots != nullptr) {
         into.slots = from.slots;
+        for (OutputRecord *child = into.first_one; child != nullptr; child = child->next) {
+            if (is_named(*child)) {
+                note_named(into, *child);
+            }
+        }
     }
-    from.first_child = from.last_child = from.first_named = nullptr;
+    from.first_one = from.last_one = nullptr;
+    from.named = nullptr;
     from.slots = nullptr;
     from.dropped = true;
     from.merged_into = &into;

@@ -2,6 +2,11 @@
 // is decided by its users (walk/placing.h).
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -15,33 +20,43 @@
 namespace tqm
 {
 
-struct ListSlot;
+struct OutputParent;
 
-/// What the framework keeps of an output node. `record`, which plug-ins get, comes first: its address is its node's.
-struct OutputRecord final : OutputNode {
+/// What the framework keeps of an output node. A large request has millions of them, most of them leaves: what only
+/// other nodes need is in OutputParent, and what a plug-in gets to see of a node is made when it asks (OutputHandle).
+struct OutputRecord : OutputNode {
     OutputRecord() = default; // no aggregate: its base is not to be made alone
 
-    rdl_tqm_datatree record{};
-    const PathInfo *info = nullptr; ///< null of the base, which all top nodes stand in
+    const NodeName *name = nullptr;
+    const char *value = nullptr;
     const rdl_tqm_datatree *origin_node = nullptr;
-    OutputRecord *outer = nullptr; ///< the node around; null of the base
-    OutputRecord *first_child = nullptr;
-    OutputRecord *last_child = nullptr;
+    OutputParent *outer = nullptr; ///< the node around; null of the base
     OutputRecord *next = nullptr;
-    OutputRecord *next_named = nullptr;  ///< chain of the outer node's children that are no list entries or values
-    OutputRecord *first_named = nullptr; ///< head of that chain among this node's children
-    ListSlot *slots = nullptr;           ///< the lists and leaf-lists among this node's children
-    OutputRecord *merged_into = nullptr; ///< the entry that took over this one's children
+    bool is_parent = false; ///< it is an OutputParent
     bool list_entry = false;
     bool pending = false; ///< the operation is yet to be read from the context
     bool dropped = false; ///< no longer part of the tree
     uint8_t kept = 0;     ///< a filter selects: 1 the node on the way to others, 2 all below it
 
+    const PathInfo *info() const { return name->info; }
+    const char *tag() const { return name->info == nullptr ? "" : name->info->tag; }
+    const char *ns() const { return name->ns; }
+    bool is_key() const { return name->info != nullptr && name->info->is_key; }
     std::optional<uint32_t> operation() const
     {
-        const bool given = (record.present & TQM_PRESENT_OPERATION) != 0;
-        return given ? std::optional<uint32_t>(record.operation) : std::nullopt;
+        return has_operation_ ? std::optional<uint32_t>(operation_) : std::nullopt;
     }
+    /// What is no operation stays none: they are below 256.
+    void set_operation(uint32_t operation)
+    {
+        operation_ = static_cast<uint8_t>(std::min<uint32_t>(operation, UINT8_MAX));
+        has_operation_ = true;
+    }
+    /// The node with its children; null of a leaf.
+    OutputParent *parent_part();
+    const OutputParent *parent_part() const;
+    OutputRecord *first_child();
+    const OutputRecord *first_child() const;
     /// `node`, or the first of its later siblings that is part of the tree.
     static const OutputRecord *present(const OutputRecord *node)
     {
@@ -50,8 +65,65 @@ struct OutputRecord final : OutputNode {
         }
         return node;
     }
+
+private:
+    bool has_operation_ = false;
+    uint8_t operation_ = 0;
 };
-static_assert(std::is_standard_layout_v<OutputRecord>);
+
+/// One list or leaf-list among the children of one node.
+struct ListSlot {
+    const PathInfo *info = nullptr;
+    ListSlot *next = nullptr;
+    OutputRecord *last = nullptr;        ///< the entry or value that was added last
+    std::array<OutputRecord *, 4> few{}; ///< the first ones: as long as these are all, they are found without an index
+    std::size_t count = 0;               ///< how many were added
+
+    bool has_few() const { return count <= few.size(); }
+};
+
+/// Of a node that has entries or values among its children: one of the others.
+struct NamedChild {
+    OutputRecord *node = nullptr;
+    NamedChild *next = nullptr;
+};
+
+/// A node as plug-ins know it. The address of `record` is this one's.
+struct OutputHandle {
+    rdl_tqm_datatree record{};
+    OutputRecord *node = nullptr;
+};
+static_assert(std::is_standard_layout_v<OutputHandle>);
+
+/// A node that is no leaf, nor a leaf-list's value.
+struct OutputParent final : OutputRecord {
+    OutputParent() { is_parent = true; }
+
+    OutputRecord *first_one = nullptr;
+    OutputRecord *last_one = nullptr;
+    ListSlot *slots = nullptr;           ///< the lists and leaf-lists among the children
+    NamedChild *named = nullptr;         ///< the children that are in none of those, where there are slots
+    OutputParent *merged_into = nullptr; ///< the entry that took over this one's children
+    OutputHandle *handle = nullptr;      ///< null until a plug-in asks
+};
+static_assert(std::is_trivially_destructible_v<OutputParent>);
+
+inline OutputParent *OutputRecord::parent_part()
+{
+    return is_parent ? static_cast<OutputParent *>(this) : nullptr;
+}
+inline const OutputParent *OutputRecord::parent_part() const
+{
+    return is_parent ? static_cast<const OutputParent *>(this) : nullptr;
+}
+inline OutputRecord *OutputRecord::first_child()
+{
+    return is_parent ? static_cast<OutputParent *>(this)->first_one : nullptr;
+}
+inline const OutputRecord *OutputRecord::first_child() const
+{
+    return is_parent ? static_cast<const OutputParent *>(this)->first_one : nullptr;
+}
 
 inline const OutputRecord &record_of(const OutputNode &node)
 {
@@ -88,23 +160,17 @@ private:
     const OutputRecord *first_;
 };
 
-/// One list or leaf-list among the children of one node.
-struct ListSlot {
-    PathInfo *info = nullptr;
-    ListSlot *next = nullptr;
-    OutputRecord *last = nullptr; ///< the entry or value that was added last
-};
-
-/// Marks on a record that say that it is the first member of an OutputRecord. Neither is a bit of the plug-in surface.
+/// Marks on a record that say that it is that of an OutputHandle. Neither is a bit of the plug-in surface.
 inline constexpr uint16_t output_present = 0x8000u;
 inline constexpr uint8_t output_role = 0x80u;
 
+/// The node that a plug-in's record stands for; null if it is one of the request.
 inline OutputRecord *as_output(rdl_tqm_datatree *record)
 {
     if ((record->present & output_present) == 0 || (record->role_present & output_role) == 0) {
         return nullptr;
     }
-    return reinterpret_cast<OutputRecord *>(record);
+    return reinterpret_cast<OutputHandle *>(record)->node;
 }
 
 /// The list entry that `node` is, or is in; null outside all.
@@ -117,54 +183,79 @@ inline OutputRecord *nearest_entry(OutputRecord &node)
     return at;
 }
 
+/// What stands in the tree for `node`, which is no longer part of it: where two entries turned out to be the same one,
+/// the node of the one that was there first; else itself.
+OutputRecord *survivor_of_dropped(OutputRecord &node);
+
+/// The same for any node; null for null.
+inline OutputRecord *survivor(OutputRecord *node)
+{
+    return node == nullptr || !node->dropped ? node : survivor_of_dropped(*node);
+}
+
 class Output
 {
 public:
     Output(Arena &arena);
 
-    OutputRecord &base() { return *base_; }
+    OutputParent &base() { return *base_; }
+    /// `node` as plug-ins get it, with its value and operation of now.
+    rdl_tqm_datatree *handle_of(OutputRecord &node);
 
-    static OutputRecord *find_named(const OutputRecord &parent, const PathInfo &info);
-    static ListSlot *find_slot(const OutputRecord &parent, const PathInfo &info);
+    static OutputRecord *find_named(const OutputRecord &outer, const PathInfo &info);
+    static ListSlot *find_slot(const OutputRecord &outer, const PathInfo &info);
 
-    /// Each makes a node and puts it behind the parent's children.
-    OutputRecord *add_named(OutputRecord &parent, const PathInfo &info, const char *ns);
-    OutputRecord *add_entry(OutputRecord &parent, PathInfo &info, const char *ns);
+    /// Each makes a node and puts it behind the others in `outer`, which is no leaf. `ns` is one of the request's
+    /// namespaces, told from others by its address.
+    OutputRecord *add_named(OutputRecord &outer, const PathInfo &info, const char *ns);
+    OutputRecord *add_entry(OutputRecord &outer, const PathInfo &info, const char *ns);
     /// A value of a leaf-list; one that is there already is given back instead. `value` must be kept text or null.
-    OutputRecord *add_value(OutputRecord &parent, PathInfo &info, const char *ns, const char *value);
+    OutputRecord *add_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value);
     /// Replaces the value that was added last, or adds it.
-    OutputRecord *replace_last_value(OutputRecord &parent, PathInfo &info, const char *ns, const char *value);
+    OutputRecord *replace_last_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value);
 
-    /// The entry of `slot` whose leaf `key` has `value`; null if there is none.
-    OutputRecord *find_by_key(const ListSlot *slot, std::string_view key, std::string_view value) const;
-    /// Makes `entry` known by its key. Gives the entry that already was, or null.
-    OutputRecord *index_by_key(OutputRecord &entry, std::string_view key, std::string_view value);
-    void forget_key(OutputRecord &entry, std::string_view key, std::string_view value);
-    OutputRecord *find_value(const ListSlot *slot, std::string_view value) const;
+    /// The value `value`, or that without a text, of a leaf-list; null if it is not there.
+    OutputRecord *find_value(const ListSlot &slot, const char *value) const;
+    /// The entry of `slot` (null: none) whose leaf `key` has `value`; null if there is none.
+    OutputRecord *find_by_key(const ListSlot *slot, const PathInfo &key, std::string_view value) const;
+    /// `key`, a leaf of an entry, has a value now. Gives the entry that had the same before, or null.
+    OutputRecord *index_by_key(const OutputRecord &key);
+    /// And it will no longer have `value`.
+    void forget_key(const OutputRecord &key, std::string_view value);
 
     /// Moves what `from` holds into `into`; `from` is no longer part of the tree.
-    void absorb(OutputRecord &into, OutputRecord &from);
+    void absorb(OutputParent &into, OutputParent &from);
 
 private:
+    /// Of a list the entry whose leaf is `leaf`, of a leaf-list, which is `leaf` itself, the value.
     struct Key {
         const ListSlot *slot;
-        std::string_view leaf;
-        std::string_view value;
+        const PathInfo *leaf;
+        std::optional<std::string_view> value;
         bool operator==(const Key &) const = default;
     };
     struct KeyHash {
         std::size_t operator()(const Key &key) const
         {
-            const std::hash<std::string_view> text;
-            return std::hash<const void *>{}(key.slot) * 31 + text(key.leaf) * 7 + text(key.value);
+            const std::size_t places = std::bit_cast<std::size_t>(key.slot) * 31 + std::bit_cast<std::size_t>(key.leaf);
+            return places + std::hash<std::string_view>{}(key.value.value_or(""));
         }
     };
 
-    OutputRecord *append(OutputRecord &parent, const PathInfo &info, const char *ns);
-    ListSlot &slot(OutputRecord &parent, PathInfo &info);
+    static Key value_key(const ListSlot &slot, const char *value)
+    {
+        return {&slot, slot.info, value == nullptr ? std::nullopt : std::optional<std::string_view>(value)};
+    }
+    void note_added(ListSlot &slot, OutputRecord &node);
+    const NodeName *name_of(const PathInfo &info, const char *ns);
+    OutputRecord *append(OutputParent &outer, const PathInfo &info, const char *ns);
+    static void link(OutputParent &outer, OutputRecord &node);
+    void note_named(OutputParent &outer, OutputRecord &node);
+    ListSlot &slot(OutputParent &outer, const PathInfo &info);
 
     Arena &arena_;
-    OutputRecord *base_;
+    OutputParent *base_;
+    std::deque<NodeName> other_names_; ///< of nodes that are not in their usual namespace
     std::unordered_map<Key, OutputRecord *, KeyHash> index_;
 };
 

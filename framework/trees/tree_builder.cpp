@@ -17,13 +17,20 @@ TreeBuilder::Roots TreeBuilder::array_of(Arena &arena, const rdl_tqm_datatree *n
     return {array, static_cast<uint32_t>(count)};
 }
 
+// Tags and namespaces come again from the same addresses; the text is compared, as an address may hold several texts
+// one after another.
 const char *TreeBuilder::shared(std::string_view text)
 {
-    auto found = texts_.find(text);
-    if (found == texts_.end()) {
-        found = texts_.insert({arena_.copy(text), text.size()}).first;
+    const auto address = reinterpret_cast<std::uintptr_t>(text.data());
+    std::string_view &known = by_address_[(address ^ (address >> 6)) % by_address_.size()];
+    if (known != text || known.data() == nullptr) {
+        auto found = texts_.find(text);
+        if (found == texts_.end()) {
+            found = texts_.insert({arena_.copy(text), text.size()}).first;
+        }
+        known = *found;
     }
-    return found->data();
+    return known.data();
 }
 
 rdl_tqm_datatree *TreeBuilder::append(std::string_view ns, std::string_view tag)

@@ -69,12 +69,11 @@ void Failure::refuse(const std::string &text)
 
 void Failure::note_path()
 {
-    InstancePath place = hierarchy_.place();
-    path_ = place.text();
+    hierarchy_.copy_to(noted_);
     if (in_fill(record_)) {
         return;
     }
-    refused_ = std::move(place);
+    refused_ = noted_;
     refused_at_ = hierarchy_.empty() ? nullptr : hierarchy_.top().path;
 }
 
@@ -84,7 +83,7 @@ void Failure::note_place_of_message()
     if (!refused_.empty() || is_of_fill(record_.error_msg)) {
         return;
     }
-    refused_ = hierarchy_.place();
+    hierarchy_.copy_to(refused_);
     if (hierarchy_.top_has_leaf(hierarchy_.matched_tag())) {
         refused_tag_ = hierarchy_.matched_tag();
     }
@@ -102,7 +101,7 @@ Error Failure::error(rcode code) const
     check_memory();
     const bool has_message = !is_of_fill(record_.error_msg);
     Error error{has_message ? record_.error_msg : rcode_strerror(code)};
-    error.at(refused_);
+    error.at(place_of(refused_));
     error.tag = is_of_fill(record_.error_tag) ? refused_tag_ : record_.error_tag;
     error.code = code;
     if (!has_message && code == TQM_ERR_UNSUPPORTED && refused_at_ != nullptr && !error.tag.empty()) {

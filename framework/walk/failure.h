@@ -31,7 +31,7 @@ public:
     /// The plug-in says that the node on top of the hierarchy is where it has failed.
     void note_path();
     /// The path noted last, with keys, whether it was in a fill or not; empty if none was.
-    const std::string &path() const { return path_; }
+    std::string path() const { return place_of(noted_).text(); }
     /// A node is about to be left: a message without a place belongs to it.
     void note_place_of_message();
 
@@ -49,9 +49,9 @@ private:
 
     tqm_map_request &record_;
     Hierarchy &hierarchy_;
-    std::string path_;
+    WalkSteps noted_;
     // What was noted outside fills.
-    InstancePath refused_;
+    WalkSteps refused_;
     const PathInfo *refused_at_ = nullptr; ///< the schema node of refused_
     std::string refused_tag_;
     std::unordered_set<const char *> fill_texts_;

@@ -8,12 +8,16 @@ namespace tqm
 namespace
 {
 constexpr uint32_t worth_an_index = 48;
-}
+constexpr std::size_t few_frames = 8;
+} // namespace
 
 const rdl_tqm_datatree *find_child(const rdl_tqm_datatree *nodes, uint32_t count, std::string_view tag)
 {
+    // The first character tells most of them apart.
+    const char first = tag.empty() ? '\0' : tag.front();
+    const auto is_it = [tag, first](const char *other) { return other != nullptr && *other == first && tag == other; };
     for (uint32_t i = 0; nodes != nullptr && i < count; ++i) {
-        if (nodes[i].tag != nullptr && tag == nodes[i].tag) {
+        if (is_it(nodes[i].tag)) {
             return nodes + i;
         }
     }
@@ -30,9 +34,8 @@ const rdl_tqm_datatree *find_child(const rdl_tqm_datatree &node, std::string_vie
 
 const rdl_tqm_datatree *Frame::child(std::string_view tag)
 {
-    const bool live = (node->present & TQM_PRESENT_SUBTREE) != 0;
-    const rdl_tqm_datatree *nodes = live ? node->subtree : children;
-    const uint32_t count = live ? node->subtree_count : child_count;
+    const rdl_tqm_datatree *const nodes = all_children().data();
+    const auto count = static_cast<uint32_t>(all_children().size());
     if (count < worth_an_index || nodes == nullptr) {
         return find_child(nodes, count, tag);
     }
@@ -60,10 +63,10 @@ Frame *Hierarchy::outer_list(const Frame &list)
 
 Frame &Hierarchy::push(const rdl_tqm_datatree &node, bool is_list, PathTable &paths)
 {
-    PathInfo *parent = empty() ? nullptr : top().path;
+    const PathInfo *parent = empty() ? nullptr : top().path;
     const int32_t outer = empty() ? -1 : top().list_frame;
     if (depth_ == frames_.size()) {
-        frames_.emplace_back();
+        frames_.resize(frames_.size() + few_frames);
     }
     Frame &frame = frames_[depth_];
     frame.node = &node;
@@ -111,17 +114,18 @@ void Hierarchy::children_moved(const rdl_tqm_datatree &node)
     }
 }
 
-InstancePath Hierarchy::place()
+InstancePath place_of(const WalkSteps &steps)
 {
     InstancePath place;
-    for (std::size_t position = 0; position < depth_; ++position) {
-        Frame &frame = frames_[position];
-        place.enter(frame.node->tag);
-        if (!frame.is_list || frame.path == nullptr) {
+    for (const WalkStep &step : steps) {
+        place.enter(step.node->tag);
+        if (!step.is_list || step.path == nullptr) {
             continue;
         }
-        for (const std::string &key : frame.path->keys()) {
-            if (const char *const value = given_value(frame.child(key))) {
+        const std::span<const rdl_tqm_datatree> children = step.all_children();
+        for (const std::string &key : step.path->keys()) {
+            const auto *const leaf = find_child(children.data(), static_cast<uint32_t>(children.size()), key);
+            if (const char *const value = given_value(leaf)) {
                 place.key(key, value);
             }
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -52,13 +53,28 @@ private:
     std::vector<Instance> instances_;
 };
 
-struct Frame {
+/// One node on the way to where the walk stands.
+struct WalkStep {
     const rdl_tqm_datatree *node = nullptr;
-    PathInfo *path = nullptr; ///< null when the tag gives none
+    const PathInfo *path = nullptr; ///< null when the tag gives none
     bool is_list = false;
     /// The children at the time of the push: walkers hide them for a while (key fill, remove pass).
     const rdl_tqm_datatree *children = nullptr;
     uint32_t child_count = 0;
+
+    std::span<const rdl_tqm_datatree> all_children() const
+    {
+        const bool live = (node->present & TQM_PRESENT_SUBTREE) != 0;
+        return live ? std::span(node->subtree, node->subtree_count) : std::span(children, child_count);
+    }
+};
+
+/// The way to where a walk stood, as it was then: what becomes a place if it is asked for.
+using WalkSteps = std::vector<WalkStep>;
+/// With the keys of list entries.
+InstancePath place_of(const WalkSteps &steps);
+
+struct Frame : WalkStep {
     int32_t list_frame = -1;    ///< position of the innermost list frame at or above this one
     std::size_t undo_start = 0; ///< reverse: where the entries begin that this frame made current
     Instances instances;
@@ -93,8 +109,11 @@ public:
     Frame *find(const PathInfo *path);
     /// The children of `node` were replaced by a longer array.
     void children_moved(const rdl_tqm_datatree &node);
-    /// Where the walk stands, with the keys of list entries.
-    InstancePath place();
+    /// Where the walk stands. `steps` is used again for its memory.
+    void copy_to(WalkSteps &steps) const
+    {
+        steps.assign(frames_.begin(), frames_.begin() + static_cast<std::ptrdiff_t>(depth_));
+    }
 
     // ---- What the walker, and mappers, have last looked at ----
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace tqm
 {
@@ -18,19 +19,17 @@ bool is_at_or_below(const PathInfo &info, const PathInfo &ancestor)
     return at != nullptr;
 }
 
-OutputRecord *survivor(OutputRecord *node)
-{
-    while (node != nullptr && node->merged_into != nullptr) {
-        node = node->merged_into;
-    }
-    return node;
-}
-
 } // namespace
 
 OutputRecord *Placing::base_of(rdl_tqm_datatree *tree) const
 {
     return survivor(as_output(tree));
+}
+
+/// The path of the only key of `list`.
+const char *Placing::key_path(const PathInfo &list)
+{
+    return around_.paths.intern_child(&list, list.keys().front())->text.data();
 }
 
 /// A leaf of another module brings its namespace along below the list around it only.
@@ -56,7 +55,7 @@ Placing::Naming Placing::naming_for(const AddArguments &arguments, const PathInf
 rcode Placing::add(const AddArguments &arguments)
 {
     const rcode rc = place(arguments);
-    if (rc != 0) {
+    if (rc != 0 && around_.observation) {
         tell(arguments, nullptr, rc);
     }
     return rc;
@@ -64,9 +63,6 @@ rcode Placing::add(const AddArguments &arguments)
 
 void Placing::tell(const AddArguments &arguments, const OutputRecord *node, rcode code) const
 {
-    if (!around_.observation) {
-        return;
-    }
     const bool settled = node != nullptr && !node->pending;
     around_.observation.added(
         {arguments.path, arguments.value, settled ? node->operation() : std::nullopt, node, code});
@@ -85,11 +81,11 @@ rcode Placing::place(const AddArguments &arguments)
     if (base == nullptr) {
         return add_to_request_node(arguments);
     }
-    PathInfo *info = around_.paths.intern(arguments.path);
+    const PathInfo *info = around_.paths.intern_literal(arguments.path);
     if (info == nullptr || info->below_value) {
         return TQM_ERR_BAD_ARGS;
     }
-    if (arguments.source != nullptr && ignored_.contains(arguments.source)) {
+    if (!ignored_.empty() && ignored_.contains(arguments.source)) {
         return 0;
     }
     if (arguments.list_entry == 0) {
@@ -98,7 +94,7 @@ rcode Placing::place(const AddArguments &arguments)
 
     const Naming naming = naming_for(arguments, *info);
     const bool addressed = arguments.list_entry == 1 && info->is_list();
-    const bool inside = base->info != nullptr && is_at_or_below(*info, *base->info);
+    const bool inside = base->info() != nullptr && is_at_or_below(*info, *base->info());
     const char *value = around_.arena.keep(arguments.value);
     OutputRecord *node = nullptr;
     if (info->is_leaf_list()) {
@@ -107,7 +103,7 @@ rcode Placing::place(const AddArguments &arguments)
         node = inside ? below(*base, *info, naming) : node_for(*info, naming, addressed);
     }
 
-    if (around_.kind.is_forward_edit() && !takes_value(*node, arguments)) {
+    if (may_be_contested(*node, arguments) && !takes_value(*node, arguments)) {
         return 0;
     }
     if (!info->is_list()) {
@@ -116,8 +112,16 @@ rcode Placing::place(const AddArguments &arguments)
     if (!(addressed && around_.kind.is_forward())) {
         set_operation(*node, arguments.source);
     }
-    settle_entry_operation(*node, arguments);
-    tell(arguments, node, 0);
+    if (OutputRecord *const entry = around_.kind.is_forward_edit() ? nearest_entry(*node) : nullptr) {
+        const Frame *const frame = around_.hierarchy.innermost_list();
+        entry->origin_node = frame == nullptr ? arguments.source : frame->node;
+        if (arguments.list_entry == 1 || node->info()->is_key) {
+            settle_entry_operation(*node, *entry, arguments);
+        }
+    }
+    if (around_.observation) {
+        tell(arguments, node, 0);
+    }
     if (addressed && !around_.kind.is_forward() && !around_.kind.is_read() && value == nullptr) {
         give_key_of_deleted(*node, arguments);
     }
@@ -128,8 +132,7 @@ rcode Placing::place(const AddArguments &arguments)
     }
     if (info->is_list() && value != nullptr && info->keys().size() == 1) {
         AddArguments key = arguments;
-        const std::string path = std::string(info->text) + '/' + info->keys().front();
-        key.path = path.c_str();
+        key.path = key_path(*info);
         key.out_node = nullptr;
         key.list_entry = arguments.list_entry;
         if (const rcode rc = add(key); rc != 0) {
@@ -137,17 +140,14 @@ rcode Placing::place(const AddArguments &arguments)
         }
     }
     node = survivor(node);
-    if (node->dropped && node->outer->merged_into != nullptr) {
-        node = Output::find_named(*survivor(node->outer), *info);
-    }
     if (arguments.out_node != nullptr) {
-        *arguments.out_node = &node->record;
+        *arguments.out_node = around_.output.handle_of(*node);
     }
     return 0;
 }
 
 /// Who asks for the node means the one value that the leaf-list has: it takes the last one's place.
-OutputRecord *Placing::leaf_list_value(OutputRecord &base, PathInfo &info, const Naming &naming, bool inside,
+OutputRecord *Placing::leaf_list_value(OutputRecord &base, const PathInfo &info, const Naming &naming, bool inside,
                                        const char *value, bool replaces)
 {
     Output &output = around_.output;
@@ -161,8 +161,8 @@ OutputRecord *Placing::leaf_list_value(OutputRecord &base, PathInfo &info, const
 
 void Placing::read_beside(OutputRecord &parent, const std::string &path, const Naming &naming)
 {
-    PathInfo *const info = around_.paths.intern(path);
-    if (info != nullptr && info->parent == parent.info && Output::find_named(parent, *info) == nullptr) {
+    const PathInfo *const info = around_.paths.intern(path);
+    if (info != nullptr && info->parent == parent.info() && Output::find_named(parent, *info) == nullptr) {
         around_.output.add_named(parent, *info, naming.ns_of(*info));
     }
 }
@@ -200,7 +200,7 @@ rcode Placing::add_to_request_node(const AddArguments &arguments)
 rcode Placing::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path, const char *ns)
 {
     OutputRecord *base = base_of(tree);
-    PathInfo *info = around_.paths.intern(path);
+    const PathInfo *info = around_.paths.intern(path);
     if (base == nullptr || info == nullptr || info->below_value) {
         return TQM_ERR_BAD_ARGS;
     }
@@ -215,26 +215,34 @@ rcode Placing::add_read_leaf(rdl_tqm_datatree *tree, std::string_view path, cons
     }
     AddArguments arguments;
     arguments.path = info->text.data();
-    tell(arguments, node, 0);
+    if (around_.observation) {
+        tell(arguments, node, 0);
+    }
     return 0;
 }
 
-OutputRecord *Placing::node_for(PathInfo &info, const Naming &naming, bool addressed)
+OutputRecord *Placing::node_for(const PathInfo &info, const Naming &naming, bool addressed)
 {
     if (info.is_list()) {
         return around_.kind.is_forward() ? forward_entry(info, naming, addressed)
                                          : reverse_entry(info, naming, addressed);
     }
-    OutputRecord *parent = info.parent == nullptr ? &around_.output.base() : node_for(*info.parent, naming, false);
+    OutputRecord *parent = &around_.output.base();
+    if (info.parent != nullptr && info.parent == last_parent_.info) {
+        parent = last_parent_.node;
+    } else if (info.parent != nullptr) {
+        parent = node_for(*info.parent, naming, false);
+        last_parent_ = {info.parent, parent};
+    }
     if (OutputRecord *node = Output::find_named(*parent, info)) {
         return node;
     }
     return around_.output.add_named(*parent, info, naming.ns_of(info));
 }
 
-OutputRecord *Placing::below(OutputRecord &entry, PathInfo &info, const Naming &naming)
+OutputRecord *Placing::below(OutputRecord &entry, const PathInfo &info, const Naming &naming)
 {
-    if (&info == entry.info) {
+    if (&info == entry.info()) {
         return &entry;
     }
     OutputRecord *parent = below(entry, *info.parent, naming);
@@ -252,7 +260,7 @@ OutputRecord *Placing::below(OutputRecord &entry, PathInfo &info, const Naming &
 
 // ---- Forward: one entry of the request is one instance in each native list that it leads to ----
 
-OutputRecord *Placing::forward_entry(PathInfo &list, const Naming &naming, bool addressed)
+OutputRecord *Placing::forward_entry(const PathInfo &list, const Naming &naming, bool addressed)
 {
     Frame *innermost = around_.hierarchy.innermost_list();
     if (innermost == nullptr) {
@@ -272,6 +280,7 @@ OutputRecord *Placing::forward_entry(PathInfo &list, const Naming &naming, bool 
                                                          : owner_of_new_entry(list, owner_frame);
     OutputRecord *parent = list.parent == nullptr ? &around_.output.base() : node_for(*list.parent, naming, false);
     OutputRecord *entry = around_.output.add_entry(*parent, list, naming.ns_of(list));
+    last_parent_ = {};
     owner.add(list, *entry);
     if (around_.kind.is_read()) {
         give_key_from_walk(*entry, owner_frame);
@@ -302,7 +311,7 @@ Instances &Placing::owner_of_new_entry(const PathInfo &list, Frame *&owner_frame
 
 void Placing::give_key_from_walk(OutputRecord &entry, Frame *owner)
 {
-    const PathInfo &list = *entry.info;
+    const PathInfo &list = *entry.info();
     if (owner == nullptr || owner->path == nullptr || list.keys().size() != 1 ||
         std::strcmp(owner->path->tag, list.tag) != 0) {
         return;
@@ -311,8 +320,8 @@ void Placing::give_key_from_walk(OutputRecord &entry, Frame *owner)
     if (value == nullptr) {
         return;
     }
-    PathInfo *key = around_.paths.intern(std::string(list.text) + '/' + list.keys().front());
-    set_value(*around_.output.add_named(entry, *key, entry.record.ns), around_.arena.keep(value));
+    const PathInfo *key = around_.paths.intern_child(&list, list.keys().front());
+    set_value(*around_.output.add_named(entry, *key, entry.ns()), around_.arena.keep(value));
 }
 
 /// Mappers add a deleted entry without its key: it is that of the native entry. Of several native keys it is the one
@@ -322,7 +331,7 @@ void Placing::give_key_of_deleted(OutputRecord &entry, const AddArguments &argum
     const rdl_tqm_datatree *const source = arguments.source;
     Frame *const frame = around_.hierarchy.empty() ? nullptr : &around_.hierarchy.top();
     if (source == nullptr || frame == nullptr || frame->node != source || !takes_away(*source) ||
-        frame->path == nullptr || !frame->path->is_list() || entry.info->keys().size() != 1) {
+        frame->path == nullptr || !frame->path->is_list() || entry.info()->keys().size() != 1) {
         return;
     }
     const std::vector<std::string> &native_keys = frame->path->keys();
@@ -332,10 +341,9 @@ void Placing::give_key_of_deleted(OutputRecord &entry, const AddArguments &argum
     if (key == nullptr) {
         return;
     }
-    const std::string path = std::string(entry.info->text) + '/' + entry.info->keys().front();
     AddArguments leaf;
-    leaf.tree = &entry.record;
-    leaf.path = path.c_str();
+    leaf.tree = around_.output.handle_of(entry);
+    leaf.path = key_path(*entry.info());
     leaf.ns = arguments.ns;
     leaf.value = key;
     add(leaf);
@@ -345,7 +353,8 @@ void Placing::give_key_of_deleted(OutputRecord &entry, const AddArguments &argum
 
 OutputRecord *Placing::current_entry(const PathInfo &list) const
 {
-    OutputRecord *entry = survivor(list.current);
+    const ListState *const state = find_state(list);
+    OutputRecord *entry = state == nullptr ? nullptr : survivor(state->current);
     const PathInfo *outer = list.parent == nullptr ? nullptr : list.parent->list;
     if (entry == nullptr || outer == nullptr) {
         return entry;
@@ -353,7 +362,7 @@ OutputRecord *Placing::current_entry(const PathInfo &list) const
     return nearest_entry(*entry->outer) == current_entry(*outer) ? entry : nullptr;
 }
 
-OutputRecord *Placing::reverse_entry(PathInfo &list, const Naming &naming, bool addressed)
+OutputRecord *Placing::reverse_entry(const PathInfo &list, const Naming &naming, bool addressed)
 {
     if (!addressed) {
         if (OutputRecord *current = current_entry(list)) {
@@ -368,18 +377,31 @@ OutputRecord *Placing::reverse_entry(PathInfo &list, const Naming &naming, bool 
 
 void Placing::undo_to(std::size_t made_current)
 {
+    last_parent_ = {};
     for (; undo_.size() > made_current; undo_.pop_back()) {
-        undo_.back().list->current = undo_.back().previous;
+        state_of(*undo_.back().list).current = undo_.back().previous;
     }
 }
 
-void Placing::make_current(PathInfo &list, OutputRecord &entry)
+void Placing::make_current(const PathInfo &list, OutputRecord &entry)
 {
-    undo_.push_back({&list, list.current});
-    list.current = &entry;
+    last_parent_ = {};
+    undo_.push_back({&list, std::exchange(state_of(list).current, &entry)});
 }
 
-OutputRecord *Placing::existing(PathInfo *info) const
+const Placing::ListState *Placing::find_state(const PathInfo &list) const
+{
+    const auto found = std::ranges::find(lists_, &list, &ListState::list);
+    return found == lists_.end() ? nullptr : &*found;
+}
+
+Placing::ListState &Placing::state_of(const PathInfo &list)
+{
+    const auto found = std::ranges::find(lists_, &list, &ListState::list);
+    return found == lists_.end() ? lists_.emplace_back(ListState{&list}) : *found;
+}
+
+OutputRecord *Placing::existing(const PathInfo *info) const
 {
     if (info == nullptr) {
         return &around_.output.base();
@@ -391,14 +413,15 @@ OutputRecord *Placing::existing(PathInfo *info) const
     return parent == nullptr ? nullptr : Output::find_named(*parent, *info);
 }
 
-OutputRecord *Placing::search(rdl_tqm_datatree *tree, PathInfo &list, std::string_view key, std::string_view value)
+OutputRecord *Placing::search(rdl_tqm_datatree *tree, const PathInfo &list, std::string_view key,
+                              std::string_view value)
 {
     OutputRecord *base = base_of(tree);
     OutputRecord *parent = nullptr;
-    if (base != nullptr && base->info != nullptr && list.parent != nullptr &&
-        is_at_or_below(*list.parent, *base->info)) {
-        std::vector<PathInfo *> way;
-        for (PathInfo *at = list.parent; at != base->info; at = at->parent) {
+    if (base != nullptr && base->info() != nullptr && list.parent != nullptr &&
+        is_at_or_below(*list.parent, *base->info())) {
+        std::vector<const PathInfo *> way;
+        for (const PathInfo *at = list.parent; at != base->info(); at = at->parent) {
             way.push_back(at);
         }
         parent = base;
@@ -412,15 +435,19 @@ OutputRecord *Placing::search(rdl_tqm_datatree *tree, PathInfo &list, std::strin
     if (parent == nullptr) {
         return nullptr;
     }
-    const std::string_view leaf = list.keys().size() == 1 ? std::string_view(list.keys().front()) : key;
-    OutputRecord *found = survivor(around_.output.find_by_key(Output::find_slot(*parent, list), leaf, value));
+    const PathInfo *const leaf =
+        around_.paths.find_child(list, list.keys().size() == 1 ? std::string_view(list.keys().front()) : key);
+    if (leaf == nullptr) {
+        return nullptr;
+    }
+    OutputRecord *found = survivor(around_.output.find_by_key(Output::find_slot(*parent, list), *leaf, value));
     if (found != nullptr) {
-        list.last_found = found;
+        state_of(list).last_found = found;
     }
     return found;
 }
 
-OutputRecord *Placing::add_keyed_entry(rdl_tqm_datatree *tree, PathInfo &list, const char *ns, const char *key,
+OutputRecord *Placing::add_keyed_entry(rdl_tqm_datatree *tree, const PathInfo &list, const char *ns, const char *key,
                                        const char *value)
 {
     AddArguments entry;
@@ -437,10 +464,9 @@ OutputRecord *Placing::add_keyed_entry(rdl_tqm_datatree *tree, PathInfo &list, c
         return nullptr;
     }
     if (list.keys().size() != 1) {
-        const std::string path = std::string(list.text) + '/' + key;
         AddArguments leaf;
         leaf.tree = added;
-        leaf.path = path.c_str();
+        leaf.path = around_.paths.intern_child(&list, key)->text.data();
         leaf.ns = ns;
         leaf.value = value;
         if (add(leaf) != 0) {

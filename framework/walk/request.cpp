@@ -21,17 +21,17 @@ bool keep_answered(OutputRecord &node)
 {
     bool answered = false;
     std::size_t keys = 0;
-    for (OutputRecord *child = node.first_child; child != nullptr; child = child->next) {
+    for (OutputRecord *child = node.first_child(); child != nullptr; child = child->next) {
         if (child->dropped || !keep_answered(*child)) {
             continue;
         }
         answered = true;
-        keys += child->record.is_key;
+        keys += child->is_key();
     }
     if (node.list_entry) {
-        answered = answered && keys == node.info->keys().size();
-    } else if (node.first_child == nullptr) {
-        answered = node.record.value != nullptr;
+        answered = answered && keys == node.info()->keys().size();
+    } else if (node.first_child() == nullptr) {
+        answered = node.value != nullptr;
     }
     node.dropped = !answered;
     return answered;
@@ -40,11 +40,12 @@ bool keep_answered(OutputRecord &node)
 } // namespace
 
 constinit thread_local Request::Impl *serving_request [[gnu::tls_model("initial-exec")]] = nullptr;
+constinit thread_local Journal *questions_journal [[gnu::tls_model("initial-exec")]] = nullptr;
 
 Request::Impl::Impl(const Schema &schema, std::span<const tqm_map_reg_info> registrations, uint32_t kind,
                     Direction direction, Watch watch)
     : schema_(schema), registrations_(registrations), watch_(std::move(watch)), kind_(header_, direction),
-      namespaces_(arena_), paths_(schema, arena_), output_(arena_), observation_(watch_.observer),
+      namespaces_(schema, arena_), paths_(schema, arena_), output_(arena_), observation_(watch_.observer),
       failure_(record_, hierarchy_),
       placing_({kind_, context_.record, registrations_, observation_, arena_, namespaces_, paths_, hierarchy_, output_})
 {
@@ -59,25 +60,25 @@ Request::Impl::Impl(const Schema &schema, std::span<const tqm_map_reg_info> regi
     ctx.trc_log = trace_log;
     ctx.trace_buf = trace_buffer;
     ctx.trace_on = watch_.trace_on || observation_ ? 1 : 0;
-    serving() = this;
+    serve(this);
 }
 
 Request::Impl::~Impl()
 {
     if (serving() == this) {
-        serving() = nullptr;
+        serve(nullptr);
     }
 }
 
 void Request::Impl::enter(const rdl_tqm_datatree &node, bool is_list)
 {
-    placing_.settle();
+    placing_.move();
     hierarchy_.push(node, is_list, paths_).undo_start = placing_.made_current();
 }
 
 bool Request::Impl::leave(const rdl_tqm_datatree *node)
 {
-    placing_.settle();
+    placing_.move();
     const std::size_t position = hierarchy_.position_of(node);
     if (position == hierarchy_.depth()) {
         return false;
@@ -97,7 +98,7 @@ bool Request::Impl::leads_to_an_entry()
 
 void Request::Impl::start_walk()
 {
-    placing_.settle();
+    placing_.move();
     while (!hierarchy_.empty()) {
         leave(hierarchy_.top().node);
     }
@@ -129,7 +130,7 @@ tqm_map_ctx Request::ctx()
 
 rdl_tqm_datatree *Request::out()
 {
-    return &impl_->output().base().record;
+    return impl_->output().handle_of(impl_->output().base());
 }
 
 tqm_map_request &Request::record()
@@ -206,12 +207,12 @@ std::vector<const OutputNode *> Request::roots()
 void Request::drop_unanswered()
 {
     impl_->failure().check_memory();
-    for (OutputRecord *root = impl_->output().base().first_child; root != nullptr; root = root->next) {
+    for (OutputRecord *root = impl_->output().base().first_child(); root != nullptr; root = root->next) {
         keep_answered(*root);
     }
 }
 
-const std::string &Request::error_path() const
+std::string Request::error_path() const
 {
     return impl_->failure().path();
 }

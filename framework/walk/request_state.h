@@ -42,6 +42,11 @@ public:
     const Watch &watch() const { return watch_; }
     const WalkKind &kind() const { return kind_; }
     void widen() { kind_.widen(); }
+    /// The journal, if it wants to know of questions, too.
+    Journal *asks_questions() const
+    {
+        return watch_.journal != nullptr && watch_.journal->questions() ? watch_.journal : nullptr;
+    }
 
     // ---- What plug-ins see ----
     tqm_map_ctx_record &context() { return context_.record; }
@@ -109,13 +114,24 @@ private:
     uint32_t trace_index_ = 0;
 };
 
-// The library is linked to its program, so that the fast way to a thread's variable is open.
+// The library is linked to its program, so that the fast way to a thread's variables is open.
 extern constinit thread_local Request::Impl *serving_request [[gnu::tls_model("initial-exec")]];
+/// The journal that wants to know of the questions of serving_request; null if none does.
+extern constinit thread_local Journal *questions_journal [[gnu::tls_model("initial-exec")]];
 
 /// The request that operations without a context serve on this thread; null if there is none.
-inline Request::Impl *&serving()
+inline Request::Impl *serving()
 {
     return serving_request;
+}
+
+/// From now on `request`, which may be null, is the one that operations without a context serve on this thread.
+inline void serve(Request::Impl *request)
+{
+    if (serving_request != request) {
+        serving_request = request;
+        questions_journal = request == nullptr ? nullptr : request->asks_questions();
+    }
 }
 
 } // namespace tqm

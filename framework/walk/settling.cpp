@@ -17,7 +17,7 @@ bool takes_away(std::optional<uint32_t> operation)
 
 OutputRecord *find_below(OutputRecord &entry, const PathInfo &info)
 {
-    if (&info == entry.info) {
+    if (&info == entry.info()) {
         return &entry;
     }
     OutputRecord *const parent = find_below(entry, *info.parent);
@@ -33,32 +33,28 @@ void Placing::index_key(OutputRecord &leaf, const char *old_value)
         return;
     }
     if (old_value != nullptr) {
-        around_.output.forget_key(entry, leaf.record.tag, old_value);
+        around_.output.forget_key(leaf, old_value);
     }
-    if (leaf.record.value == nullptr) {
+    if (leaf.value == nullptr) {
         return;
     }
-    OutputRecord *known = around_.output.index_by_key(entry, leaf.record.tag, leaf.record.value);
-    if (known != nullptr && entry.info->keys().size() == 1) {
-        around_.output.absorb(*known, entry);
+    OutputRecord *known = around_.output.index_by_key(leaf);
+    if (known != nullptr && entry.info()->keys().size() == 1) {
+        last_parent_ = {};
+        around_.output.absorb(*known->parent_part(), *entry.parent_part());
     }
 }
 
 void Placing::set_value(OutputRecord &node, const char *value)
 {
-    const char *old = node.record.value;
+    const char *old = node.value;
     // A key is what its entry is known by. The leaf that repeats it under config may be deleted or asked for without
     // its value; that must not turn one entry into all of them.
-    if (value == nullptr && node.info->is_key && old != nullptr) {
+    if (value == nullptr && node.info()->is_key && old != nullptr) {
         return;
     }
-    node.record.value = value;
-    if (value == nullptr) {
-        node.record.present &= static_cast<uint16_t>(~TQM_PRESENT_VALUE);
-    } else {
-        node.record.present |= TQM_PRESENT_VALUE;
-    }
-    if (!around_.kind.is_forward() && node.info->is_key) {
+    node.value = value;
+    if (!around_.kind.is_forward() && node.info()->is_key) {
         index_key(node, old);
     }
 }
@@ -77,10 +73,10 @@ bool Placing::is_leaf_list_value(const rdl_tqm_datatree &source)
 bool Placing::takes_value(OutputRecord &node, const AddArguments &arguments)
 {
     const rdl_tqm_datatree *const source = arguments.source;
-    if (source == nullptr || !node.info->is_leaf() || !is_leaf_list_value(*source)) {
+    const rdl_tqm_datatree *const before = node.origin_node;
+    if (source == nullptr || !node.info()->is_leaf() || !is_leaf_list_value(*source)) {
         return true;
     }
-    const rdl_tqm_datatree *const before = node.origin_node;
     const bool set_before = before != nullptr && before != source && std::strcmp(before->tag, source->tag) == 0 &&
                             !takes_away(node.operation());
     if (takes_away(*source)) {
@@ -95,14 +91,14 @@ bool Placing::takes_value(OutputRecord &node, const AddArguments &arguments)
 /// An add that gives neither source nor value sets nothing where the walk stands in a removal: it is part of that.
 uint32_t Placing::operation_without_source(const OutputRecord &node, const rdl_tqm_datatree *walked) const
 {
-    const bool removal = around_.kind.is_forward() && node.info->is_leaf() && node.record.value == nullptr &&
+    const bool removal = around_.kind.is_forward() && node.info()->is_leaf() && node.value == nullptr &&
                          walked != nullptr && takes_away(*walked);
     return removal ? walked->operation : uint32_t{TQM_OP_MERGE};
 }
 
 void Placing::set_operation(OutputRecord &node, const rdl_tqm_datatree *source)
 {
-    if (around_.kind.is_read() && !node.info->schema->secret) {
+    if (around_.kind.is_read() && !node.info()->schema->secret) {
         return;
     }
     const rdl_tqm_datatree *const origin = source == nullptr ? around_.hierarchy.walked_node(in_fill()) : source;
@@ -111,32 +107,19 @@ void Placing::set_operation(OutputRecord &node, const rdl_tqm_datatree *source)
         return;
     }
     const bool given = source != nullptr && (source->present & TQM_PRESENT_OPERATION) != 0;
-    node.record.operation = given               ? source->operation
-                            : source == nullptr ? operation_without_source(node, origin)
-                                                : uint32_t{TQM_OP_MERGE};
+    const uint32_t operation = given               ? source->operation
+                               : source == nullptr ? operation_without_source(node, origin)
+                                                   : uint32_t{TQM_OP_MERGE};
     // The leaf that repeats the key goes with its container: that takes no entry away which the request names.
-    const bool names_entry = around_.kind.is_forward() && node.info->is_key && node.record.value != nullptr;
-    if (names_entry && takes_away(node.record.operation)) {
-        node.record.operation = TQM_OP_MERGE;
-    }
-    node.record.present |= TQM_PRESENT_OPERATION;
+    const bool names_entry = around_.kind.is_forward() && node.info()->is_key && node.value != nullptr;
+    node.set_operation(names_entry && tqm::takes_away(operation) ? uint32_t{TQM_OP_MERGE} : operation);
 }
 
-void Placing::settle_entry_operation(OutputRecord &node, const AddArguments &arguments)
+void Placing::settle_entry_operation(OutputRecord &node, OutputRecord &entry, const AddArguments &arguments)
 {
-    if (!around_.kind.is_forward_edit()) {
-        return;
-    }
-    OutputRecord *entry = nearest_entry(node);
-    if (entry == nullptr) {
-        return;
-    }
-    Frame *const frame = around_.hierarchy.innermost_list();
-    entry->origin_node = frame == nullptr ? arguments.source : frame->node;
-    const auto give = [entry](uint32_t operation) {
-        entry->record.operation = operation;
-        entry->record.present |= TQM_PRESENT_OPERATION;
-        entry->pending = false;
+    const auto give = [&entry](uint32_t operation) {
+        entry.set_operation(operation);
+        entry.pending = false;
     };
     if (arguments.list_entry == 1 && arguments.source != nullptr) {
         const bool given = (arguments.source->present & TQM_PRESENT_OPERATION) != 0;
@@ -144,11 +127,11 @@ void Placing::settle_entry_operation(OutputRecord &node, const AddArguments &arg
         const bool led_through = !given && takes_away(around_.context.list_operation);
         give(given ? arguments.source->operation : led_through ? operation_none : uint32_t{TQM_OP_MERGE});
     } else if (arguments.list_entry == 1) {
-        if (!entry->pending) {
-            pending_.push_back(entry);
+        if (!entry.pending) {
+            pending_.push_back(&entry);
         }
-        entry->pending = true;
-    } else if (node.info->is_key && (entry->record.present & TQM_PRESENT_OPERATION) == 0) {
+        entry.pending = true;
+    } else if (node.info()->is_key && !entry.operation()) {
         give(around_.context.list_operation);
     }
 }
@@ -160,20 +143,19 @@ void Placing::settle_marker(OutputRecord &entry)
     if (takes_away(operation)) {
         return;
     }
-    PathInfo *const info = around_.paths.intern(entry.info->schema->marker);
+    const PathInfo *const info = around_.paths.intern(entry.info()->schema->marker);
     if (operation == operation_none) {
         OutputRecord *marker = find_below(entry, *info);
         if (marker != nullptr && takes_away(marker->operation()) && marker->origin_node != entry.origin_node) {
-            marker->record.operation = operation_none;
+            marker->set_operation(operation_none);
         }
         return;
     }
-    OutputRecord *const marker = below(
-        entry, *info,
-        {info->schema->ns.empty() ? entry.record.ns : around_.namespaces.intern(info->schema->ns.c_str()), nullptr});
+    OutputRecord *const marker =
+        below(entry, *info,
+              {info->schema->ns.empty() ? entry.ns() : around_.namespaces.intern(info->schema->ns.c_str()), nullptr});
     if (!marker->operation() || takes_away(marker->operation())) {
-        marker->record.operation = operation;
-        marker->record.present |= TQM_PRESENT_OPERATION;
+        marker->set_operation(operation);
     }
 }
 
@@ -192,8 +174,7 @@ void Placing::settle()
             continue;
         }
         entry->pending = false;
-        entry->record.operation = around_.context.list_operation;
-        entry->record.present |= TQM_PRESENT_OPERATION;
+        entry->set_operation(around_.context.list_operation);
     }
     pending_.clear();
 }

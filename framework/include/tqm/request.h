@@ -97,7 +97,7 @@ public:
     void drop_unanswered();
 
     /// The path noted by tqm_oc_error_path, with keys; empty if none was.
-    const std::string &error_path() const;
+    std::string error_path() const;
     /// What a client is told when a walk has returned `code` (not 0): error_msg or a sentence for the code, with path
     /// and tag unless a fill left them behind.
     Error error(rcode code) const;

@@ -3,9 +3,9 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -66,16 +66,19 @@ struct SchemaModule {
     std::string prefix = {};
 };
 
+class SchemaPaths;
+
 /// One schema serves all models: their paths do not overlap but in their top nodes, which what is below tells apart.
 /// Filled once, and only read afterwards, by any number of threads. Records keep their addresses while it lives.
 class TQM_EXPORT Schema
 {
 public:
-    Schema() = default;
-    Schema(Schema &&) = default;
-    Schema &operator=(Schema &&) = default;
+    Schema();
+    Schema(Schema &&) noexcept;
+    Schema &operator=(Schema &&) noexcept;
+    ~Schema();
 
-    /// The record, to which more may be added. Of nodes with one path the first counts.
+    /// The record, to which more may be added; its path, kind and keys stay. Of nodes with one path the first counts.
     SchemaNode &add(SchemaNode node);
     void add_module(SchemaModule module);
 
@@ -97,9 +100,11 @@ public:
     bool is_secret_tag(std::string_view tag) const;
 
 private:
+    friend struct SchemaAccess;
+
     std::deque<SchemaNode> nodes_;
     std::deque<SchemaModule> modules_;
-    std::unordered_map<std::string_view, SchemaNode *> by_path_;
+    std::unique_ptr<SchemaPaths> paths_;
     std::unordered_set<std::string_view> secret_tags_;
     bool knows_leaves_ = false;
 };

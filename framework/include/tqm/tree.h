@@ -167,9 +167,10 @@ private:
     static Roots array_of(Arena &arena, const rdl_tqm_datatree *nodes, std::size_t count);
 
     Arena &arena_;
-    std::vector<rdl_tqm_datatree> nodes_;        ///< finished children of all open nodes, innermost last
-    std::vector<std::size_t> open_;              ///< positions in nodes_ of the open nodes
-    std::unordered_set<std::string_view> texts_; ///< namespaces and tags met so far
+    std::vector<rdl_tqm_datatree> nodes_;              ///< finished children of all open nodes, innermost last
+    std::vector<std::size_t> open_;                    ///< positions in nodes_ of the open nodes
+    std::unordered_set<std::string_view> texts_;       ///< namespaces and tags met so far
+    std::array<std::string_view, 64> by_address_ = {}; ///< some of them, by where they came from
 };
 
 } // namespace tqm
