@@ -1,6 +1,7 @@
 // The commands of the tool, each from a document to what is printed.
 #include "commands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -8,13 +9,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "deviations.h"
@@ -186,17 +187,42 @@ tqm::Expected<router::Datastore> open_store(const Options &options, const router
     return std::move(*store);
 }
 
-tqm::Expected<void> load_operational(const std::string &file, router::Datastore &store)
+// All that is in a file, "-" for standard input.
+tqm::Expected<std::string> read_text(const std::string &file)
 {
-    std::ifstream stream;
-    if (file != "-") {
-        stream.open(file, std::ios::binary);
+    const bool is_input = file == "-";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> opened(is_input ? nullptr : std::fopen(file.c_str(), "rbe"),
+                                                                  &std::fclose);
+    std::FILE *const stream = is_input ? stdin : opened.get();
+    if (stream == nullptr && errno == ENOMEM) {
+        throw std::bad_alloc();
     }
-    if (!stream) {
+    if (stream == nullptr) {
         return tl::unexpected(tqm::Error{"cannot open '" + file + "': " + std::strerror(errno)});
     }
-    const std::string text{std::istreambuf_iterator<char>(file == "-" ? std::cin : stream), {}};
-    if (auto set = store.set_operational(text); !set) {
+    struct stat status = {};
+    const bool sized = fstat(fileno(stream), &status) == 0 && S_ISREG(status.st_mode);
+    // One byte more than a regular file has, so that its end is seen without growing.
+    std::string text(std::max<std::size_t>(sized ? static_cast<std::size_t>(status.st_size) + 1 : 0, 1 << 16), '\0');
+    std::size_t size = std::fread(text.data(), 1, text.size(), stream);
+    while (size == text.size()) {
+        text.resize(2 * size);
+        size += std::fread(text.data() + size, 1, size, stream);
+    }
+    if (std::ferror(stream) != 0) {
+        return tl::unexpected(tqm::Error{"cannot read '" + file + "': " + std::strerror(errno)});
+    }
+    text.resize(size);
+    return text;
+}
+
+tqm::Expected<void> load_operational(const std::string &file, router::Datastore &store)
+{
+    auto text = read_text(file);
+    if (!text) {
+        return tl::unexpected(text.error());
+    }
+    if (auto set = store.set_operational(std::move(*text)); !set) {
         return tl::unexpected(from_router(set.error()));
     }
     return {};
