@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "environment.h"
+#include "model_schema.h"
 #include "openconfig.h"
 #include "tqm/plugin.h"
 #include "tqm/request.h"

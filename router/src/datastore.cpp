@@ -207,9 +207,9 @@ Expected<void> Datastore::read(const EditNode &filter, Sink &sink)
     return {};
 }
 
-Expected<void> Datastore::set_operational(std::string_view document)
+Expected<void> Datastore::set_operational(std::string document)
 {
-    auto tree = parse_state(state_->setup.models().context(), std::string(document));
+    auto tree = parse_state(state_->setup.models().context(), std::move(document));
     if (!tree) {
         return failure("the operational data are not valid: " + tree.error().text);
     }

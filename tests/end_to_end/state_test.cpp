@@ -1,5 +1,6 @@
 // Interfaces, and reads of configuration and state together against the dump of a busy router.
 #include <algorithm>
+#include <cstdlib>
 
 #include "support.h"
 
@@ -152,6 +153,19 @@ TEST_F(State, InterfacesOfTheRoutersOwnStay)
     }
 }
 
+TEST_F(State, ADumpIsReadFromAFileAndFromAPipe)
+{
+    const std::string dump = std::string(300'000, '\n') + read_file(examples + "/state/busy-router.xml");
+    write_file(path("dump.xml"), dump);
+    const Outcome from_file = ocmap({"get", "--store", store(), "--oper", path("dump.xml")});
+    EXPECT_EQ(from_file.status, 0) << from_file.err;
+    EXPECT_EQ(from_file.out, ocmap({"get", "--store", store(), "--oper", "-"}, dump).out);
+    const std::string command = "cat '" + std::string(path("dump.xml")) + "' | '" OCMAP "' get --store '" + store() +
+                                "' --oper - > '" + std::string(path("answer.xml")) + "'";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(from_file.out, read_file(path("answer.xml")));
+}
+
 TEST_F(State, DamagedDumpsAreRefused)
 {
     for (const char *text : {"", "hello", "<oc-macsec/>", "<macsec xmlns='http://openconfig.net/yang/macsec'/>"}) {
@@ -161,6 +175,9 @@ TEST_F(State, DamagedDumpsAreRefused)
         EXPECT_EQ(read.out, "");
     }
     EXPECT_EQ(ocmap({"get", "--store", store(), "--oper", path("none.xml")}).status, 1);
+    const Outcome directory = ocmap({"get", "--store", store(), "--oper", store()});
+    EXPECT_EQ(directory.status, 1);
+    EXPECT_TRUE(directory.err.starts_with("error: cannot read '" + store() + "': ")) << directory.err;
 }
 
 } // namespace

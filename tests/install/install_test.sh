@@ -90,6 +90,19 @@ if "$tool" forward "$request" 2> "$work/error"; then fail "works without the ins
 grep -qF "$work/moved/$lib/oc-macsec/libymap_oc_macsec.so" "$work/error" || fail "looks elsewhere: $(cat "$work/error")"
 "$tool" forward "$request" --plugin "$work/moved/elsewhere.so" | cmp - "$work/native"
 
+# What a walk asks of the models is in the tool; the files are for what checks and keeps data, and for who names them.
+models=$work/moved/share/yang/modules/oc-macsec
+mv "$models" "$work/models"
+"$tool" forward "$request" --plugin "$work/moved/elsewhere.so" | cmp - "$work/native"
+"$tool" forward "$request" --plugin "$work/moved/elsewhere.so" --yang "$work/models" | cmp - "$work/native"
+"$tool" reverse "$work/native" --plugin "$work/moved/elsewhere.so" > /dev/null
+for command in "forward $request --check" "forward $request --yang $models" "edit $request --store $work/store" tree; do
+    # shellcheck disable=SC2086 # words
+    if "$tool" $command --plugin "$work/moved/elsewhere.so" 2> "$work/error"; then fail "'$command' needs no models"; fi
+    grep -qxF "error: cannot use the YANG directory $models" "$work/error" || fail "$command: $(cat "$work/error")"
+done
+mv "$work/models" "$models"
+
 # Programs of others.
 mv "$work/moved/elsewhere.so" "$work/moved/$lib/oc-macsec/libymap_oc_macsec.so"
 consumer=$sources/tests/install/consumer

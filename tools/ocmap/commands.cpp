@@ -1,6 +1,7 @@
 // The commands of the tool, each from a document to what is printed.
 #include "commands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -8,13 +9,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "deviations.h"
@@ -44,15 +45,14 @@ void print_line(std::string_view line)
 class Desk
 {
 public:
-    // With `checks` the model that clients speak is loaded, by which edits are judged.
-    static tqm::Expected<std::unique_ptr<Desk>> open(const Options &options, bool checks)
+    static tqm::Expected<std::unique_ptr<Desk>> open(const Options &options, Needs needs)
     {
-        auto environment = Environment::load(options.locations);
+        auto environment = Environment::load(options.locations, needs);
         if (!environment) {
             return tl::unexpected(environment.error());
         }
         std::optional<ModelChecker> checker;
-        if (checks) {
+        if (needs == Needs::checks) {
             auto model = load_client_model(environment->models(), options.locations.yang.string());
             if (!model) {
                 return tl::unexpected(from_router(model.error()));
@@ -187,27 +187,54 @@ tqm::Expected<router::Datastore> open_store(const Options &options, const router
     return std::move(*store);
 }
 
-tqm::Expected<void> load_operational(const std::string &file, router::Datastore &store)
+// All that is in a file, "-" for standard input.
+tqm::Expected<std::string> read_text(const std::string &file)
 {
-    std::ifstream stream;
-    if (file != "-") {
-        stream.open(file, std::ios::binary);
+    const bool is_input = file == "-";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> opened(is_input ? nullptr : std::fopen(file.c_str(), "rbe"),
+                                                                  &std::fclose);
+    std::FILE *const stream = is_input ? stdin : opened.get();
+    if (stream == nullptr && errno == ENOMEM) {
+        throw std::bad_alloc();
     }
-    if (!stream) {
+    if (stream == nullptr) {
         return tl::unexpected(tqm::Error{"cannot open '" + file + "': " + std::strerror(errno)});
     }
-    const std::string text{std::istreambuf_iterator<char>(file == "-" ? std::cin : stream), {}};
-    if (auto set = store.set_operational(text); !set) {
+    struct stat status = {};
+    const bool sized = fstat(fileno(stream), &status) == 0 && S_ISREG(status.st_mode);
+    // One byte more than a regular file has, so that its end is seen without growing.
+    std::string text(std::max<std::size_t>(sized ? static_cast<std::size_t>(status.st_size) + 1 : 0, 1 << 16), '\0');
+    std::size_t size = std::fread(text.data(), 1, text.size(), stream);
+    while (size == text.size()) {
+        text.resize(2 * size);
+        size += std::fread(text.data() + size, 1, size, stream);
+    }
+    if (std::ferror(stream) != 0) {
+        return tl::unexpected(tqm::Error{"cannot read '" + file + "': " + std::strerror(errno)});
+    }
+    text.resize(size);
+    return text;
+}
+
+tqm::Expected<void> load_operational(const std::string &file, router::Datastore &store)
+{
+    auto text = read_text(file);
+    if (!text) {
+        return tl::unexpected(text.error());
+    }
+    if (auto set = store.set_operational(std::move(*text)); !set) {
         return tl::unexpected(from_router(set.error()));
     }
     return {};
 }
 
-// Opens the desk, and gives it with the document that the options name to `use`. `checks` as in Desk::open.
+using OptionalDocument = std::optional<tqm::Document>;
+
+// Opens the desk, and gives it with the document that the options name to `use`.
 template <typename Use>
-tqm::Expected<void> with_document(const Options &options, bool checks, Use use)
+tqm::Expected<void> with_document(const Options &options, Needs needs, Use use)
 {
-    std::optional<tqm::Document> document;
+    OptionalDocument document;
     if (options.file) {
         auto read = read_document(*options.file);
         if (!read) {
@@ -215,7 +242,7 @@ tqm::Expected<void> with_document(const Options &options, bool checks, Use use)
         }
         document = std::move(*read);
     }
-    auto desk = Desk::open(options, checks);
+    auto desk = Desk::open(options, needs);
     if (!desk) {
         return tl::unexpected(desk.error());
     }
@@ -227,7 +254,7 @@ tqm::Expected<void> read_store(const Options &options, uint32_t kind)
     if (options.file == "-" && options.operational == "-") {
         return tl::unexpected(tqm::Error{"FILE and --oper cannot both be standard input"});
     }
-    return with_document(options, false, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, Needs::data, [&](Desk &desk, OptionalDocument document) -> tqm::Expected<void> {
         auto store = open_store(options, desk.environment().native(), router::Access::read);
         if (!store) {
             return tl::unexpected(store.error());
@@ -277,22 +304,24 @@ tqm::Expected<void> try_edit(Desk &desk, tqm::Document document, const Options &
 
 tqm::Expected<void> forward(const Options &options)
 {
-    return with_document(options, options.check, [&](Desk &desk, std::optional<tqm::Document> document) {
-        return print(desk.framework().forward(std::move(*document), options.kind.value_or(TQM_REQ_EDIT), options.check),
-                     options);
-    });
+    return with_document(options, options.check ? Needs::checks : Needs::schema,
+                         [&](Desk &desk, OptionalDocument document) {
+                             return print(desk.framework().forward(std::move(*document),
+                                                                   options.kind.value_or(TQM_REQ_EDIT), options.check),
+                                          options);
+                         });
 }
 
 tqm::Expected<void> reverse(const Options &options)
 {
-    return with_document(options, false, [&](Desk &desk, std::optional<tqm::Document> document) {
+    return with_document(options, Needs::schema, [&](Desk &desk, OptionalDocument document) {
         return print(desk.framework().reverse(std::move(*document), options.kind.value_or(TQM_REQ_GET)), options);
     });
 }
 
 tqm::Expected<void> edit(const Options &options)
 {
-    return with_document(options, true, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, Needs::checks, [&](Desk &desk, OptionalDocument document) -> tqm::Expected<void> {
         if (options.dry_run) {
             return try_edit(desk, std::move(*document), options);
         }
@@ -321,7 +350,7 @@ tqm::Expected<void> get_config(const Options &options)
 
 tqm::Expected<void> explain(const Options &options)
 {
-    return with_document(options, true, [&](Desk &desk, std::optional<tqm::Document> document) -> tqm::Expected<void> {
+    return with_document(options, Needs::checks, [&](Desk &desk, OptionalDocument document) -> tqm::Expected<void> {
         const auto direction = options.reverse ? tqm::Direction::reverse : tqm::Direction::forward;
         const uint32_t kind = options.kind.value_or(options.reverse ? TQM_REQ_GET : TQM_REQ_EDIT);
         std::optional<router::Datastore> store;

@@ -6,8 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "model_schema.h"
 #include "native_store.h"
 #include "openconfig.h"
+#include "schema_table.h"
 #include "simulation/derive_state.h"
 
 namespace ocmap
@@ -18,52 +20,6 @@ namespace
 constexpr std::array entry_points = {"tqm_map_reg_ocmacsec_conf", "tqm_map_reg_ocmacsec_conf_libkeychain",
                                      "tqm_map_reg_ocmacsec_ifmgr", "tqm_map_reg_ocmacsec_private_oper"};
 
-// What OpenConfig sees of the router's lists: key chains of MACsec, and interfaces in use that have one. An edit may
-// take an interface into MACsec; a key chain of another protocol is none of its business.
-std::vector<router::Visibility> visible_lists()
-{
-    return {{.ns = router::ns::keychains,
-             .list = "/keychains/keychain",
-             .marker = "macsec-keychain",
-             .keys = {},
-             .refusal = "the key chain belongs to the router, and is not one of MACsec"},
-            {.ns = router::ns::interfaces,
-             .list = "/interface-configurations/interface-configuration",
-             .marker = "macsec/psk-key-chain",
-             .keys = {{"active", "act"}},
-             .refusal = ""}};
-}
-
-tqm::NodeKind kind_of(router::NodeKind kind)
-{
-    switch (kind) {
-    case router::NodeKind::container:
-        return tqm::NodeKind::container;
-    case router::NodeKind::list:
-        return tqm::NodeKind::list;
-    case router::NodeKind::leaf:
-        return tqm::NodeKind::leaf;
-    case router::NodeKind::leaf_list:
-        return tqm::NodeKind::leaf_list;
-    }
-    return tqm::NodeKind::unknown;
-}
-
-tqm::ValueForm form_of(router::ValueForm form)
-{
-    switch (form) {
-    case router::ValueForm::number:
-        return tqm::ValueForm::number;
-    case router::ValueForm::boolean:
-        return tqm::ValueForm::boolean;
-    case router::ValueForm::empty:
-        return tqm::ValueForm::empty;
-    case router::ValueForm::text:
-        break;
-    }
-    return tqm::ValueForm::text;
-}
-
 } // namespace
 
 Locations default_locations()
@@ -72,49 +28,26 @@ Locations default_locations()
     const std::filesystem::path bin = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     const char *const plugin = "libymap_oc_macsec.so";
     if (std::filesystem::exists(bin / plugin, error)) { // a build tree, with a link to the sources' models
-        return {bin / plugin, bin / "yang"};
+        return {bin / plugin, bin / "yang", true};
     }
-    return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal()};
+    return {(bin / INSTALLED_LIBRARIES / plugin).lexically_normal(), (bin / INSTALLED_MODELS).lexically_normal(), true};
 }
 
-tqm::Schema schema_of(const router::Models &models)
-{
-    tqm::Schema schema;
-    for (router::ModuleInfo &module : models.modules()) {
-        schema.add_module({std::move(module.name), std::move(module.ns), std::move(module.prefix)});
-    }
-    for (router::SchemaNode &node : models.nodes()) {
-        schema.add({.path = std::move(node.path),
-                    .ns = std::move(node.ns),
-                    .kind = kind_of(node.kind),
-                    .keys = std::move(node.keys),
-                    .form = form_of(node.form),
-                    .config = node.config,
-                    .unspaced = node.unspaced,
-                    .secret = node.secret,
-                    .leafref = std::move(node.leafref)});
-    }
-    for (const router::Visibility &list : visible_lists()) {
-        schema.find(list.list)->marker = list.list + "/" + list.marker;
-    }
-    // An end that is kept as a duration is told from the start.
-    const std::string lifetime = "/keychains/keychain/macsec-keychain/macsec-keys/macsec-key/macsec-lifetime/";
-    for (const char *part : {"year", "month", "date", "hour", "minutes", "seconds"}) {
-        schema.find(lifetime + "life-time")->companions.push_back(lifetime + "start-" + part);
-    }
-    return schema;
-}
-
-Environment::Environment(router::Setup native, tqm::Plugin plugin)
-    : native_(std::move(native)), plugin_(std::move(plugin)), schema_(schema_of(models()))
+Environment::Environment(std::optional<router::Setup> native, tqm::Plugin plugin)
+    : native_(std::move(native)), plugin_(std::move(plugin)),
+      schema_(native_ ? schema_of(native_->models()) : built_in_schema())
 {
 }
 
-tqm::Expected<Environment> Environment::load(const Locations &locations)
+tqm::Expected<Environment> Environment::load(const Locations &locations, Needs needs)
 {
-    auto models = load_models(locations.yang.string());
-    if (!models) {
-        return tl::unexpected(from_router(models.error()));
+    std::optional<router::Models> models;
+    if (needs != Needs::schema || !locations.yang_is_own) {
+        auto loaded = load_models(locations.yang.string());
+        if (!loaded) {
+            return tl::unexpected(from_router(loaded.error()));
+        }
+        models = std::move(*loaded);
     }
     auto plugin = tqm::Plugin::load(locations.plugin, entry_points);
     if (!plugin) {
@@ -123,6 +56,9 @@ tqm::Expected<Environment> Environment::load(const Locations &locations)
     if (plugin->registrations().empty()) {
         return tl::unexpected(tqm::Error{"the plug-in has registered nothing: /pkg/yang/openconfig-macsec.yang is "
                                          "missing; 'sudo make model' installs it"});
+    }
+    if (!models) {
+        return Environment(std::nullopt, std::move(*plugin));
     }
     auto native = router::Setup::make(std::move(*models), visible_lists(), simulation::derive_state);
     if (!native) {

@@ -1,9 +1,10 @@
-// What every command needs around it: the plug-in, the models and the schema that the framework takes from them. Where
-// they lie follows from where the program lies, so that a build tree and an installation both work without a setting.
+// What every command needs around it: the plug-in, the schema that the framework is told of, and, for those that check
+// or keep data, the models. Where they lie follows from where the program lies, so that a build tree and an
+// installation both work without a setting.
 #pragma once
 
 #include <filesystem>
-#include <string>
+#include <optional>
 
 #include "router/models.h"
 #include "router/setup.h"
@@ -17,31 +18,37 @@ namespace ocmap
 struct Locations {
     std::filesystem::path plugin; ///< libymap_oc_macsec.so
     std::filesystem::path yang;   ///< directory of the six modules
+    bool yang_is_own = false;     ///< which are those that the program was built with
 };
 
 /// Where the files of the build tree or installation that the running program belongs to are.
 Locations default_locations();
 
-/// What the framework is to know of the models: their nodes, and what the mapping says of some of them.
-tqm::Schema schema_of(const router::Models &models);
+/// What a command asks of the models.
+enum class Needs {
+    schema, ///< names, kinds and types of their nodes
+    data,   ///< libyang with the modules, too, which keeps native data
+    checks  ///< the client's model with its deviations, too, by which edits are judged
+};
 
 class Environment
 {
 public:
-    /// Loads models and plug-in. Fails if a file cannot be loaded, and if the plug-in registers nothing because
-    /// /pkg/yang/openconfig-macsec.yang is missing; the text says what installs it.
-    static tqm::Expected<Environment> load(const Locations &locations);
+    /// Loads models and plug-in. The schema of the program's own modules is a part of it, and no file is read for it;
+    /// the client's model is left to those who judge edits. Fails if a file cannot be loaded, and if the plug-in
+    /// registers nothing because /pkg/yang/openconfig-macsec.yang is missing; the text says what installs it.
+    static tqm::Expected<Environment> load(const Locations &locations, Needs needs = Needs::data);
 
     const tqm::Plugin &plugin() const { return plugin_; }
     const tqm::Schema &schema() const { return schema_; }
-    const router::Models &models() const { return native_.models(); }
-    /// What the router's datastores are opened with.
-    const router::Setup &native() const { return native_; }
+    /// Only where data were asked for, as what the router's datastores are opened with.
+    const router::Models &models() const { return native().models(); }
+    const router::Setup &native() const { return native_.value(); }
 
 private:
-    Environment(router::Setup native, tqm::Plugin plugin);
+    Environment(std::optional<router::Setup> native, tqm::Plugin plugin);
 
-    router::Setup native_;
+    std::optional<router::Setup> native_;
     tqm::Plugin plugin_;
     tqm::Schema schema_;
 };

@@ -139,7 +139,14 @@ void plugin(CLI::App &command, Options &options)
 
 void yang(CLI::App &command, Options &options)
 {
-    command.add_option("--yang", options.locations.yang, "Directory of the YANG modules")
+    command
+        .add_option_function<std::string>(
+            "--yang",
+            [&options](const std::string &directory) {
+                options.locations.yang = directory;
+                options.locations.yang_is_own = false;
+            },
+            "Directory of the YANG modules")
         ->type_name("DIR")
         ->group(common);
 }

@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace router
@@ -83,7 +82,7 @@ public:
     /// Takes the router's state from a document of the operational model (<oc-macsec>, bare, in <data>, or a whole
     /// <rpc-reply>), for this object's life and in place of what follows from the configuration. Nothing of it is
     /// stored.
-    Expected<void> set_operational(std::string_view document);
+    Expected<void> set_operational(std::string document);
 
 private:
     struct State;
