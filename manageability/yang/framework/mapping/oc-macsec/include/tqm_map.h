@@ -169,7 +169,7 @@ static inline int tqm_map_has_request_options(const tqm_map_request_hdr *hdr)
 #define TQM_MAP_HAS_REQUEST_OPTIONS(ctx) tqm_map_has_request_options((ctx)->request->hdr)
 /* A mapper that asks this leaves out the path that it was about to add when it holds. */
 #define TQM_MAP_SKIP_CONFIG_LEAF(ctx)                                                                                  \
-    (TQM_MAP_HAS_REQUEST_OPTIONS(ctx) && (ctx)->request->hdr->data_selector == TQM_DATA_SELECTOR_NO_CONFIG)
+    ((ctx)->request->hdr->data_selector == TQM_DATA_SELECTOR_NO_CONFIG && TQM_MAP_HAS_REQUEST_OPTIONS(ctx))
 
 /* ---- Function families ----------------------------------------------------------------------------------------- */
 

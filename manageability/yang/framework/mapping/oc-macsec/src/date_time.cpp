@@ -15,6 +15,11 @@ bool is_digit(char c)
     return c >= '0' && c <= '9';
 }
 
+bool begins_with_two_digits(const char *text)
+{
+    return is_digit(text[0]) && is_digit(text[1]);
+}
+
 } // namespace
 
 const char *month_name(int month)
@@ -24,18 +29,14 @@ const char *month_name(int month)
 
 bool begins_with_date_time(const char *text)
 {
-    static constexpr char form[] = "dddd-dd-ddTdd:dd:dd";
-    static constexpr size_t length = sizeof form - 1;
+    static constexpr size_t length = sizeof "2024-02-29T23:59:59" - 1;
     if (bounded_length(text, length) < length) {
         return false;
     }
-    for (size_t index = 0; index < length; ++index) {
-        const bool fits = form[index] == 'd' ? is_digit(text[index]) : text[index] == form[index];
-        if (!fits) {
-            return false;
-        }
-    }
-    return true;
+    const bool date = begins_with_two_digits(text) && begins_with_two_digits(text + 2) && text[4] == '-' &&
+                      begins_with_two_digits(text + 5) && text[7] == '-' && begins_with_two_digits(text + 8);
+    return date && text[10] == 'T' && begins_with_two_digits(text + 11) && text[13] == ':' &&
+           begins_with_two_digits(text + 14) && text[16] == ':' && begins_with_two_digits(text + 17);
 }
 
 date_time parse_date_time(const char *text)

@@ -17,6 +17,7 @@ struct list_walk {
     rdl_tqm_datatree *out;
     child_array children; // of the current instance
     rcode rc;
+    bool needs_keys;        // the request is of a kind in which every entry has its key
     uint8_t key_values = 0; // key children that have a value
     uint8_t key_nodes = 0;  // key children seen
     bool has_children = false;
@@ -54,7 +55,7 @@ bool misses_keys(const list_walk &walk)
     if (walk.keyed()) {
         log(walk.list.of, walk.ctx, MESSAGE_NO_KEYS);
     }
-    if (in_fill(walk.ctx) || walk.request()->delete_mode != 0 || !TQM_MAP_IS_KEYED_KIND(walk.ctx)) {
+    if (in_fill(walk.ctx) || walk.request()->delete_mode != 0 || !walk.needs_keys) {
         return false;
     }
     log(walk.list.of, walk.ctx, MESSAGE_NO_KEYS_AT_ALL);
@@ -64,24 +65,23 @@ bool misses_keys(const list_walk &walk)
 // Counts and marks the keys. Not 0 when a key disagrees with the leaf that it refers to.
 rcode scan_keys(list_walk &walk)
 {
-    for (uint32_t index = 0; index < walk.children.count; ++index) {
-        if (in_fill(walk.ctx) || walk.request()->delete_mode != 0) {
-            break;
-        }
-        rdl_tqm_datatree *const child = &walk.children.first[index];
-        if (!is_key(walk, child)) {
+    if (in_fill(walk.ctx) || walk.request()->delete_mode != 0) {
+        return 0;
+    }
+    for (rdl_tqm_datatree &child : walk.children) {
+        if (!is_key(walk, &child)) {
             walk.other_child = true;
             continue;
         }
-        if (TQM_MAP_IS_KEYED_KIND(walk.ctx)) {
-            const rcode rc = tqm_map_check_oc_leafref(walk.ctx, walk.list.path, "config", child->tag, walk.node);
+        if (walk.needs_keys) {
+            const rcode rc = tqm_map_check_oc_leafref(walk.ctx, walk.list.path, "config", child.tag, walk.node);
             if (rc != 0) {
                 return rc;
             }
         }
         ++walk.key_nodes;
-        mark_key(child);
-        if (has(child, TQM_PRESENT_VALUE)) {
+        mark_key(&child);
+        if (has(&child, TQM_PRESENT_VALUE)) {
             ++walk.key_values;
         } else {
             walk.key_without_value = true;
@@ -95,7 +95,7 @@ bool key_count_is_wrong(const list_walk &walk)
     if (!walk.keyed() || in_fill(walk.ctx) || walk.request()->delete_mode != 0 || !walk.has_children) {
         return false;
     }
-    if (TQM_MAP_IS_KEYED_KIND(walk.ctx)) {
+    if (walk.needs_keys) {
         return walk.key_values != 1 || walk.key_nodes >= 2;
     }
     return walk.key_nodes > 1 || walk.key_values > 1;
@@ -158,7 +158,7 @@ rcode run_node_function(list_walk &walk)
 rcode dispatch_key(list_walk &walk, rdl_tqm_datatree *child)
 {
     if (walk.keyed()) {
-        if (TQM_MAP_IS_KEYED_KIND(walk.ctx) && !has(child, TQM_PRESENT_VALUE)) {
+        if (walk.needs_keys && !has(child, TQM_PRESENT_VALUE)) {
             log(walk.list.of, walk.ctx, MESSAGE_EMPTY_KEY);
             set_error_tag(walk.ctx, child->tag);
             tqm_oc_error_path(walk.ctx);
@@ -205,8 +205,8 @@ rcode dispatch_child(list_walk &walk, rdl_tqm_datatree *child)
 
 void dispatch_children(list_walk &walk)
 {
-    for (uint32_t index = 1; index <= walk.children.count && walk.rc == 0; ++index) {
-        walk.rc = dispatch_child(walk, &walk.children.first[index - 1]);
+    for (rdl_tqm_datatree *child = walk.children.begin(); child != walk.children.end() && walk.rc == 0; ++child) {
+        walk.rc = dispatch_child(walk, child);
     }
 }
 
@@ -392,7 +392,7 @@ rcode walk_forward_list(const forward_list &list, MAPPER_PARAMETERS)
     if (rejects_arguments(list.of, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;
     }
-    list_walk walk{list, ctx, writable(node), out, {nullptr, 0}, 0};
+    list_walk walk{list, ctx, writable(node), out, {nullptr, 0}, 0, TQM_MAP_IS_KEYED_KIND(ctx)};
     if (!take_children(walk) || misses_keys(walk)) {
         log(list.of, ctx, MESSAGE_END);
         return TQM_ERR_NO_SUBTREE;

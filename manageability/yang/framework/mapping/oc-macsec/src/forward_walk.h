@@ -8,16 +8,33 @@ namespace oc_macsec
 {
 
 // A walker above is descending through the schema on its own.
-bool in_fill(tqm_map_ctx ctx);
+inline bool in_fill(tqm_map_ctx ctx)
+{
+    return ctx->request->fill_mode == 1;
+}
 
 // The walk is in the remove pass of a replace.
-bool replace_removes(tqm_map_ctx ctx);
+inline bool replace_removes(tqm_map_ctx ctx)
+{
+    return (ctx->request->walk_flags & TQM_WALK_REPLACE_REMOVE) != 0;
+}
 
 // Whether the request's kind lets the child be walked.
-bool is_walked(const forward_child &child, tqm_map_ctx ctx);
+inline bool is_walked(const forward_child &child, tqm_map_ctx ctx)
+{
+    return child.on == side::config || TQM_MAP_KIND(ctx) == TQM_REQ_GET;
+}
 
 // The first entry of a child table that takes `tag`, or null.
-const forward_child *find_child(const forward_children &children, tqm_map_ctx ctx, const char *tag);
+inline const forward_child *find_child(const forward_children &children, tqm_map_ctx ctx, const char *tag)
+{
+    for (const forward_child &child : children) {
+        if (tqm_map_do_these_match(tag, child.tag) != 0 && is_walked(child, ctx)) {
+            return &child;
+        }
+    }
+    return nullptr;
+}
 
 // Whether a child that no table entry took stands in the model's own namespace.
 bool is_of_model(const rdl_tqm_datatree *child);
@@ -26,10 +43,27 @@ bool is_of_model(const rdl_tqm_datatree *child);
 rcode unsupported_tag(const frame &of, tqm_map_ctx ctx, const char *tag);
 
 // Marks of a walker on its node; every operation that a walker writes goes with its presence bit.
-void set_operation(rdl_tqm_datatree *node, uint32_t operation);
+inline void set_operation(rdl_tqm_datatree *node, uint32_t operation)
+{
+    node->operation = operation;
+    set_present(node, TQM_PRESENT_OPERATION);
+}
+
+inline void set_role(rdl_tqm_datatree *node, uint32_t role)
+{
+    node->node_role = role;
+    node->role_present |= TQM_ROLE_PRESENT;
+}
 
 // Pushes the node on the hierarchy and gives it its role; a read's filter starts a new sibling set.
-void enter_level(tqm_map_ctx ctx, rdl_tqm_datatree *node, uint32_t level_kind, uint32_t role);
+inline void enter_level(tqm_map_ctx ctx, rdl_tqm_datatree *node, uint32_t level_kind, uint32_t role)
+{
+    tqm_map_add_to_node_hierarchy(ctx, node, level_kind);
+    set_role(node, role);
+    if (TQM_MAP_IS_READ(ctx)) {
+        ctx->request->filter_flags &= TQM_FILTER_KEEP_MASK;
+    }
+}
 
 // The replace split: what begins its remove pass, and what ends it as a whole.
 void begin_remove_pass(tqm_map_ctx ctx, rdl_tqm_datatree *node);

@@ -7,43 +7,6 @@
 namespace oc_macsec
 {
 
-bool in_fill(tqm_map_ctx ctx)
-{
-    return ctx->request->fill_mode == 1;
-}
-
-bool replace_removes(tqm_map_ctx ctx)
-{
-    return (ctx->request->walk_flags & TQM_WALK_REPLACE_REMOVE) != 0;
-}
-
-bool is_walked(const forward_child &child, tqm_map_ctx ctx)
-{
-    return child.on == side::config || TQM_MAP_KIND(ctx) == TQM_REQ_GET;
-}
-
-const forward_child *find_child(const forward_children &children, tqm_map_ctx ctx, const char *tag)
-{
-    for (const forward_child &child : children) {
-        if (tqm_map_do_these_match(tag, child.tag) != 0 && is_walked(child, ctx)) {
-            return &child;
-        }
-    }
-    return nullptr;
-}
-
-void set_operation(rdl_tqm_datatree *node, uint32_t operation)
-{
-    node->operation = operation;
-    set_present(node, TQM_PRESENT_OPERATION);
-}
-
-static void set_role(rdl_tqm_datatree *node, uint32_t role)
-{
-    node->node_role = role;
-    node->role_present |= TQM_ROLE_PRESENT;
-}
-
 void begin_remove_pass(tqm_map_ctx ctx, rdl_tqm_datatree *node)
 {
     set_operation(node, TQM_OP_REMOVE);
@@ -55,15 +18,6 @@ void end_replace(tqm_map_ctx ctx)
 {
     ctx->request->walk_flags &= ~(TQM_WALK_REPLACE_REMOVE | TQM_WALK_REPLACE_MERGE);
     ctx->request->replace_active = 0;
-}
-
-void enter_level(tqm_map_ctx ctx, rdl_tqm_datatree *node, uint32_t level_kind, uint32_t role)
-{
-    tqm_map_add_to_node_hierarchy(ctx, node, level_kind);
-    set_role(node, role);
-    if (TQM_MAP_IS_READ(ctx)) {
-        ctx->request->filter_flags &= TQM_FILTER_KEEP_MASK;
-    }
 }
 
 rcode unsupported_tag(const frame &of, tqm_map_ctx ctx, const char *tag)
@@ -235,8 +189,9 @@ rcode dispatch_child(const container_walk &walk, rdl_tqm_datatree *child)
 
 void dispatch_children(container_walk &walk)
 {
-    for (uint32_t index = 1; index <= walk.visible_count && walk.rc == 0; ++index) {
-        walk.rc = dispatch_child(walk, &walk.children.first[index - 1]);
+    rdl_tqm_datatree *const end = walk.children.first + walk.visible_count;
+    for (rdl_tqm_datatree *child = walk.children.first; child != end && walk.rc == 0; ++child) {
+        walk.rc = dispatch_child(walk, child);
     }
 }
 

@@ -44,6 +44,45 @@ enum message_id : unsigned char {
     MESSAGE_COUNT
 };
 
+struct message {
+    uint32_t level;
+    const char *log_format;
+    const char *trace_format;
+};
+
+#define TRACE_MESSAGE(text)                                                                                            \
+    {                                                                                                                  \
+        TQM_LOG_TRACE, TQM_LOG_FORMAT("TRC", text), TQM_TRACE_FORMAT("TRC", text)                                      \
+    }
+#define ERROR_MESSAGE(text)                                                                                            \
+    {                                                                                                                  \
+        TQM_LOG_ERROR, TQM_LOG_FORMAT("ERR", text), TQM_TRACE_FORMAT("ERR", text)                                      \
+    }
+
+// In the order of message_id.
+inline constexpr message messages[] = {
+    TRACE_MESSAGE("Start"),
+    TRACE_MESSAGE("End"),
+    ERROR_MESSAGE("Invalid arguments passed!"),
+    ERROR_MESSAGE("Failed to get subtrees!"),
+    ERROR_MESSAGE("Tag name is not available!"),
+    ERROR_MESSAGE("Unsupported tag is specified in the request."),
+    TRACE_MESSAGE("Unsupported tag. Ignoring."),
+    TRACE_MESSAGE("Delete request with subtree present"),
+    ERROR_MESSAGE("No keys specified with a list node."),
+    ERROR_MESSAGE("No keys specified with a list node."),
+    ERROR_MESSAGE("List key node error."),
+    ERROR_MESSAGE("Empty list key specified."),
+    ERROR_MESSAGE("The key node should not have delete operation."),
+    ERROR_MESSAGE("leafref value check fail"),
+    TRACE_MESSAGE("got xpath error node "),
+    TRACE_MESSAGE("Processing tag '%s'"),
+};
+static_assert(sizeof messages / sizeof messages[0] == MESSAGE_COUNT);
+
+#undef TRACE_MESSAGE
+#undef ERROR_MESSAGE
+
 // The logger's words of one function, one for each message that it can log.
 struct call_sites {
     uint32_t word[MESSAGE_COUNT] = {
@@ -62,16 +101,51 @@ struct frame {
     call_sites *sites;
 };
 
+// Writes a message of a template to the sinks that are on; `logged` says whether the framework log is. Out of line, so
+// that the frame is read for lines that are written, and not ahead of every question.
+template <typename... Arguments>
+[[gnu::noinline, gnu::cold]] void write_message(const frame &of, tqm_map_ctx ctx, bool logged, message_id id,
+                                                Arguments... arguments)
+{
+    const message &written = messages[id];
+    tqm_log_write(ctx, logged, written.level, &of.sites->word[id], written.log_format, written.trace_format,
+                  of.function, of.line, arguments...);
+}
+
 // Logs a message of a template on behalf of the function that it runs for.
-void log(const frame &of, tqm_map_ctx ctx, message_id id);
-void log(const frame &of, tqm_map_ctx ctx, message_id id, const char *argument);
+template <typename... Arguments>
+inline void log(const frame &of, tqm_map_ctx ctx, message_id id, Arguments... arguments)
+{
+    bool logged = false;
+    if (tqm_log_wanted(ctx, messages[id].level, &logged)) [[unlikely]] {
+        write_message(of, ctx, logged, id, arguments...);
+    }
+}
 
-// A null context ends the process. `parameters` is the parameter list that the assertion shows.
-void assert_context(const frame &of, tqm_map_ctx ctx, const char *parameters);
+// Ends the process with the usual text of a failed assertion. `parameters` is the parameter list that the text shows.
+[[noreturn]] void context_assertion_failed(const char *function, const char *parameters, const char *file, int line);
 
-// The argument test that follows "Start": with a null node or output tree, logs "Invalid arguments passed!", notes the
-// error path and holds.
-bool rejects_arguments(const frame &of, tqm_map_ctx ctx, const rdl_tqm_datatree *node, const rdl_tqm_datatree *out);
+// A null context ends the process.
+inline void assert_context(const frame &of, tqm_map_ctx ctx, const char *parameters)
+{
+    if (ctx == nullptr) {
+        context_assertion_failed(of.function, parameters, of.file, of.line);
+    }
+}
+
+// Logs "Invalid arguments passed!" and notes the error path.
+[[gnu::cold]] void reject_arguments(const frame &of, tqm_map_ctx ctx);
+
+// The argument test that follows "Start": with a null node or output tree, rejects them and holds.
+inline bool rejects_arguments(const frame &of, tqm_map_ctx ctx, const rdl_tqm_datatree *node,
+                              const rdl_tqm_datatree *out)
+{
+    if (node != nullptr && out != nullptr) {
+        return false;
+    }
+    reject_arguments(of, ctx);
+    return true;
+}
 
 // Makes `tag` (null: none) the tag that the client is told of, in place of an earlier one.
 void set_error_tag(tqm_map_ctx ctx, const char *tag);
@@ -118,6 +192,8 @@ struct child_array {
     rdl_tqm_datatree *first;
     uint32_t count;
 
+    rdl_tqm_datatree *begin() const { return first; }
+    rdl_tqm_datatree *end() const { return first + count; }
     bool missing() const { return first == nullptr && count != 0; }
 };
 
@@ -125,9 +201,6 @@ inline child_array children_of(const rdl_tqm_datatree *node)
 {
     return has(node, TQM_PRESENT_SUBTREE) ? child_array{node->subtree, node->subtree_count} : child_array{nullptr, 0};
 }
-
-// Ends the process with the usual text of a failed assertion. `parameters` is the parameter list that the text shows.
-[[noreturn]] void context_assertion_failed(const char *function, const char *parameters, const char *file, int line);
 
 } // namespace oc_macsec
 

@@ -8,9 +8,10 @@ namespace oc_macsec
 namespace
 {
 
-// The frame up to the argument test; true when the arguments are rejected.
-bool enter(const generated &function, const char *parameters, tqm_map_ctx ctx, const rdl_tqm_datatree *node,
-           const rdl_tqm_datatree *out)
+// The frame up to the argument test; true when the arguments are rejected. Inlined into every shape: most nodes have a
+// function without lines, for which nothing but the test of two pointers is left of this.
+[[gnu::always_inline]] inline bool enter(const generated &function, const char *parameters, tqm_map_ctx ctx,
+                                         const rdl_tqm_datatree *node, const rdl_tqm_datatree *out)
 {
     if (function.lines != trace_lines::none) {
         assert_context(function.of, ctx, parameters);
@@ -48,7 +49,7 @@ rcode empty_container(const generated &function, tqm_map_ctx ctx, const rdl_tqm_
     return leave(function, ctx, 0);
 }
 
-rcode delegate(const mapped_node &node_function, MAPPER_PARAMETERS)
+rcode delegate_in_frame(const mapped_node &node_function, MAPPER_PARAMETERS)
 {
     if (enter(node_function.function, MAPPER_SIGNATURE, ctx, node, out)) {
         return TQM_ERR_BAD_ARGS;

@@ -30,8 +30,17 @@ struct mapped_container {
     tqm_map_container_function mapper;
 };
 
-rcode delegate(const mapped_node &node_function, MAPPER_PARAMETERS);
+rcode delegate_in_frame(const mapped_node &node_function, MAPPER_PARAMETERS);
 rcode delegate_container(const mapped_container &node_function, CONTAINER_PARAMETERS);
+
+// Inline for the sake of most leaves of a request: without lines the function is a test of its arguments and a jump.
+inline rcode delegate(const mapped_node &node_function, MAPPER_PARAMETERS)
+{
+    if (node_function.function.lines == trace_lines::none && node != nullptr && out != nullptr) {
+        return node_function.mapper(ctx, node, out);
+    }
+    return delegate_in_frame(node_function, ctx, node, out);
+}
 
 // A path in the components that operations take, each with its leading slash.
 struct component_path {

@@ -63,6 +63,16 @@ rcode dispatch_child(const dispatch &place, tqm_map_ctx ctx, rdl_tqm_datatree *c
     return pass_over(place, ctx, child, out);
 }
 
+// Walks the children in order, up to the first that fails.
+rcode dispatch_children(const dispatch &place, const child_array &children, tqm_map_ctx ctx, rdl_tqm_datatree *out)
+{
+    rcode rc = 0;
+    for (rdl_tqm_datatree *child = children.begin(); child != children.end() && rc == 0; ++child) {
+        rc = dispatch_child(place, ctx, child, out);
+    }
+    return rc;
+}
+
 } // namespace
 
 rcode walk_reverse_leaf(const reverse_leaf &leaf, MAPPER_PARAMETERS)
@@ -95,8 +105,8 @@ rcode walk_reverse_container(const reverse_container &container, MAPPER_PARAMETE
     tqm_map_add_to_node_hierarchy(ctx, node, TQM_HIER_CONTAINER);
     const dispatch place{container.of, *container.module, container.children, container.augments};
     rcode rc = container.node_function(ctx, node, children.count, out);
-    for (uint32_t index = 0; index < children.count && rc == 0; ++index) {
-        rc = dispatch_child(place, ctx, &children.first[index], out);
+    if (rc == 0) {
+        rc = dispatch_children(place, children, ctx, out);
     }
     tqm_map_remove_from_node_hierarchy(ctx, node);
     log(container.of, ctx, MESSAGE_END);
@@ -108,10 +118,11 @@ namespace
 
 void mark_keys(const reverse_list &list, const child_array &children)
 {
-    for (uint32_t index = 0; index < children.count; ++index) {
-        for (const char *key : list.keys.tag) {
-            if (key != nullptr && tqm_map_do_these_match(children.first[index].tag, key) != 0) {
-                mark_key(&children.first[index]);
+    const size_t key_count = list.keys.tag[1] != nullptr ? 2 : 1;
+    for (rdl_tqm_datatree &child : children) {
+        for (size_t key = 0; key < key_count; ++key) {
+            if (tqm_map_do_these_match(child.tag, list.keys.tag[key]) != 0) {
+                mark_key(&child);
             }
         }
     }
@@ -124,8 +135,8 @@ rcode walk_entry(const reverse_list &list, const child_array &children, rcode rc
     tqm_add_to_output_list_ctx(ctx, node, out);
     const uint8_t depth_after = ctx->request->output_depth;
     const dispatch place{list.of, *list.module, list.children, list.augments};
-    for (uint32_t index = 0; index < children.count && rc == 0; ++index) {
-        rc = dispatch_child(place, ctx, &children.first[index], out);
+    if (rc == 0) {
+        rc = dispatch_children(place, children, ctx, out);
     }
     tqm_map_remove_from_node_hierarchy(ctx, node);
     if (depth_before < depth_after) {

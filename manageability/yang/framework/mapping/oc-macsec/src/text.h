@@ -3,6 +3,8 @@
 
 #include <stddef.h>
 
+#include "tqm_map.h"
+
 namespace oc_macsec
 {
 
@@ -39,6 +41,15 @@ void copy_text(char *destination, size_t size, const char *text, size_t length);
 
 // Copies `length` bytes, or none where they do not fit.
 void copy_bytes(void *destination, size_t size, const void *source, size_t length);
+
+// Copies a constant mapping table record by record: both sides have the same type, so nothing is to be bounded.
+template <size_t count>
+void copy_rows(xpath_list_type_t (&rows)[count], const xpath_list_type_t (&table)[count])
+{
+    for (size_t row = 0; row < count; ++row) {
+        rows[row] = table[row];
+    }
+}
 
 // Sets `size` bytes to 0.
 void clear_memory(void *memory, size_t size);

@@ -242,7 +242,7 @@ OC_MACSEC_EXPORT rcode ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd(tqm_map_ct
 OC_MACSEC_EXPORT rcode ymap_ot_oc_macsec_openconfigmacsec_leaf_lvla_macsec_config_sakrekeyinterval(MAPPER_PARAMETERS)
 {
     xpath_list_type_t rows[sak_rekey_row_count];
-    copy_bytes(rows, sizeof rows, sak_rekey_rows, sizeof sak_rekey_rows);
+    copy_rows(rows, sak_rekey_rows);
     ENTER_MAPPER(ctx, node, out);
     (void)ymap_ot_ocmacsec_policy_sak_rekey_interval_fwd(ctx, 0, rows);
     const bool read = TQM_MAP_IS_READ(ctx);

@@ -177,7 +177,7 @@ ymap_to_oc_macsec_tarvexcryptomacsecmkacfg_leaf_lvla_macsec_policyname_sakrekeyi
 {
     ENTER_MAPPER(ctx, node, out);
     xpath_list_type_t rows[2];
-    copy_bytes(rows, sizeof rows, sak_rekey_rows, sizeof sak_rekey_rows);
+    copy_rows(rows, sak_rekey_rows);
     (void)ymap_to_ocmacsec_policy_sak_rekey_interval_rev(ctx, 0, rows);
     if (!TQM_MAP_IS_READ(ctx)) {
         const rcode rc = add_row_of_edit(ctx, node, out, rows[0]);
@@ -200,7 +200,7 @@ ymap_to_oc_macsec_tarvexcryptomacsecmkacfg_leaf_lvla_macsec_policyname_sakrekeyi
 {
     ENTER_MAPPER(ctx, node, out);
     xpath_list_type_t rows[2];
-    copy_bytes(rows, sizeof rows, sak_rekey_rows, sizeof sak_rekey_rows);
+    copy_rows(rows, sak_rekey_rows);
     (void)ymap_to_ocmacsec_policy_sak_rekey_interval_rev(ctx, 0, rows);
     if (!TQM_MAP_IS_READ(ctx)) {
         const rcode rc = add_row_of_edit(ctx, node, out, rows[0]);
