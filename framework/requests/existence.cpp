@@ -315,10 +315,8 @@ void Existence::find(Request::Impl &answer, const OutputRecord &outer, std::size
         return;
     }
     if (info->is_leaf_list()) {
-        const ListSlot *const values = Output::find_slot(outer, *info);
         const char *const text = tree_.text(*asked.node);
-        const OutputRecord *const value =
-            values == nullptr || text == nullptr ? nullptr : answer.output().find_value(*values, text);
+        const OutputRecord *const value = text == nullptr ? nullptr : answer.output().find_value(outer, *info, text);
         asked.exists = value != nullptr && !value->dropped;
         for (const OutputNode &sibling : outer.children()) {
             asked.stored += record_of(sibling).info() == info ? 1 : 0;
@@ -330,7 +328,7 @@ void Existence::find(Request::Impl &answer, const OutputRecord &outer, std::size
         const PathInfo *const key = answer.paths().find_child(*info, info->keys().front());
         const char *const value = given_value(find_child(*asked.node, info->keys().front()));
         if (key != nullptr && value != nullptr) {
-            node = answer.output().find_by_key(Output::find_slot(outer, *info), *key, value);
+            node = answer.output().find_by_key(outer, *key, value);
         }
     } else if (!info->is_list()) {
         node = Output::find_named(outer, *info);

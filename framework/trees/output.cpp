@@ -128,21 +128,18 @@ rdl_tqm_datatree *Output::handle_of(OutputRecord &node)
 OutputRecord *Output::find_named(const OutputRecord &outer, const PathInfo &info)
 {
     const OutputParent *const parent = outer.parent_part();
-    if (parent == nullptr) {
-        return nullptr;
-    }
-    if (parent->slots == nullptr) {
-        OutputRecord *node = parent->first_one;
-        while (node != nullptr && node->info() != &info) {
-            node = node->next;
+    if (parent != nullptr && parent->has_many()) {
+        const NamedChild *child = parent->named;
+        while (child != nullptr && child->node->info() != &info) {
+            child = child->next;
         }
-        return node;
+        return child == nullptr ? nullptr : child->node;
     }
-    const NamedChild *child = parent->named;
-    while (child != nullptr && child->node->info() != &info) {
-        child = child->next;
+    OutputRecord *node = parent == nullptr ? nullptr : parent->first_one;
+    while (node != nullptr && node->info() != &info) {
+        node = node->next;
     }
-    return child == nullptr ? nullptr : child->node;
+    return node;
 }
 
 ListSlot *Output::find_slot(const OutputRecord &outer, const PathInfo &info)
@@ -155,7 +152,6 @@ ListSlot *Output::find_slot(const OutputRecord &outer, const PathInfo &info)
     return slot;
 }
 
-/// From the first slot on a node's other children are found through a chain of their own, as there may be many entries.
 ListSlot &Output::slot(OutputParent &outer, const PathInfo &info)
 {
     if (ListSlot *found = find_slot(outer, info)) {
@@ -163,17 +159,13 @@ ListSlot &Output::slot(OutputParent &outer, const PathInfo &info)
     }
     auto *slot = arena_.make<ListSlot>();
     slot->info = &info;
-    slot->next = outer.slots;
-    const bool is_first = std::exchange(outer.slots, slot) == nullptr;
-    for (OutputRecord *child = is_first ? outer.first_one : nullptr; child != nullptr; child = child->next) {
-        note_named(outer, *child);
-    }
+    slot->next = std::exchange(outer.slots, slot);
     return *slot;
 }
 
 void Output::note_named(OutputParent &outer, OutputRecord &node)
 {
-    if (outer.slots != nullptr) {
+    if (outer.has_many()) {
         auto *child = arena_.make<NamedChild>();
         child->node = &node;
         child->next = std::exchange(outer.named, child);
@@ -221,7 +213,7 @@ OutputRecord *Output::add_entry(OutputRecord &outer, const PathInfo &info, const
     ListSlot &entries = slot(parent, info);
     OutputRecord *const entry = append(parent, info, ns);
     entry->list_entry = true;
-    note_added(entries, *entry);
+    note_repeated(parent, entries, *entry);
     return entry;
 }
 
@@ -229,30 +221,32 @@ OutputRecord *Output::add_value(OutputRecord &outer, const PathInfo &info, const
 {
     OutputParent &parent = *outer.parent_part();
     ListSlot &values = slot(parent, info);
-    OutputRecord *node = find_value(values, value);
-    if (node == nullptr) {
-        node = append(parent, info, ns);
-        note_added(values, *node);
-        if (!values.has_few()) {
-            index_.emplace(value_key(values, value), node);
-        }
+    OutputRecord *const known = find_value(parent, info, value);
+    if (known != nullptr) {
+        values.last = known;
+        return known;
     }
-    values.last = node;
+    OutputRecord *const node = append(parent, info, ns);
+    note_repeated(parent, values, *node);
+    if (parent.has_many()) {
+        index_.insert_or_assign(value_key(values, value), node);
+    }
     return node;
 }
 
 OutputRecord *Output::replace_last_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value)
 {
-    ListSlot &values = slot(*outer.parent_part(), info);
+    OutputParent &parent = *outer.parent_part();
+    ListSlot &values = slot(parent, info);
     OutputRecord *const last = values.last;
     if (last == nullptr || value == nullptr) {
         return add_value(outer, info, ns, value);
     }
-    OutputRecord *const same = find_value(values, value);
+    OutputRecord *const same = find_value(parent, info, value);
     if (same == last) {
         return last;
     }
-    if (!values.has_few()) {
+    if (parent.has_many()) {
         index_.erase(value_key(values, last->value));
     }
     if (same != nullptr) {
@@ -260,79 +254,105 @@ OutputRecord *Output::replace_last_value(OutputRecord &outer, const PathInfo &in
         values.last = same;
         return same;
     }
-    if (!values.has_few()) {
+    if (parent.has_many()) {
         index_.emplace(value_key(values, value), last);
     }
     return last;
 }
 
-/// The first ones need no index; the one that is too many brings it.
-void Output::note_added(ListSlot &slot, OutputRecord &node)
+void Output::note_repeated(OutputParent &outer, ListSlot &slot, OutputRecord &node)
 {
     slot.last = &node;
-    if (++slot.count <= slot.few.size()) {
-        slot.few[slot.count - 1] = &node;
-        return;
+    const bool had_many = outer.has_many();
+    ++outer.repeated;
+    if (outer.has_many() && !had_many) {
+        index_children(outer);
     }
-    if (slot.count > slot.few.size() + 1) {
-        return;
-    }
-    for (OutputRecord *one : slot.few) {
-        if (!one->list_entry && !one->dropped) {
-            index_.emplace(value_key(slot, one->value), one);
-        }
-        for (OutputRecord *leaf = one->first_child(); leaf != nullptr; leaf = leaf->next) {
-            if (leaf->is_key() && leaf->value != nullptr) {
-                index_.emplace(Key{&slot, leaf->info(), leaf->value}, one);
-            }
+}
+
+void Output::index_children(OutputParent &outer)
+{
+    for (OutputRecord *child = outer.first_one; child != nullptr; child = child->next) {
+        if (is_named(*child)) {
+            note_named(outer, *child);
+        } else {
+            index_child(outer, *child);
         }
     }
 }
 
-OutputRecord *Output::find_value(const ListSlot &slot, const char *value) const
+/// An entry, by its keys, or a value of `outer`.
+void Output::index_child(OutputParent &outer, OutputRecord &child)
 {
-    if (!slot.has_few()) {
-        const auto found = index_.find(value_key(slot, value));
-        return found == index_.end() ? nullptr : found->second;
+    if (!outer.has_many()) {
+        return;
     }
-    for (std::size_t i = 0; i < slot.count; ++i) {
-        const OutputRecord &one = *slot.few[i];
-        const bool same =
-            one.value == value || (value != nullptr && one.value != nullptr && std::strcmp(one.value, value) == 0);
-        if (same && !one.dropped) {
-            return slot.few[i];
+    const ListSlot &slot = *find_slot(outer, *child.info());
+    if (!child.list_entry && !child.dropped) {
+        index_.emplace(value_key(slot, child.value), &child);
+    }
+    for (OutputRecord *leaf = child.first_child(); leaf != nullptr; leaf = leaf->next) {
+        if (leaf->is_key() && leaf->value != nullptr) {
+            index_.emplace(Key{&slot, leaf->info(), leaf->value}, &child);
         }
     }
-    return nullptr;
 }
 
-OutputRecord *Output::find_by_key(const ListSlot *slot, const PathInfo &key, std::string_view value) const
+OutputRecord *Output::find_value(const OutputRecord &outer, const PathInfo &info, const char *value) const
 {
-    if (slot == nullptr) {
+    const OutputParent *const parent = outer.parent_part();
+    if (parent == nullptr || parent->slots == nullptr) {
         return nullptr;
     }
-    if (!slot->has_few()) {
-        const auto found = index_.find(Key{slot, &key, value});
+    if (parent->has_many()) {
+        const ListSlot *const slot = find_slot(outer, info);
+        const auto found = slot == nullptr ? index_.end() : index_.find(value_key(*slot, value));
         return found == index_.end() ? nullptr : found->second;
     }
-    for (std::size_t i = 0; i < slot->count; ++i) {
-        const OutputRecord *const leaf = find_named(*slot->few[i], key);
-        if (leaf != nullptr && leaf->value != nullptr && value == leaf->value) {
-            return slot->few[i];
-        }
+    const auto is_it = [&](const OutputRecord &one) {
+        const bool alike =
+            value == nullptr || one.value == nullptr ? one.value == value : std::strcmp(one.value, value) == 0;
+        return one.info() == &info && alike && !one.dropped;
+    };
+    OutputRecord *one = parent->first_one;
+    while (one != nullptr && !is_it(*one)) {
+        one = one->next;
     }
-    return nullptr;
+    return one;
+}
+
+OutputRecord *Output::find_by_key(const OutputRecord &outer, const PathInfo &key, std::string_view value) const
+{
+    const OutputParent *const parent = outer.parent_part();
+    if (parent == nullptr || parent->slots == nullptr) {
+        return nullptr;
+    }
+    if (parent->has_many()) {
+        const ListSlot *const slot = find_slot(outer, *key.parent);
+        const auto found = slot == nullptr ? index_.end() : index_.find(Key{slot, &key, value});
+        return found == index_.end() ? nullptr : found->second;
+    }
+    const auto is_it = [&](const OutputRecord &one) {
+        const OutputRecord *const leaf = one.info() == key.parent ? find_named(one, key) : nullptr;
+        return leaf != nullptr && leaf->value != nullptr && value == leaf->value;
+    };
+    OutputRecord *one = parent->first_one;
+    while (one != nullptr && !is_it(*one)) {
+        one = one->next;
+    }
+    return one;
 }
 
 OutputRecord *Output::index_by_key(const OutputRecord &key)
 {
     OutputRecord &entry = *key.outer;
-    const ListSlot *const slot = find_slot(*entry.outer, *entry.info());
-    if (!slot->has_few()) {
-        const auto [position, added] = index_.try_emplace(Key{slot, key.info(), key.value}, &entry);
-        return added || position->second == &entry ? nullptr : position->second;
+    OutputRecord *known = nullptr;
+    if (entry.outer->has_many()) {
+        const ListSlot *const slot = find_slot(*entry.outer, *entry.info());
+        known = index_.try_emplace(Key{slot, key.info(), key.value}, &entry).first->second;
+    } else {
+        known = find_by_key(*entry.outer, *key.info(), key.value);
     }
-    OutputRecord *const known = find_by_key(slot, *key.info(), key.value);
     return known == &entry ? nullptr : known;
 }
 
@@ -353,11 +373,14 @@ void Output::absorb(OutputParent &into, OutputParent &from)
         if (child->dropped) {
             continue;
         }
-        OutputRecord *there = child->list_entry ? nullptr : find_named(into, *child->info());
+        OutputRecord *const there = is_named(*child) ? find_named(into, *child->info()) : nullptr;
         if (there == nullptr) {
             link(into, *child);
             if (is_named(*child)) {
                 note_named(into, *child);
+            } else {
+                note_repeated(into, slot(into, *child->info()), *child);
+                index_child(into, *child);
             }
             continue;
         }
@@ -368,14 +391,6 @@ void Output::absorb(OutputParent &into, OutputParent &from)
             absorb(*parent, *child->parent_part());
         } else {
             child->dropped = true;
-        }
-    }
-    if (into.slots == nullptr && from.slots != nullptr) {
-        into.slots = from.slots;
-        for (OutputRecord *child = into.first_one; child != nullptr; child = child->next) {
-            if (is_named(*child)) {
-                note_named(into, *child);
-            }
         }
     }
     from.first_one = from.last_one = nullptr;

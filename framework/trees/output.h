@@ -3,7 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <deque>
@@ -75,14 +74,10 @@ private:
 struct ListSlot {
     const PathInfo *info = nullptr;
     ListSlot *next = nullptr;
-    OutputRecord *last = nullptr;        ///< the entry or value that was added last
-    std::array<OutputRecord *, 4> few{}; ///< the first ones: as long as these are all, they are found without an index
-    std::size_t count = 0;               ///< how many were added
-
-    bool has_few() const { return count <= few.size(); }
+    OutputRecord *last = nullptr; ///< the entry or value that was added last
 };
 
-/// Of a node that has entries or values among its children: one of the others.
+/// Of a node that has many entries or values among its children: one of the others.
 struct NamedChild {
     OutputRecord *node = nullptr;
     NamedChild *next = nullptr;
@@ -102,9 +97,13 @@ struct OutputParent final : OutputRecord {
     OutputRecord *first_one = nullptr;
     OutputRecord *last_one = nullptr;
     ListSlot *slots = nullptr;           ///< the lists and leaf-lists among the children
-    NamedChild *named = nullptr;         ///< the children that are in none of those, where there are slots
+    NamedChild *named = nullptr;         ///< the children that are in none of those, where those have many
+    uint32_t repeated = 0;               ///< how many entries and values were added
     OutputParent *merged_into = nullptr; ///< the entry that took over this one's children
     OutputHandle *handle = nullptr;      ///< null until a plug-in asks
+
+    /// Then they are found by an index, and the other children by a chain of their own.
+    bool has_many() const { return repeated > 6; }
 };
 static_assert(std::is_trivially_destructible_v<OutputParent>);
 
@@ -214,10 +213,10 @@ public:
     /// Replaces the value that was added last, or adds it.
     OutputRecord *replace_last_value(OutputRecord &outer, const PathInfo &info, const char *ns, const char *value);
 
-    /// The value `value`, or that without a text, of a leaf-list; null if it is not there.
-    OutputRecord *find_value(const ListSlot &slot, const char *value) const;
-    /// The entry of `slot` (null: none) whose leaf `key` has `value`; null if there is none.
-    OutputRecord *find_by_key(const ListSlot *slot, const PathInfo &key, std::string_view value) const;
+    /// The value `value`, or the one without a text, of the leaf-list `info` in `outer`; null if it is not there.
+    OutputRecord *find_value(const OutputRecord &outer, const PathInfo &info, const char *value) const;
+    /// The entry in `outer` whose leaf `key` has `value`; null if there is none.
+    OutputRecord *find_by_key(const OutputRecord &outer, const PathInfo &key, std::string_view value) const;
     /// `key`, a leaf of an entry, has a value now. Gives the entry that had the same before, or null.
     OutputRecord *index_by_key(const OutputRecord &key);
     /// And it will no longer have `value`.
@@ -246,7 +245,9 @@ private:
     {
         return {&slot, slot.info, value == nullptr ? std::nullopt : std::optional<std::string_view>(value)};
     }
-    void note_added(ListSlot &slot, OutputRecord &node);
+    void note_repeated(OutputParent &outer, ListSlot &slot, OutputRecord &node);
+    void index_children(OutputParent &outer);
+    void index_child(OutputParent &outer, OutputRecord &child);
     const NodeName *name_of(const PathInfo &info, const char *ns);
     OutputRecord *append(OutputParent &outer, const PathInfo &info, const char *ns);
     static void link(OutputParent &outer, OutputRecord &node);

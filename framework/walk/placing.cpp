@@ -440,7 +440,7 @@ OutputRecord *Placing::search(rdl_tqm_datatree *tree, const PathInfo &list, std:
     if (leaf == nullptr) {
         return nullptr;
     }
-    OutputRecord *found = survivor(around_.output.find_by_key(Output::find_slot(*parent, list), *leaf, value));
+    OutputRecord *found = survivor(around_.output.find_by_key(*parent, *leaf, value));
     if (found != nullptr) {
         state_of(list).last_found = found;
     }
