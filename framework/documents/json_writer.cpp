@@ -85,14 +85,16 @@ WrittenOperation JsonWriter::operation_of(const OutputRecord &node, Place place)
     return with_operations_ ? written_operation(node, place.operation) : WrittenOperation{nullptr, place.operation};
 }
 
-/// Starts a member or an array's element: all but the first have a comma before them.
-void JsonWriter::next(unsigned int level)
+/// Starts a member or an array's element: all but the first have a comma before them. `room`: as much more may be put.
+void JsonWriter::next(unsigned int level, std::size_t room)
 {
+    text_.reserve(2 + 2 * std::size_t{level} + room);
     if (after_value_) {
-        text_.append(",");
+        text_.put(',');
     }
     after_value_ = false;
-    end_line(level);
+    text_.put('\n');
+    text_.indent(level);
 }
 
 /// Ends a line and begins another one.
@@ -111,7 +113,6 @@ void JsonWriter::members(const OutputRecord &node, Place place)
             member(child, place);
         } else if (std::ranges::find(done, child.info) == done.end()) {
             done.push_back(child.info);
-            next(place.level);
             name(child, place);
             array(child, place);
         }
@@ -120,7 +121,6 @@ void JsonWriter::members(const OutputRecord &node, Place place)
 
 void JsonWriter::member(const OutputRecord &node, Place place)
 {
-    next(place.level);
     name(node, place);
     const bool is_leaf = Records(node.first_child).empty() && !node.info->is_container();
     if (is_leaf) {
@@ -174,43 +174,47 @@ void JsonWriter::object(const OutputRecord &node, const WrittenOperation &operat
 
 void JsonWriter::leaf_annotations(const OutputRecord &first, Place place, bool is_array)
 {
-    if (!with_operations_) {
-        return;
-    }
-    std::string annotations;
-    bool any = false;
-    const auto annotate = [&](const OutputRecord &node) {
-        const char *operation = operation_of(node, place).name;
-        annotations += annotations.empty() ? "" : ", ";
-        annotations += operation == nullptr ? "null" : annotation(operation);
-        any = any || operation != nullptr;
-    };
-    if (is_array) {
-        for_each_alike(first, annotate);
-    } else {
-        annotate(first);
+    const auto operation = [&](const OutputRecord &node) { return operation_of(node, place).name; };
+    bool any = operation(first) != nullptr;
+    if (is_array && with_operations_) {
+        for_each_alike(first, [&](const OutputRecord &node) { any = any || operation(node) != nullptr; });
     }
     if (!any) {
         return;
     }
-    next(place.level);
     name(first, place, "@");
-    text_.append(is_array ? "[" + annotations + "]" : annotations);
+    bool is_first = true;
+    const auto annotate = [&](const OutputRecord &node) {
+        text_.append(is_first ? "" : ", ");
+        text_.append(operation(node) == nullptr ? "null" : annotation(operation(node)));
+        is_first = false;
+    };
+    if (is_array) {
+        text_.append("[");
+        for_each_alike(first, annotate);
+        text_.append("]");
+    } else {
+        annotate(first);
+    }
     after_value_ = true;
 }
 
+/// Starts the member of `node`, up to its value.
 void JsonWriter::name(const OutputRecord &node, Place place, std::string_view mark)
 {
     const std::string_view tag = tag_of(node);
-    text_.append("\"");
-    text_.append(mark);
+    const std::size_t rest = tag.size() + 3;
+    next(place.level, 1 + mark.size() + rest);
+    text_.put('"');
+    text_.put(mark);
     if (place.ns == nullptr || (place.ns != node.record.ns && std::strcmp(place.ns, node.record.ns) != 0)) {
         const SchemaModule *const module = schema_.module_of(node.record.ns);
         text_.append(module == nullptr ? node.record.ns : module->name.c_str());
         text_.append(":");
+        text_.reserve(rest);
     }
-    text_.append(tag);
-    text_.append("\": ");
+    text_.put(tag);
+    text_.put("\": ");
 }
 
 void JsonWriter::value(const OutputRecord &leaf)

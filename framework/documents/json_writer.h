@@ -32,7 +32,7 @@ private:
     void leaf_annotations(const OutputRecord &first, Place place, bool is_array);
     void name(const OutputRecord &node, Place place, std::string_view mark = {});
     void value(const OutputRecord &leaf);
-    void next(unsigned int level);
+    void next(unsigned int level, std::size_t room = 0);
     void end_line(unsigned int level);
     WrittenOperation operation_of(const OutputRecord &node, Place place) const;
 
