@@ -58,13 +58,29 @@ private:
     std::unordered_set<std::string> many_;
 };
 
-/// An identifier as RFC 7950, section 6.2 has it; it ends up as the name of an element.
+/// Bytes of identifiers (RFC 7950, section 6.2).
+class NameBytes
+{
+public:
+    constexpr explicit NameBytes(std::string_view others)
+    {
+        for (std::size_t c = 0; c < has_.size(); ++c) {
+            has_[c] = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                      others.find(static_cast<char>(c)) != std::string_view::npos;
+        }
+    }
+    constexpr bool has(char c) const { return has_[static_cast<unsigned char>(c)]; }
+
+private:
+    std::array<bool, 256> has_{};
+};
+
+/// What ends up as the name of an element.
 bool is_identifier(std::string_view name)
 {
-    constexpr auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
-    constexpr auto is_other = [](char c) { return (c >= '0' && c <= '9') || c == '-' || c == '.'; };
-    return !name.empty() && is_letter(name.front()) &&
-           std::ranges::all_of(name, [=](char c) { return is_letter(c) || is_other(c); });
+    static constexpr NameBytes first("_");
+    static constexpr NameBytes any("_-.0123456789");
+    return !name.empty() && first.has(name.front()) && std::ranges::all_of(name, [](char c) { return any.has(c); });
 }
 
 bool is_wrapper(std::string_view name)

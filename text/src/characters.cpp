@@ -70,6 +70,10 @@ std::size_t find_bad(std::string_view text, OnLineFeed on_line_feed)
         if (at >= text.size()) {
             return std::string_view::npos;
         }
+        if (static_cast<signed char>(text[at]) >= 0x20) { // what is no ASCII is negative
+            ++at;
+            continue;
+        }
         const Character character = character_at(text, at);
         if (character.length == 0 || !is_xml_character(character.code)) {
             return at;
