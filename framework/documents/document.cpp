@@ -133,8 +133,9 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<DocumentContent> conte
     if (!is_declared_utf8(text)) {
         return malformed("the request is no UTF-8 text");
     }
-    const text::LineIndex lines(text);
-    if (const std::size_t bad = text::find_bad_character(text); bad != std::string_view::npos) {
+    // Parsing in place spoils the text: its lines are to be known before.
+    text::LineIndex lines;
+    if (const std::size_t bad = text::find_bad_character(text, lines); bad != std::string_view::npos) {
         return malformed("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
     }
     if (is_json(text)) {

@@ -17,13 +17,9 @@ const char *local_name(pugi::xml_node element)
 
 } // namespace
 
-bool is_blank(const char *text)
-{
-    return text[std::strspn(text, " \t\r\n")] == '\0';
-}
-
 ElementReader::ElementReader(const LoadRules &rules, const LoadTarget &target, const DocumentContent &content)
-    : rules_(rules), target_(target), holder_(content.holder), scope_(content.scope), is_json_(content.json),
+    : rules_(rules), target_(target), holder_(content.holder), scope_(content.scope), is_edit_(!rules.kind.is_read()),
+      is_reverse_(!rules.kind.is_forward()), is_json_(content.json),
       is_filter_(content.is_filter && !is_edit() && !is_reverse())
 {
 }
@@ -64,32 +60,29 @@ bool ElementReader::fail(ErrorTag tag, std::string text, pugi::xml_node element,
     return false;
 }
 
-/// Fails where there is no such prefix, or no such module.
 std::optional<XmlName> ElementReader::name_of(pugi::xml_node element)
 {
     auto name = scope_.element_name(element.name());
     if (!name) {
         fail(ErrorTag::malformed_message, std::string("the prefix of element <") + element.name() + "> is not declared",
              element);
-    } else if (is_json_ && *name->ns != '\0' && std::strcmp(name->ns, netconf_ns) != 0) {
-        const SchemaModule *const module = rules_.schema.module_named(name->ns);
-        if (module == nullptr && !is_filter_) {
-            fail(ErrorTag::unknown_namespace, std::string("there is no module '") + name->ns + "' here", element);
-            return std::nullopt;
-        }
-        name->ns =
-            module == nullptr ? name->ns : module->ns.c_str(); // a module's name is no namespace, and selects nothing
+        return std::nullopt;
     }
-    return name;
-}
-
-const char *ElementReader::kept_ns(const char *ns)
-{
-    if (ns != raw_ns_) {
-        raw_ns_ = ns;
+    if (name->ns != raw_ns_) {
+        const char *ns = name->ns;
+        if (is_json_ && *ns != '\0' && std::strcmp(ns, netconf_ns) != 0) {
+            const SchemaModule *const module = rules_.schema.module_named(ns);
+            if (module == nullptr && !is_filter_) {
+                fail(ErrorTag::unknown_namespace, std::string("there is no module '") + ns + "' here", element);
+                return std::nullopt;
+            }
+            ns = module == nullptr ? ns : module->ns.c_str(); // a module's name is no namespace, and selects nothing
+        }
+        raw_ns_ = name->ns;
         ns_ = target_.namespaces.intern(ns);
     }
-    return ns_;
+    name->ns = ns_;
+    return name;
 }
 
 bool ElementReader::attributes(pugi::xml_node element, rdl_tqm_datatree &record)
@@ -145,27 +138,35 @@ bool ElementReader::operation(pugi::xml_node element, const char *value, rdl_tqm
     return true;
 }
 
-/// Comments and CDATA sections cut a text into pieces.
-const char *ElementReader::whole_text(pugi::xml_node element, bool split)
+const char *ElementReader::joined_text(pugi::xml_node element)
 {
-    if (!split) {
-        return element.child_value();
+    const char *const text = element.value();
+    const pugi::xml_node piece = element.first_child();
+    if (*text == '\0' && !piece.next_sibling()) {
+        return piece.value();
     }
-    std::string text = element.value();
+    std::string whole = text;
     for (pugi::xml_node child : element.children()) {
         if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
-            text += child.value();
+            whole += child.value();
         }
     }
-    return target_.arena.copy(text);
+    return target_.arena.copy(whole);
 }
 
-const char *ElementReader::trimmed(const char *value)
+const char *ElementReader::trimmed(const char *text)
 {
-    std::string_view text = value;
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
-    text.remove_suffix(text.size() - text.find_last_not_of(" \t\r\n") - 1);
-    return text.size() == std::strlen(value) ? target_.arena.keep(value) : target_.arena.copy(text);
+    const char *begin = text;
+    while (is_white_space(*begin)) {
+        ++begin;
+    }
+    const std::size_t size = std::strlen(begin);
+    const char *end = begin + size;
+    while (end != begin && is_white_space(end[-1])) {
+        --end;
+    }
+    const auto left = static_cast<std::size_t>(end - begin);
+    return begin == text && left == size ? kept(text) : target_.arena.copy({begin, left});
 }
 
 } // namespace tqm

@@ -13,16 +13,27 @@
 namespace tqm
 {
 
+inline bool is_white_space(char c)
+{
+    return c <= ' ' && (c == ' ' || c == '\n' || c == '\t' || c == '\r');
+}
+
 /// True for a text of white space alone.
-bool is_blank(const char *text);
+inline bool is_blank(const char *text)
+{
+    while (is_white_space(*text)) {
+        ++text;
+    }
+    return *text == '\0';
+}
 
 class ElementReader
 {
 public:
     ElementReader(const LoadRules &rules, const LoadTarget &target, const DocumentContent &content);
 
-    bool is_edit() const { return !rules_.kind.is_read(); }
-    bool is_reverse() const { return !rules_.kind.is_forward(); }
+    bool is_edit() const { return is_edit_; }
+    bool is_reverse() const { return is_reverse_; }
     /// True in a client's read: it may have several top elements, also those of models that are not here.
     bool is_filter() const { return is_filter_; }
 
@@ -31,16 +42,26 @@ public:
     void leave(std::size_t mark) { scope_.leave(mark); }
     bool declares_too_much() const { return scope_.overfull(); }
 
-    /// Fails where there is no such prefix, or no such module.
+    /// The name, with its namespace as the request keeps it. Fails where there is no such prefix, or no such module.
     std::optional<XmlName> name_of(pugi::xml_node element);
-    /// The namespace as the request keeps it.
-    const char *kept_ns(const char *ns);
+    /// The same namespace, if the element has no prefix; null if only name_of() can tell.
+    const char *default_ns() const { return scope_.default_ns() == raw_ns_ ? ns_ : nullptr; }
     /// Gives `record` the operation that the element's attributes say; false if one of them has no place here.
     bool attributes(pugi::xml_node element, rdl_tqm_datatree &record);
-    /// `split`: comments and CDATA sections cut the text into pieces.
-    const char *whole_text(pugi::xml_node element, bool split);
-    /// Without the white space at its ends.
-    const char *trimmed(const char *value);
+    /// `split`: there are texts among the children, as comments and CDATA sections cut it into pieces.
+    const char *whole_text(pugi::xml_node element, bool split)
+    {
+        return split ? joined_text(element) : element.value();
+    }
+    /// A text that whole_text gave, not empty, for as long as the request lives.
+    const char *kept(const char *text)
+    {
+        // XML is parsed in place: its texts lie in the buffer that the tree owns. Those of JSON go with the document
+        // object.
+        return is_json_ ? target_.arena.copy(text) : text;
+    }
+    /// The same without the white space at its ends.
+    const char *trimmed(const char *text);
 
     /// Where the element stands, with the keys that are given so far as text.
     InstancePath place_of(pugi::xml_node element) const;
@@ -50,17 +71,20 @@ public:
     Error &error() { return error_; }
 
 private:
+    const char *joined_text(pugi::xml_node element);
     bool operation(pugi::xml_node element, const char *value, rdl_tqm_datatree &record);
 
     const LoadRules &rules_;
     const LoadTarget &target_;
     pugi::xml_node holder_; ///< the trees are its children
     XmlScope scope_;
+    bool is_edit_;
+    bool is_reverse_;
     bool is_json_;
     bool is_filter_;
     Error error_;
-    const char *raw_ns_ = nullptr;
-    const char *ns_ = nullptr;
+    const char *raw_ns_ = nullptr; ///< of the name that was asked for last, as the document has it
+    const char *ns_ = nullptr;     ///< and as the request keeps it
 };
 
 } // namespace tqm

@@ -2,9 +2,12 @@
 #include "documents/json_reader.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <deque>
 #include <new>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -25,34 +28,59 @@ using Json = nlohmann::json;
 constexpr std::size_t depth_max = 260; ///< of a request and what stands around it
 constexpr const char *operation = "ietf-netconf:operation";
 
-/// Names of the members of one object.
+/// Names of the members of one object. It is used for one object after another, as its memory stays.
 class NameSet
 {
 public:
-    bool insert(const std::string &name)
+    bool insert(std::string_view name)
     {
-        if (few_.size() < 16) {
-            if (std::ranges::find(few_, name) != few_.end()) {
-                return false;
-            }
-            few_.push_back(name);
-            return true;
+        const auto few_end = few_.begin() + static_cast<std::ptrdiff_t>(count_);
+        if (std::find(few_.begin(), few_end, name) != few_end) {
+            return false;
         }
-        return std::ranges::find(few_, name) == few_.end() && many_.insert(name).second;
+        if (count_ == few_.size()) {
+            return many_.emplace(name).second;
+        }
+        few_[count_++] = name;
+        return true;
+    }
+    void clear()
+    {
+        count_ = 0;
+        if (!many_.empty()) {
+            many_ = {};
+        }
     }
 
 private:
-    std::vector<std::string> few_;
+    std::array<std::string, 16> few_;
+    std::size_t count_ = 0;
     std::unordered_set<std::string> many_;
 };
 
-/// An identifier as RFC 7950, section 6.2 has it; it ends up as the name of an element.
+/// Bytes of identifiers (RFC 7950, section 6.2).
+class NameBytes
+{
+public:
+    constexpr explicit NameBytes(std::string_view others)
+    {
+        for (std::size_t c = 0; c < has_.size(); ++c) {
+            has_[c] = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                      others.find(static_cast<char>(c)) != std::string_view::npos;
+        }
+    }
+    constexpr bool has(char c) const { return has_[static_cast<unsigned char>(c)]; }
+
+private:
+    std::array<bool, 256> has_{};
+};
+
+/// What ends up as the name of an element.
 bool is_identifier(std::string_view name)
 {
-    const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
-    return !name.empty() && is_letter(name.front()) && std::ranges::all_of(name, [&](char c) {
-        return is_letter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-    });
+    static constexpr NameBytes first("_");
+    static constexpr NameBytes any("_-.0123456789");
+    return !name.empty() && first.has(name.front()) && std::ranges::all_of(name, [](char c) { return any.has(c); });
 }
 
 bool is_wrapper(std::string_view name)
@@ -70,15 +98,31 @@ struct Annotation {
 
 struct Level {
     enum Kind { object, array, annotation_object, annotation_array };
-    Kind kind;
+    Kind kind = object;
     pugi::xml_node node; ///< the element that is filled; of an array the one around it
     std::string member;  ///< the member that is being read; of an array the one that it is the value of
     NameSet names;
     std::vector<Annotation> annotations;
     enum { empty, scalars, objects } content = empty; ///< of an array
+
+    void begin(Kind new_kind, pugi::xml_node new_node)
+    {
+        kind = new_kind;
+        node = new_node;
+        member.clear();
+        names.clear();
+        annotations.clear();
+        content = empty;
+    }
 };
 
-/// The place where the parser reads, for those who look on.
+bool is_blank(char c)
+{
+    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
+/// The place where the parser reads, for those who look on. Of an indented text a half is blanks at the beginnings of
+/// lines: they are passed over, as no line feed stands in a token.
 class Cursor
 {
 public:
@@ -88,19 +132,39 @@ public:
     using pointer = const char *;
     using reference = const char &;
 
-    Cursor(const char *at, const char *&shown) : at_(at), shown_(&shown) {}
+    /// `read` is kept behind the byte that was read last.
+    Cursor(const char *at, const char *end, const char *&read) : at_(at), end_(end), read_(&read) {}
     reference operator*() const { return *at_; }
     Cursor &operator++()
     {
-        *shown_ = ++at_;
+        const bool ends_line = *at_ == '\n';
+        *read_ = ++at_;
+        while (ends_line && at_ != end_ && is_blank(*at_)) {
+            ++at_;
+        }
         return *this;
     }
     friend bool operator==(const Cursor &a, const Cursor &b) { return a.at_ == b.at_; }
 
+    const char *at() const { return at_; }
+
 private:
     const char *at_;
-    const char **shown_;
+    const char *end_;
+    const char **read_;
 };
+
+/// Offset of the byte number `count` of those that the parser reads, from 1.
+std::size_t offset_of(std::string_view text, std::size_t count)
+{
+    const char *const end = text.data() + text.size();
+    const char *read = text.data();
+    Cursor cursor(read, end, read);
+    for (; count > 1 && cursor.at() != end; --count) {
+        ++cursor;
+    }
+    return static_cast<std::size_t>(cursor.at() - text.data());
+}
 
 /// What pugixml could not make for want of memory is false, null or without its name.
 void require_memory(bool made)
@@ -123,20 +187,20 @@ public:
     explicit Handler(pugi::xml_node root) : root_(root) {}
 
     const Error &error() const { return error_; }
-    /// Where the text is no JSON; none if it is, or as far as that is known.
+    /// How many bytes were read when the text turned out to be no JSON; none if it is, or as far as that is known.
     std::optional<std::size_t> syntax_error() const { return syntax_error_; }
 
     bool null() override { return in_annotation() ? null_annotation() : scalar(""); }
     bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
-    bool number_integer(number_integer_t value) override { return scalar(std::to_string(value)); }
-    bool number_unsigned(number_unsigned_t value) override { return scalar(std::to_string(value)); }
+    bool number_integer(number_integer_t value) override { return number(value); }
+    bool number_unsigned(number_unsigned_t value) override { return number(value); }
     bool number_float(number_float_t, const string_t &text) override { return scalar(text); }
     bool string(string_t &text) override { return scalar(text); }
     bool binary(binary_t &) override { return fail("there is binary data"); }
 
     bool start_object(std::size_t) override
     {
-        if (levels_.empty()) {
+        if (depth_ == 0) {
             return push(Level::object, root_);
         }
         if (in_annotation()) {
@@ -151,7 +215,7 @@ public:
 
     bool key(string_t &name) override
     {
-        Level &level = levels_.back();
+        Level &level = top();
         level.member = name;
         if (!level.names.insert(name)) {
             return fail("the member '" + name + "' stands twice in one object");
@@ -164,40 +228,39 @@ public:
 
     bool end_object() override
     {
-        if (levels_.back().kind == Level::object && !annotate(levels_.back())) {
+        if (top().kind == Level::object && !annotate(top())) {
             return false;
         }
-        levels_.pop_back();
+        --depth_;
         return true;
     }
 
     bool start_array(std::size_t) override
     {
-        if (levels_.empty()) {
+        if (depth_ == 0) {
             return fail("a request is a JSON object, not an array");
         }
-        const Level &level = levels_.back();
+        Level &level = top();
         if (in_annotation()) {
             if (level.kind != Level::object || level.annotations.back().member.empty()) {
                 return fail("there is an array where an annotation has none");
             }
-            levels_.back().annotations.back().is_array = true;
+            level.annotations.back().is_array = true;
             return push(Level::annotation_array, level.node);
         }
         if (level.kind == Level::array) {
             return fail("there is an array in an array");
         }
-        const std::string member = level.member;
         if (!push(Level::array, level.node)) {
             return false;
         }
-        levels_.back().member = member;
+        top().member = level.member;
         return true;
     }
 
     bool end_array() override
     {
-        levels_.pop_back();
+        --depth_;
         return true;
     }
 
@@ -208,7 +271,7 @@ public:
         if (exception.id == number_overflow) {
             return fail("there is a number that is too large");
         }
-        syntax_error_ = position == 0 ? 0 : position - 1;
+        syntax_error_ = position;
         return fail("the request is no JSON document: syntax error");
     }
 
@@ -221,21 +284,25 @@ private:
 
     bool push(Level::Kind kind, pugi::xml_node node)
     {
-        if (levels_.size() >= depth_max) {
+        if (depth_ >= depth_max) {
             return fail("the request is nested too deep");
         }
-        Level &level = levels_.emplace_back();
-        level.kind = kind;
-        level.node = node;
+        if (depth_ == levels_.size()) {
+            levels_.emplace_back();
+        }
+        levels_[depth_++].begin(kind, node);
         return true;
     }
+
+    Level &top() { return levels_[depth_ - 1]; }
+    const Level &top() const { return levels_[depth_ - 1]; }
 
     // ---- Data ----
 
     /// An array holds scalars, the values of a leaf-list, or objects, the entries of a list.
     bool enters(decltype(Level::content) content)
     {
-        Level &level = levels_.back();
+        Level &level = top();
         if (level.kind != Level::array) {
             return true;
         }
@@ -246,13 +313,21 @@ private:
         return true;
     }
 
-    bool scalar(const std::string &text)
+    template <class Number>
+    bool number(Number value)
     {
-        if (levels_.empty()) {
+        std::array<char, 24> text;
+        const std::to_chars_result written = std::to_chars(text.begin(), text.end(), value);
+        return scalar({text.begin(), written.ptr});
+    }
+
+    bool scalar(std::string_view text)
+    {
+        if (depth_ == 0) {
             return fail("a request is a JSON object");
         }
         if (in_annotation()) {
-            return annotation_value(text);
+            return annotation_value(std::string(text));
         }
         if (!enters(Level::scalars)) {
             return false;
@@ -262,38 +337,40 @@ private:
             return false;
         }
         if (text::find_bad_character(text) != text.npos) {
-            return fail("the value of '" + levels_.back().member + "' holds a character that XML cannot carry");
+            return fail("the value of '" + top().member + "' holds a character that XML cannot carry");
         }
         if (!text.empty()) {
-            require_memory(leaf.append_child(pugi::node_pcdata).set_value(text.c_str()));
+            require_memory(leaf.append_child(pugi::node_pcdata).set_value(text.data(), text.size()));
         }
         return true;
     }
 
-    pugi::xml_node element() { return element(levels_.back().node, levels_.back().member, {}); }
+    pugi::xml_node element() { return element(top().node, top().member, {}); }
 
     /// The element of a member: behind `after`, or behind all others. Null if its name is none.
     pugi::xml_node element(pugi::xml_node parent, const std::string &member, std::optional<pugi::xml_node> after)
     {
         const std::size_t colon = member.find(':');
-        const std::string module = colon == std::string::npos ? "" : member.substr(0, colon);
-        const std::string name = colon == std::string::npos ? member : member.substr(colon + 1);
-        if (!is_identifier(name) || (colon != std::string::npos && !is_identifier(module))) {
+        const bool has_module = colon != std::string::npos;
+        const std::string_view name = std::string_view(member).substr(has_module ? colon + 1 : 0);
+        if (!is_identifier(name) || (has_module && !is_identifier({member.data(), colon}))) {
             fail("'" + member.substr(0, 100) + "' is no name of a member: it is a name or 'module:name'");
             return {};
         }
-        if (parent == root_ && module.empty() && !is_wrapper(name)) {
-            fail("the member '" + name + "' must name its module, as 'module:" + name + "'");
+        const bool is_outermost = parent == root_;
+        if (is_outermost && !has_module && !is_wrapper(name)) {
+            fail("the member '" + member + "' must name its module, as 'module:" + member + "'");
             return {};
         }
-        pugi::xml_node node = !after   ? parent.append_child(name.c_str())
-                              : *after ? parent.insert_child_after(name.c_str(), *after)
-                                       : parent.prepend_child(name.c_str());
+        pugi::xml_node node = !after   ? parent.append_child(name.data())
+                              : *after ? parent.insert_child_after(name.data(), *after)
+                                       : parent.prepend_child(name.data());
         require_memory(*node.name() != '\0');
-        if (!module.empty()) {
+        if (has_module) {
+            const std::string module = member.substr(0, colon);
             add_attribute(node, "xmlns", module == "ietf-netconf" ? netconf_ns : module.c_str());
         }
-        if (parent == root_) {
+        if (is_outermost) {
             add_attribute(node, "xmlns:nc", netconf_ns);
         }
         return node;
@@ -303,10 +380,10 @@ private:
 
     bool in_annotation() const
     {
-        if (levels_.empty()) {
+        if (depth_ == 0) {
             return false;
         }
-        const Level &level = levels_.back();
+        const Level &level = top();
         return level.kind == Level::annotation_object || level.kind == Level::annotation_array ||
                (level.kind == Level::object && level.member.starts_with('@'));
     }
@@ -314,25 +391,25 @@ private:
     /// The annotations that are being read: they are those of the innermost object.
     Annotation &annotation()
     {
-        auto level = levels_.rbegin();
-        while (level->kind != Level::object) {
-            ++level;
+        std::size_t level = depth_ - 1;
+        while (levels_[level].kind != Level::object) {
+            --level;
         }
-        return level->annotations.back();
+        return levels_[level].annotations.back();
     }
 
     bool start_annotation()
     {
-        if (levels_.back().kind == Level::annotation_object) {
+        if (top().kind == Level::annotation_object) {
             return fail("an annotation has no object for its value");
         }
         annotation().operations.emplace_back();
-        return push(Level::annotation_object, levels_.back().node);
+        return push(Level::annotation_object, top().node);
     }
 
     bool null_annotation()
     {
-        if (levels_.back().kind != Level::annotation_array) {
+        if (top().kind != Level::annotation_array) {
             return fail("there is null for an annotation");
         }
         annotation().operations.emplace_back();
@@ -341,7 +418,7 @@ private:
 
     bool annotation_value(const std::string &text)
     {
-        const Level &level = levels_.back();
+        const Level &level = top();
         if (level.kind != Level::annotation_object) {
             return fail("the annotations of '" + annotation().member + "' are no object");
         }
@@ -432,7 +509,8 @@ private:
     }
 
     pugi::xml_node root_;
-    std::deque<Level> levels_;
+    std::deque<Level> levels_; ///< of which `depth_` are in use; their memory is used again
+    std::size_t depth_ = 0;
     Error error_;
     std::optional<std::size_t> syntax_error_;
 };
@@ -453,13 +531,14 @@ Expected<void> read_json(std::string_view text, DocumentContent &content)
     Handler handler(root);
     const char *const end = text.data() + text.size();
     const char *read = text.data();
-    if (!Json::sax_parse(Cursor(read, read), Cursor(end, read), &handler)) {
+    if (!Json::sax_parse(Cursor(read, end, read), Cursor(end, end, read), &handler)) {
         Error error = handler.error();
-        const std::size_t read_to = static_cast<std::size_t>(read - text.data());
         error.error_tag = ErrorTag::malformed_message;
         error.type = ErrorType::rpc;
-        const std::size_t offset = handler.syntax_error().value_or(read_to == 0 ? 0 : read_to - 1);
-        error.text += " at " + text::LineIndex(text).place_of(std::min(offset, text.size()));
+        const std::size_t offset = handler.syntax_error() ? offset_of(text, *handler.syntax_error())
+                                   : read == text.data()  ? 0
+                                                          : static_cast<std::size_t>(read - text.data()) - 1;
+        error.text += " at " + text::LineIndex(text).place_of(offset);
         return tl::unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {

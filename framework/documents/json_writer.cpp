@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "schema/paths.h"
 
@@ -12,7 +13,7 @@ namespace tqm
 namespace
 {
 
-constexpr std::size_t buffer_size = std::size_t{1} << 16;
+constexpr PlainBytes plain("\"\\");
 
 /// A list's entries and a leaf-list's values stand among their siblings; in JSON they are one array.
 bool is_repeated(const OutputRecord &node)
@@ -40,26 +41,43 @@ bool is_number(std::string_view text)
            std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/// What stands in a text for a character that is not plain.
+std::string escape_of(char c)
+{
+    if (c == '"' || c == '\\') {
+        return {'\\', c};
+    }
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned char>(c));
+    return escape;
+}
+
+std::string annotation(const char *operation)
+{
+    return std::string("{\"ietf-netconf:operation\": \"") + operation + "\"}";
+}
+
 } // namespace
 
 bool JsonWriter::write(std::string_view wrapper, const std::vector<const OutputNode *> &trees, bool with_operations)
 {
     with_operations_ = with_operations;
     const bool wrapped = !wrapper.empty();
-    buffer_ += '{';
+    text_.append("{");
     if (wrapped) {
-        buffer_.append("\n  \"ietf-netconf:").append(wrapper).append("\": {");
+        text_.append("\n  \"ietf-netconf:");
+        text_.append(wrapper);
+        text_.append("\": {");
     }
     const Place place{nullptr, TQM_OP_MERGE, wrapped ? 2U : 1U};
     for (const OutputNode *tree : trees) {
         member(record_of(*tree), place);
     }
     if (!trees.empty()) {
-        buffer_ += wrapped ? "\n  " : "\n";
+        text_.append(wrapped ? "\n  " : "\n");
     }
-    buffer_ += wrapped ? "}\n}\n" : "}\n";
-    flush();
-    return good_;
+    text_.append(wrapped ? "}\n}\n" : "}\n");
+    return text_.flush();
 }
 
 WrittenOperation JsonWriter::operation_of(const OutputRecord &node, Place place) const
@@ -67,17 +85,24 @@ WrittenOperation JsonWriter::operation_of(const OutputRecord &node, Place place)
     return with_operations_ ? written_operation(node, place.operation) : WrittenOperation{nullptr, place.operation};
 }
 
-/// Starts a member or an array's element: all but the first have a comma before them.
-void JsonWriter::next(unsigned int level)
+/// Starts a member or an array's element: all but the first have a comma before them. `room`: as much more may be put.
+void JsonWriter::next(unsigned int level, std::size_t room)
 {
-    if (buffer_.size() >= buffer_size) {
-        flush();
-    }
+    text_.reserve(2 + 2 * std::size_t{level} + room);
     if (after_value_) {
-        buffer_ += ',';
+        text_.put(',');
     }
     after_value_ = false;
-    buffer_.append("\n").append(2 * std::size_t{level}, ' ');
+    text_.put('\n');
+    text_.indent(level);
+}
+
+/// Ends a line and begins another one.
+void JsonWriter::end_line(unsigned int level)
+{
+    text_.reserve(1 + 2 * std::size_t{level});
+    text_.put('\n');
+    text_.indent(level);
 }
 
 void JsonWriter::members(const OutputRecord &node, Place place)
@@ -88,7 +113,6 @@ void JsonWriter::members(const OutputRecord &node, Place place)
             member(child, place);
         } else if (std::ranges::find(done, child.info()) == done.end()) {
             done.push_back(child.info());
-            next(place.level);
             name(child, place);
             array(child, place);
         }
@@ -97,7 +121,6 @@ void JsonWriter::members(const OutputRecord &node, Place place)
 
 void JsonWriter::member(const OutputRecord &node, Place place)
 {
-    next(place.level);
     name(node, place);
     const bool is_leaf = Records(node.first_child()).empty() && !node.info()->is_container();
     if (is_leaf) {
@@ -111,7 +134,7 @@ void JsonWriter::member(const OutputRecord &node, Place place)
 
 void JsonWriter::array(const OutputRecord &first, Place place)
 {
-    buffer_ += '[';
+    text_.append("[");
     after_value_ = false;
     const Place inner{place.ns, place.operation, place.level + 1};
     for_each_alike(first, [&](const OutputRecord &node) {
@@ -123,7 +146,8 @@ void JsonWriter::array(const OutputRecord &first, Place place)
             after_value_ = true;
         }
     });
-    buffer_.append("\n").append(2 * std::size_t{place.level}, ' ').append("]");
+    end_line(place.level);
+    text_.append("]");
     after_value_ = true;
     if (!first.list_entry) {
         leaf_annotations(first, place, true);
@@ -132,57 +156,65 @@ void JsonWriter::array(const OutputRecord &first, Place place)
 
 void JsonWriter::object(const OutputRecord &node, const WrittenOperation &operation, Place place)
 {
-    buffer_ += '{';
+    text_.append("{");
     after_value_ = false;
     if (operation.name != nullptr) {
         next(place.level + 1);
-        buffer_.append("\"@\": {\"ietf-netconf:operation\": \"").append(operation.name).append("\"}");
+        text_.append("\"@\": ");
+        text_.append(annotation(operation.name));
         after_value_ = true;
     }
     members(node, {node.ns(), operation.effective, place.level + 1});
     if (after_value_) {
-        buffer_.append("\n").append(2 * std::size_t{place.level}, ' ');
+        end_line(place.level);
     }
-    buffer_ += '}';
+    text_.append("}");
     after_value_ = true;
 }
 
 void JsonWriter::leaf_annotations(const OutputRecord &first, Place place, bool is_array)
 {
-    std::string annotations;
-    bool any = false;
-    const auto annotate = [&](const OutputRecord &node) {
-        const char *operation = operation_of(node, place).name;
-        annotations += annotations.empty() ? "" : ", ";
-        if (operation == nullptr) {
-            annotations += "null";
-        } else {
-            annotations.append("{\"ietf-netconf:operation\": \"").append(operation).append("\"}");
-        }
-        any = any || operation != nullptr;
-    };
-    if (is_array) {
-        for_each_alike(first, annotate);
-    } else {
-        annotate(first);
+    const auto operation = [&](const OutputRecord &node) { return operation_of(node, place).name; };
+    bool any = operation(first) != nullptr;
+    if (is_array && with_operations_) {
+        for_each_alike(first, [&](const OutputRecord &node) { any = any || operation(node) != nullptr; });
     }
     if (!any) {
         return;
     }
-    next(place.level);
     name(first, place, "@");
-    buffer_ += is_array ? "[" + annotations + "]" : annotations;
+    bool is_first = true;
+    const auto annotate = [&](const OutputRecord &node) {
+        text_.append(is_first ? "" : ", ");
+        text_.append(operation(node) == nullptr ? "null" : annotation(operation(node)));
+        is_first = false;
+    };
+    if (is_array) {
+        text_.append("[");
+        for_each_alike(first, annotate);
+        text_.append("]");
+    } else {
+        annotate(first);
+    }
     after_value_ = true;
 }
 
-void JsonWriter::name(const OutputRecord &node, Place place, const char *mark)
+/// Starts the member of `node`, up to its value.
+void JsonWriter::name(const OutputRecord &node, Place place, std::string_view mark)
 {
-    buffer_.append("\"").append(mark);
+    const std::string_view tag = node.info()->name();
+    const std::size_t rest = tag.size() + 3;
+    next(place.level, 1 + mark.size() + rest);
+    text_.put('"');
+    text_.put(mark);
     if (place.ns == nullptr || (place.ns != node.ns() && std::strcmp(place.ns, node.ns()) != 0)) {
         const SchemaModule *const module = schema_.module_of(node.ns());
-        buffer_.append(module == nullptr ? node.ns() : module->name.c_str()).append(":");
+        text_.append(module == nullptr ? node.ns() : module->name.c_str());
+        text_.append(":");
+        text_.reserve(rest);
     }
-    buffer_.append(node.tag()).append("\": ");
+    text_.put(tag);
+    text_.put("\": ");
 }
 
 void JsonWriter::value(const OutputRecord &leaf)
@@ -191,38 +223,17 @@ void JsonWriter::value(const OutputRecord &leaf)
     const ValueForm type = leaf.info()->schema->form;
     const std::string_view given = value == nullptr ? "" : value;
     if (type == ValueForm::empty && given.empty()) {
-        buffer_ += "[null]";
+        text_.append("[null]");
     } else if (value == nullptr) {
-        buffer_ += "null";
+        text_.append("null");
     } else if ((type == ValueForm::number && is_number(given)) ||
                (type == ValueForm::boolean && (given == "true" || given == "false"))) {
-        buffer_ += given;
+        text_.append(given);
     } else {
-        text(given);
+        text_.append("\"");
+        text_.append_escaped(value, plain, escape_of);
+        text_.append("\"");
     }
-}
-
-void JsonWriter::text(std::string_view text)
-{
-    buffer_ += '"';
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            buffer_.append(1, '\\').append(1, c);
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned int>(c));
-            buffer_ += escape;
-        } else {
-            buffer_ += c;
-        }
-    }
-    buffer_ += '"';
-}
-
-void JsonWriter::flush()
-{
-    good_ = good_ && sink_(buffer_);
-    buffer_.clear();
 }
 
 } // namespace tqm

@@ -1,8 +1,12 @@
 // Writes built trees as JSON (RFC 7951, with operations as metadata of RFC 7952), straight to its sink.
 #pragma once
 
-#include "documents/xml_writer.h"
+#include <string_view>
+#include <vector>
+
+#include "documents/text_buffer.h"
 #include "tqm/schema.h"
+#include "trees/output.h"
 
 namespace tqm
 {
@@ -10,7 +14,7 @@ namespace tqm
 class JsonWriter
 {
 public:
-    JsonWriter(const Schema &schema, Sink sink) : schema_(schema), sink_(std::move(sink)) {}
+    JsonWriter(const Schema &schema, Sink sink) : schema_(schema), text_(std::move(sink)) {}
 
     /// One object with the member "ietf-netconf:<wrapper>", which holds the trees, or, if `wrapper` is empty, with the
     /// trees themselves. False if the sink failed.
@@ -27,19 +31,16 @@ private:
     void array(const OutputRecord &first, Place place);
     void object(const OutputRecord &node, const WrittenOperation &operation, Place place);
     void leaf_annotations(const OutputRecord &first, Place place, bool is_array);
-    void name(const OutputRecord &node, Place place, const char *mark = "");
+    void name(const OutputRecord &node, Place place, std::string_view mark = {});
     void value(const OutputRecord &leaf);
-    void text(std::string_view text);
-    void next(unsigned int level);
-    void flush();
+    void next(unsigned int level, std::size_t room = 0);
+    void end_line(unsigned int level);
     WrittenOperation operation_of(const OutputRecord &node, Place place) const;
 
     const Schema &schema_;
-    Sink sink_;
-    std::string buffer_;
+    TextBuffer text_;
     bool with_operations_ = false;
     bool after_value_ = false; ///< the next member or element needs a comma
-    bool good_ = true;
 };
 
 } // namespace tqm

@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_map>
 #include <utility>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "documents/element_reader.h"
 #include "documents/read_tree.h"
@@ -16,31 +19,37 @@ namespace
 {
 
 constexpr unsigned int depth_max = 256;
+constexpr std::size_t large_document = std::size_t{1} << 20;
+
+/// The object of a large document takes as much memory as the tree that is made of it; kept for later use, it would
+/// stand beside the output, which takes its own in other sizes.
+void give_memory_back()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
 
 /// What a node without an operation of its own has from the nodes around it.
 enum class Inherited { nothing, create, none };
 
-/// The number of child elements; `split` tells whether other children cut the text into pieces.
-uint32_t count_elements(pugi::xml_node element, bool &split)
-{
-    uint32_t count = 0;
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_element) {
-            ++count;
-        } else {
-            split = true;
-        }
-    }
-    return count;
-}
-
 void replace_all(const LoadRules &rules, const LoadTarget &target);
+
+/// What an element stands in.
+struct Around {
+    const rdl_tqm_datatree *record; ///< null at the top
+    const PathInfo *info;           ///< null where nothing is known
+    Inherited inherited;
+    unsigned int depth;     ///< of the element, from 1
+    std::size_t first_seen; ///< of its siblings, among all that are seen
+};
 
 class TreeLoader
 {
 public:
     TreeLoader(const LoadRules &rules, const LoadTarget &target, const DocumentContent &content)
-        : rules_(rules), target_(target), content_(content), reader_(rules, target, content)
+        : rules_(rules), target_(target), content_(content), reader_(rules, target, content),
+          is_client_edit_(reader_.is_edit() && !reader_.is_reverse())
     {
     }
 
@@ -51,18 +60,18 @@ private:
     bool is_registered(const XmlName &name, const char *&expected_ns) const;
     bool check_top(const XmlName &name, pugi::xml_node element);
     bool is_passed_over(const XmlName &name);
-    bool convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *outer, Inherited inherited,
-                 unsigned int depth, bool &left_out);
-    bool convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info, Inherited inherited,
-                          unsigned int depth, uint32_t count);
+    bool convert(pugi::xml_node element, rdl_tqm_datatree &record, const Around &around, bool &left_out);
+    bool name(pugi::xml_node element, rdl_tqm_datatree &record, const Around &around, const PathInfo *&info);
+    bool push_children(pugi::xml_node element);
+    bool convert_children(rdl_tqm_datatree &record, const Around &around, std::size_t first);
     bool deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &list);
     void note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record);
     void keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatree &record, bool split, const PathInfo *info);
     Inherited take_operation(rdl_tqm_datatree &record, Inherited inherited, bool is_key) const;
-    bool text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
-              const PathInfo *info);
-    bool check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &outer,
-                     const PathInfo &outer_info);
+    bool text(pugi::xml_node element, rdl_tqm_datatree &record, bool has_children, bool split, const PathInfo *info);
+    bool check_place(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &info,
+                     const Around &around);
+    bool is_repeated(const PathInfo &info, const char *ns, std::size_t first_seen);
     bool fail(ErrorTag tag, std::string text, pugi::xml_node element, std::string attribute = {})
     {
         return reader_.fail(tag, std::move(text), element, std::move(attribute));
@@ -72,13 +81,16 @@ private:
     const LoadTarget &target_;
     const DocumentContent &content_;
     ElementReader reader_;
+    const bool is_client_edit_;
     const char *top_ns_ = nullptr;
-    struct Place {
-        const void *parent = nullptr;
-        const char *ns = nullptr;
-        friend bool operator==(const Place &, const Place &) = default;
+
+    /// A node that is one in its parent, and the namespace that it had last.
+    struct Seen {
+        const PathInfo *info;
+        const char *ns;
     };
-    std::unordered_map<const PathInfo *, Place> last_seen_;
+    std::vector<pugi::xml_node> children_; ///< elements of all nodes that are being converted, innermost last
+    std::vector<Seen> seen_;               ///< the same of the nodes that were
 };
 
 std::vector<pugi::xml_node> TreeLoader::elements()
@@ -110,6 +122,7 @@ Expected<void> TreeLoader::run()
     if (reader_.is_edit() && content_.default_operation == DefaultOperation::none) {
         inherited = Inherited::none;
     }
+    const Around top{nullptr, nullptr, inherited, 1, 0};
 
     uint32_t count = 0;
     for (std::size_t i = 0; !reader_.has_failed() && i < tops.size(); ++i) {
@@ -129,7 +142,7 @@ Expected<void> TreeLoader::run()
                  std::string("a request has one tree, and <") + tops[i].name() + "> is a second one", tops[i]);
         }
         bool left_out = false;
-        if (reader_.has_failed() || !convert(tops[i], trees[count], nullptr, inherited, 1, left_out)) {
+        if (reader_.has_failed() || !convert(tops[i], trees[count], top, left_out)) {
             break;
         }
         if (reader_.is_edit() && content_.default_operation == DefaultOperation::replace &&
@@ -205,15 +218,40 @@ bool TreeLoader::is_passed_over(const XmlName &name)
     if (rules_.keeps_left_out) {
         rdl_tqm_datatree top{};
         top.tag = target_.arena.keep(name.local);
-        top.ns = reader_.kept_ns(name.ns);
+        top.ns = name.ns;
         target_.tree.leave_out({nullptr, 0, top, "it is of another module, and selects nothing"});
     }
     return true;
 }
 
-bool TreeLoader::convert(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *outer, Inherited inherited,
-                         unsigned int depth, bool &left_out)
+/// Gives `record` its tag, at an address that no other element's has (walks tell nodes by it), and its namespace.
+bool TreeLoader::name(pugi::xml_node element, rdl_tqm_datatree &record, const Around &around, const PathInfo *&info)
 {
+    // The common case: no tag of a schema holds a colon, so what has the name of a known child has no prefix.
+    const char *const qualified = element.name();
+    info = around.info == nullptr ? nullptr : around.info->child(qualified);
+    if (info != nullptr && reader_.default_ns() != nullptr) {
+        record.tag = reader_.kept(qualified);
+        record.ns = reader_.default_ns();
+        return true;
+    }
+    const auto name = reader_.name_of(element);
+    if (!name) {
+        return false;
+    }
+    if (around.depth == 1) {
+        info = target_.paths.find(name->local);
+    } else if (around.info != nullptr) {
+        info = around.info->child(name->local);
+    }
+    record.tag = reader_.kept(name->local);
+    record.ns = name->ns;
+    return true;
+}
+
+bool TreeLoader::convert(pugi::xml_node element, rdl_tqm_datatree &record, const Around &around, bool &left_out)
+{
+    const unsigned int depth = around.depth;
     if (depth > depth_max) {
         return fail(ErrorTag::too_big, "the request is nested deeper than " + std::to_string(depth_max) + " elements",
                     element.parent());
@@ -223,44 +261,39 @@ bool TreeLoader::convert(pugi::xml_node element, rdl_tqm_datatree &record, const
     if (has_attributes && reader_.declares_too_much()) {
         return fail(ErrorTag::too_big, "too many namespaces are declared", element);
     }
-    const auto name = reader_.name_of(element);
-    if (!name) {
+    const PathInfo *info = nullptr;
+    if (!name(element, record, around, info)) {
         return false;
     }
-    record.tag = target_.arena.keep(name->local);
-    record.ns = reader_.kept_ns(name->ns);
     if (has_attributes && !reader_.attributes(element, record)) {
         return false;
     }
     if (depth == 1) {
         top_ns_ = record.ns;
-    } else if (reader_.is_edit() && !reader_.is_reverse() && record.ns != top_ns_) {
+    } else if (is_client_edit_ && record.ns != top_ns_) {
         note_foreign(element, record);
     }
 
-    bool split = false;
-    const uint32_t child_elements = count_elements(element, split);
-    const bool is_key = outer != nullptr && outer->has_key(name->local);
+    const std::size_t first_child = children_.size();
+    const bool split = push_children(element);
+    const bool has_children = children_.size() != first_child;
+    const bool is_key = info != nullptr ? info->is_key : around.info != nullptr && around.info->has_key(record.tag);
     const bool has_operation = (record.present & TQM_PRESENT_OPERATION) != 0;
-    const bool deleted = reader_.is_edit() && !reader_.is_reverse() && tqm_map_is_request_delete(&record) != 0;
+    const bool deleted = is_client_edit_ && tqm_map_is_request_delete(&record) != 0;
     if (is_key && has_operation && !deleted && !reader_.is_reverse()) {
         return fail(ErrorTag::bad_attribute, "the key of a list entry carries no operation of its own", element,
                     "operation");
     }
     // Under the default-operation none a leaf that says nothing is not part of the edit.
-    left_out = inherited == Inherited::none && !has_operation && child_elements == 0 && !is_key && depth > 1;
-    inherited = take_operation(record, inherited, is_key);
-    const PathInfo *info = depth == 1 ? target_.paths.find(name->local) : nullptr;
-    if (outer != nullptr) {
-        info = outer->child(name->local);
-    }
+    left_out = around.inherited == Inherited::none && !has_operation && !has_children && !is_key && depth > 1;
+    const Inherited inherited = take_operation(record, around.inherited, is_key);
     // What is deleted needs no value; a mapper that passed one on would set it.
-    if (deleted && !is_key && child_elements == 0) {
+    if (deleted && !is_key && !has_children) {
         keep_deleted_text(element, record, split, info);
-    } else if (!text(element, record, child_elements, split, info)) {
+    } else if (!text(element, record, has_children, split, info)) {
         return false;
     }
-    if (child_elements != 0 && !convert_children(element, record, info, inherited, depth, child_elements)) {
+    if (has_children && !convert_children(record, {&record, info, inherited, depth + 1, seen_.size()}, first_child)) {
         return false;
     }
     if (deleted && info != nullptr && info->is_list() && !deletes_entry_only(element, record, *info)) {
@@ -269,7 +302,21 @@ bool TreeLoader::convert(pugi::xml_node element, rdl_tqm_datatree &record, const
     if (has_attributes) {
         reader_.leave(mark);
     }
-    return true;
+    return depth == 1 || info == nullptr || check_place(element, record, *info, around);
+}
+
+/// Puts the child elements of `element` on top of the others. True if other children cut its text into pieces.
+bool TreeLoader::push_children(pugi::xml_node element)
+{
+    bool split = false;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element) {
+            children_.push_back(child);
+        } else {
+            split = true;
+        }
+    }
+    return split;
 }
 
 /// A delete covers all that an entry holds; content beside the keys would be mapped as if it were to be merged.
@@ -286,26 +333,33 @@ bool TreeLoader::deletes_entry_only(pugi::xml_node element, const rdl_tqm_datatr
 /// Leaves have no children, and only lists and leaf-lists more than one instance (RFC 7950, section 3). A filter may
 /// name a node again, and what matches nothing; an element of another module may have a known name; keys of a request
 /// are counted by the walkers.
-bool TreeLoader::check_child(pugi::xml_node element, const rdl_tqm_datatree &child, const rdl_tqm_datatree &outer,
-                             const PathInfo &outer_info)
+bool TreeLoader::check_place(pugi::xml_node element, const rdl_tqm_datatree &record, const PathInfo &info,
+                             const Around &around)
 {
-    const PathInfo *const info = outer_info.child(child.tag);
     const bool is_filter = !reader_.is_edit() && !reader_.is_reverse();
-    if (is_filter || info == nullptr) {
+    if (is_filter) {
         return true;
     }
-    if ((info->is_leaf() || info->is_leaf_list()) && child.subtree_count != 0 && child.ns == outer.ns) {
+    if (record.subtree_count != 0 && (info.is_leaf() || info.is_leaf_list()) && record.ns == around.record->ns) {
         return fail(ErrorTag::bad_element, "a leaf holds no child elements", element);
     }
-    const bool is_single = info->is_container() || (info->is_leaf() && (reader_.is_reverse() || !info->is_key));
-    if (!is_single) {
-        return true;
-    }
-    const Place place{&outer, child.ns};
-    if (std::exchange(last_seen_[info], place) == place) {
-        return fail(ErrorTag::bad_element, std::string("the element <") + child.tag + "> stands twice", element);
+    const bool is_single = info.is_container() || (info.is_leaf() && (reader_.is_reverse() || !info.is_key));
+    if (is_single && is_repeated(info, record.ns, around.first_seen)) {
+        return fail(ErrorTag::bad_element, std::string("the element <") + record.tag + "> stands twice", element);
     }
     return true;
+}
+
+/// A node has few single children, however many entries it has: they are looked through.
+bool TreeLoader::is_repeated(const PathInfo &info, const char *ns, std::size_t first_seen)
+{
+    for (std::size_t i = first_seen; i < seen_.size(); ++i) {
+        if (seen_[i].info == &info) {
+            return std::exchange(seen_[i].ns, ns) == ns;
+        }
+    }
+    seen_.push_back({&info, ns});
+    return false;
 }
 
 void TreeLoader::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &record)
@@ -325,29 +379,25 @@ void TreeLoader::note_foreign(pugi::xml_node element, const rdl_tqm_datatree &re
     target_.tree.note_foreign(record.tag, std::move(error));
 }
 
-bool TreeLoader::convert_children(pugi::xml_node element, rdl_tqm_datatree &record, const PathInfo *info,
-                                  Inherited inherited, unsigned int depth, uint32_t count)
+/// `first`: where the children of the node begin among those that are being converted.
+bool TreeLoader::convert_children(rdl_tqm_datatree &record, const Around &around, std::size_t first)
 {
+    const std::size_t count = children_.size() - first;
     auto *children = target_.arena.make_array<rdl_tqm_datatree>(count);
     uint32_t filled = 0;
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element) {
-            continue;
-        }
+    for (std::size_t i = 0; i < count; ++i) {
         bool left_out = false;
-        children[filled] = {};
-        if (!convert(child, children[filled], info, inherited, depth + 1, left_out)) {
-            return false;
-        }
-        if (info != nullptr && !check_child(child, children[filled], record, *info)) {
+        if (!convert(children_[first + i], children[filled], around, left_out)) {
             return false;
         }
         if (!left_out) {
             ++filled;
         } else {
-            target_.tree.leave_out({&record, filled, children[filled]});
+            target_.tree.leave_out({&record, filled, std::exchange(children[filled], {})});
         }
     }
+    children_.resize(first);
+    seen_.resize(around.first_seen);
     record.subtree = children;
     record.subtree_count = filled;
     record.present |= TQM_PRESENT_SUBTREE;
@@ -378,31 +428,30 @@ void TreeLoader::keep_deleted_text(pugi::xml_node element, const rdl_tqm_datatre
         return;
     }
     target_.tree.keep_deleted_text(record, info != nullptr && info->schema->unspaced ? reader_.trimmed(value)
-                                                                                     : target_.arena.keep(value));
+                                                                                     : reader_.kept(value));
 }
 
-bool TreeLoader::text(pugi::xml_node element, rdl_tqm_datatree &record, uint32_t child_elements, bool split,
+bool TreeLoader::text(pugi::xml_node element, rdl_tqm_datatree &record, bool has_children, bool split,
                       const PathInfo *info)
 {
     const bool is_container = info != nullptr && info->is_container();
     const char *value = reader_.whole_text(element, split);
     // White space is the value of a text (RFC 7950, section 9.4), where an edit gives it to one.
     const bool holds_text = info != nullptr && (info->is_leaf() || info->is_leaf_list()) && !info->schema->unspaced;
-    const bool is_text =
-        reader_.is_edit() && !reader_.is_reverse() && holds_text && *value != '\0' && child_elements == 0;
-    if (is_blank(value) && !is_text) {
+    const bool is_text = is_client_edit_ && holds_text && *value != '\0' && !has_children;
+    if (!is_text && is_blank(value)) {
         // Of an answer an empty element may be a leaf whose presence says all; of a request it has no value.
-        if (!reader_.is_reverse() || child_elements != 0 || is_container) {
+        if (!reader_.is_reverse() || has_children || is_container) {
             return true;
         }
         value = "";
-    } else if (child_elements != 0) {
+    } else if (has_children) {
         return fail(ErrorTag::bad_element, "an element holds text beside its child elements", element);
     } else if (is_container) {
         return fail(ErrorTag::bad_element, "a container holds no text", element);
     }
     const bool as_it_is = reader_.is_filter() || info == nullptr || !info->schema->unspaced;
-    record.value = as_it_is ? target_.arena.keep(value) : reader_.trimmed(value);
+    record.value = as_it_is ? reader_.kept(value) : reader_.trimmed(value);
     record.present |= TQM_PRESENT_VALUE;
     return true;
 }
@@ -438,7 +487,7 @@ void replace_all(const LoadRules &rules, const LoadTarget &target)
 
 Expected<void> load_tree(Document document, const LoadRules &rules, const LoadTarget &target)
 {
-    const std::unique_ptr<DocumentContent> content = DocumentAccess::take(std::move(document));
+    std::unique_ptr<DocumentContent> content = DocumentAccess::take(std::move(document));
     if (content->selects_all) {
         select_all(rules, target);
         return {};
@@ -446,6 +495,11 @@ Expected<void> load_tree(Document document, const LoadRules &rules, const LoadTa
     target.tree.own(content->buffer);
     target.arena.keep_alive(content->buffer.get(), content->size);
     Expected<void> loaded = TreeLoader(rules, target, *content).run();
+    const bool is_large = content->size >= large_document;
+    content.reset();
+    if (is_large) {
+        give_memory_back();
+    }
     if (loaded && rules.kind.is_forward() && rules.kind.is_read()) {
         target.tree.keep_filter();
         make_read_tree(rules, target);

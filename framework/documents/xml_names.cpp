@@ -19,7 +19,18 @@ std::size_t XmlScope::enter(pugi::xml_node element)
             bindings_.push_back({name[5] == ':' ? name + 6 : "", attribute.value()});
         }
     }
+    if (bindings_.size() != mark) {
+        default_ns_ = find("");
+    }
     return mark;
+}
+
+void XmlScope::leave(std::size_t mark)
+{
+    if (bindings_.size() != mark) {
+        bindings_.resize(mark);
+        default_ns_ = find("");
+    }
 }
 
 const char *XmlScope::find(std::string_view prefix) const
@@ -39,7 +50,7 @@ std::optional<XmlName> XmlScope::element_name(const char *qualified) const
 {
     const char *colon = std::strchr(qualified, ':');
     if (colon == nullptr) {
-        return XmlName{find(""), qualified};
+        return XmlName{default_ns_, qualified};
     }
     const char *uri = find({qualified, static_cast<std::size_t>(colon - qualified)});
     if (uri == nullptr) {

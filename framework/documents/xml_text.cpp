@@ -34,7 +34,8 @@ bool is_good_reference(std::string_view name)
 
 bool is_declared_utf8(std::string_view text)
 {
-    if (text.find('\0') < 4 || text.starts_with("\xfe\xff") || text.starts_with("\xff\xfe")) {
+    if (text.substr(0, 4).find('\0') != std::string_view::npos || text.starts_with("\xfe\xff") ||
+        text.starts_with("\xff\xfe")) {
         return false;
     }
     text.remove_prefix(text.starts_with("\xef\xbb\xbf") ? 3 : 0);

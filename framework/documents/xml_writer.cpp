@@ -8,7 +8,8 @@ namespace tqm
 namespace
 {
 
-constexpr std::size_t buffer_size = std::size_t{1} << 16;
+constexpr PlainBytes plain_in_text("&<>");
+constexpr PlainBytes plain_in_attribute("&<>\"");
 
 /// True below an entry that goes away with all that it holds. A container that goes away is set anew by what is below.
 bool is_in_removed_entry(const OutputRecord &node)
@@ -23,8 +24,8 @@ bool is_in_removed_entry(const OutputRecord &node)
     return false;
 }
 
-/// What stands for `c` in a document, null if it stands for itself.
-const char *escape_of(char c, bool in_attribute)
+/// What stands in a document for a character that is not plain.
+std::string_view escape_of(char c, bool in_attribute)
 {
     switch (c) {
     case '&':
@@ -34,28 +35,39 @@ const char *escape_of(char c, bool in_attribute)
     case '>':
         return "&gt;";
     case '"':
-        return in_attribute ? "&quot;" : nullptr;
+        return "&quot;";
     case '\r':
         return "&#13;";
     case '\n':
-        return in_attribute ? "&#10;" : nullptr;
+        return in_attribute ? "&#10;" : "\n";
     case '\t':
-        return in_attribute ? "&#9;" : nullptr;
+        return in_attribute ? "&#9;" : "\t";
     default:
         // Other control characters exist in no XML document, not even as references.
-        return static_cast<unsigned char>(c) < 0x20 ? "\xef\xbf\xbd" : nullptr;
+        return "\xef\xbf\xbd";
     }
+}
+
+std::string_view escape_in_text(char c)
+{
+    return escape_of(c, false);
+}
+
+std::string_view escape_in_attribute(char c)
+{
+    return escape_of(c, true);
 }
 
 } // namespace
 
 WrittenOperation written_operation(const OutputNode &node, uint32_t outer_operation)
 {
-    const uint32_t operation = node.operation().value_or(outer_operation);
+    const OutputRecord &record = record_of(node);
+    const uint32_t operation = record.operation().value_or(outer_operation);
     if (operation == outer_operation) {
         return {nullptr, outer_operation};
     }
-    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_in_removed_entry(record_of(node)));
+    const bool needless = operation == TQM_OP_MERGE && (node.is_key() || is_in_removed_entry(record));
     const bool written = operation < operation_names.size() && !needless;
     return {written ? operation_names[operation] : nullptr, operation};
 }
@@ -64,19 +76,21 @@ bool XmlWriter::write(std::string_view wrapper, std::string_view attributes,
                       const std::vector<const OutputNode *> &trees, bool with_operations)
 {
     with_operations_ = with_operations;
-    buffer_.reserve(buffer_size + 4096);
-    buffer_.append("<").append(wrapper).append(attributes);
+    text_.append("<");
+    text_.append(wrapper);
+    text_.append(attributes);
     if (trees.empty()) {
-        buffer_ += "/>\n";
+        text_.append("/>\n");
     } else {
-        buffer_ += ">\n";
+        text_.append(">\n");
         for (const OutputNode *tree : trees) {
             node(record_of(*tree), nullptr, TQM_OP_MERGE, 1);
         }
-        buffer_.append("</").append(wrapper).append(">\n");
+        text_.append("</");
+        text_.append(wrapper);
+        text_.append(">\n");
     }
-    flush();
-    return good_;
+    return text_.flush();
 }
 
 bool XmlWriter::write(std::string_view attributes, const std::vector<const OutputNode *> &trees, bool with_operations)
@@ -86,67 +100,56 @@ bool XmlWriter::write(std::string_view attributes, const std::vector<const Outpu
     for (const OutputNode *tree : trees) {
         node(record_of(*tree), nullptr, TQM_OP_MERGE, 0);
     }
-    flush();
-    return good_;
+    return text_.flush();
 }
 
 void XmlWriter::node(const OutputRecord &node, const char *outer_ns, uint32_t outer_operation, unsigned int level)
 {
-    if (buffer_.size() >= buffer_size) {
-        flush();
-    }
-    const std::string_view tag = node.tag();
-    buffer_.append(2 * std::size_t{level}, ' ').append("<").append(tag);
+    constexpr std::size_t marks = 8; // more than stand around a tag
+    const std::string_view tag = node.info()->name();
+    const std::size_t line = 2 * std::size_t{level} + tag.size() + marks;
+    text_.reserve(line);
+    text_.indent(level);
+    text_.put('<');
+    text_.put(tag);
     if (outer_ns == nullptr || (outer_ns != node.ns() && std::strcmp(outer_ns, node.ns()) != 0)) {
-        buffer_ += " xmlns=\"";
-        escaped(node.ns(), true);
-        buffer_ += '"';
+        text_.append(" xmlns=\"");
+        text_.append_escaped(node.ns(), plain_in_attribute, escape_in_attribute);
+        text_.append("\"");
     }
     if (outer_ns == nullptr) {
-        buffer_ += top_attributes_;
+        text_.append(top_attributes_);
     }
     if (with_operations_) {
         const WrittenOperation written = written_operation(node, outer_operation);
         if (written.name != nullptr) {
-            buffer_.append(" nc:operation=\"").append(written.name).append("\"");
+            text_.append(" nc:operation=\"");
+            text_.append(written.name);
+            text_.append("\"");
         }
         outer_operation = written.effective;
     }
+
     const Records children(node.first_child());
     const bool has_text = node.value != nullptr && *node.value != '\0';
     if (!children.empty()) {
-        buffer_ += ">\n";
+        text_.append(">\n");
         for (const OutputRecord &child : children) {
             this->node(child, node.ns(), outer_operation, level + 1);
         }
-        buffer_.append(2 * std::size_t{level}, ' ').append("</").append(tag).append(">\n");
+        text_.reserve(line);
+        text_.indent(level);
     } else if (has_text) {
-        buffer_ += '>';
-        escaped(node.value, false);
-        buffer_.append("</").append(tag).append(">\n");
+        text_.append(">");
+        text_.append_escaped(node.value, plain_in_text, escape_in_text);
+        text_.reserve(line);
     } else {
-        buffer_ += "/>\n";
+        text_.append("/>\n");
+        return;
     }
-}
-
-void XmlWriter::escaped(std::string_view text, bool in_attribute)
-{
-    std::size_t plain = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const char *escape = escape_of(text[at], in_attribute);
-        if (escape == nullptr) {
-            continue;
-        }
-        buffer_.append(text, plain, at - plain).append(escape);
-        plain = at + 1;
-    }
-    buffer_.append(text, plain);
-}
-
-void XmlWriter::flush()
-{
-    good_ = good_ && sink_(buffer_);
-    buffer_.clear();
+    text_.put("</");
+    text_.put(tag);
+    text_.put(">\n");
 }
 
 } // namespace tqm

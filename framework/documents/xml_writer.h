@@ -2,22 +2,19 @@
 // document object.
 #pragma once
 
-#include <cstdio>
-#include <functional>
-#include <string>
 #include <string_view>
+#include <vector>
 
+#include "documents/text_buffer.h"
 #include "trees/output.h"
 
 namespace tqm
 {
 
-using Sink = std::function<bool(std::string_view)>;
-
 class XmlWriter
 {
 public:
-    explicit XmlWriter(Sink sink) : sink_(std::move(sink)) {}
+    explicit XmlWriter(Sink sink) : text_(std::move(sink)) {}
 
     /// The start tag of the wrapper with `attributes` (ready-made text, with its leading blank), the trees, the end
     /// tag. `with_operations` writes nc:operation attributes: the prefix nc must then be among the attributes. False
@@ -30,14 +27,10 @@ public:
 
 private:
     void node(const OutputRecord &node, const char *outer_ns, uint32_t outer_operation, unsigned int level);
-    void escaped(std::string_view text, bool in_attribute);
-    void flush();
 
-    Sink sink_;
-    std::string buffer_;
+    TextBuffer text_;
     std::string_view top_attributes_; ///< of the trees' start tags
     bool with_operations_ = false;
-    bool good_ = true;
 };
 
 } // namespace tqm

@@ -48,10 +48,7 @@ struct PathInfo {
     /// Key leaves of a list; none of what is no list.
     const std::vector<std::string> &keys() const { return schema->keys; }
     bool has_key(std::string_view name) const { return std::find(keys().begin(), keys().end(), name) != keys().end(); }
-    bool is_called(std::string_view name) const
-    {
-        return name.size() == tag_length && std::memcmp(name.data(), tag, tag_length) == 0;
-    }
+    std::string_view name() const { return {tag, tag_length}; }
 
     /// The leaf that repeats a key of the entry around it, as OpenConfig's lists have it: "policy/config/name".
     bool repeats_key() const
@@ -64,7 +61,7 @@ struct PathInfo {
     const PathInfo *child(std::string_view child_tag) const
     {
         const PathInfo *info = first_child;
-        while (info != nullptr && !info->is_called(child_tag)) {
+        while (info != nullptr && info->name() != child_tag) {
             info = info->next_sibling;
         }
         return info;

@@ -247,7 +247,13 @@ TEST_F(Frameworks, what_was_printed_is_read_as_the_same)
     tqm::Schema leaves = schema();
     leaves.add({.path = "/oc/policy/a", .ns = oc_ns, .kind = tqm::NodeKind::leaf}); // which may be blank
     tqm::Framework with_leaves{plugin, leaves};
-    for (const std::string text : {"a]]>b'\"&lt;\r\t\n  \xf0\x9f\x94\x91\\u0041", "]]>", "\r", "'", " \r\n "}) {
+    std::string large; // for whatever is between node and sink
+    for (int i = 0; i < 50000; ++i) {
+        large += "a<\"";
+    }
+    for (const std::string &text :
+         {std::string("a]]>b'\"&lt;\r\t\n  \xf0\x9f\x94\x91\\u0041"), std::string("]]>"), std::string("\r"),
+          std::string("'"), std::string(" \r\n "), std::string(200000, 'a'), large}) {
         native.data = node("pol", {node("policy", {leaf("name", "P"), leaf("a", text)})});
         for (const tqm::Format format : {tqm::Format::xml, tqm::Format::json}) {
             std::string printed;

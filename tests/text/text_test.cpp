@@ -73,4 +73,22 @@ TEST(LineIndex, CountsLinesAndColumnsFromOne)
     EXPECT_EQ(text::LineIndex("").place_of(0), "line 1, column 1");
 }
 
+// Each byte of a word may end a line, beside blanks and beside what is no ASCII.
+TEST(Characters, AreSearchedAndLinesCountedInOnePass)
+{
+    for (const std::string end : {"\n", "\r\n", "\n\n", "\t\n\t", "\xc3\xa9\n", "\n\xf0\x9f\x94\x91", "\x7f\n"}) {
+        for (std::size_t before = 0; before < 20; ++before) {
+            const std::string good = std::string(before, 'a') + end + std::string(11, 'b') + end + "c";
+            for (const std::string &bytes : {good, good + "\x01", good + "\x01\n\n"}) {
+                text::LineIndex lines;
+                const std::size_t bad = text::find_bad_character(bytes, lines);
+                EXPECT_EQ(bad, bytes == good ? std::string::npos : good.size());
+                for (std::size_t offset = 0; offset < good.size(); ++offset) {
+                    EXPECT_EQ(lines.place_of(offset), text::LineIndex(bytes).place_of(offset)) << before;
+                }
+            }
+        }
+    }
+}
+
 } // namespace

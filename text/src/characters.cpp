@@ -1,8 +1,11 @@
 #include "text/characters.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "text/line_index.h"
 
 namespace text
 {
@@ -22,14 +25,64 @@ std::size_t sequence_length(unsigned char first)
     return first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
 }
 
-// True for eight bytes of ASCII none of which can be a control character.
-bool is_plain(const char *text)
+// What is the same for each byte of a word.
+constexpr std::uint64_t each(std::uint64_t byte)
 {
-    constexpr std::uint64_t high = 0x8080808080808080U;
-    constexpr std::uint64_t blanks = 0x2020202020202020U;
-    std::uint64_t word;
-    std::memcpy(&word, text, 8);
-    return ((word | (word - blanks)) & high) == 0;
+    return byte * 0x0101010101010101U;
+}
+
+constexpr std::uint64_t high_bits = each(0x80);
+
+// The high bit of each `byte` in a word of ASCII.
+constexpr std::uint64_t equal_to(std::uint64_t byte, std::uint64_t word)
+{
+    return ~((word ^ each(byte)) + each(0x7f)) & high_bits;
+}
+
+// Calls `on_line_feed` with the offset of each line feed before what is found.
+template <class OnLineFeed>
+std::size_t find_bad(std::string_view text, OnLineFeed on_line_feed)
+{
+    // Eight bytes at once, as long as all of them are graphic characters and blanks of ASCII: the first byte lowest.
+    const bool takes_words = std::endian::native == std::endian::little && text.size() >= 8;
+    const std::size_t words_end = takes_words ? text.size() - 7 : 0;
+    std::size_t at = 0;
+    while (true) {
+        while (at < words_end) {
+            std::uint64_t word;
+            std::memcpy(&word, text.data() + at, 8);
+            const std::uint64_t others = (word | ~(word + each(0x60))) & high_bits; // exact where all is ASCII
+            if (others == 0) {
+                at += 8;
+                continue;
+            }
+            const std::uint64_t feeds = equal_to('\n', word);
+            const bool is_plain = (word & high_bits) == 0 &&
+                                  (others == feeds || others == (feeds | equal_to('\t', word) | equal_to('\r', word)));
+            if (!is_plain) {
+                break;
+            }
+            for (std::uint64_t left = feeds; left != 0; left &= left - 1) {
+                on_line_feed(at + static_cast<std::size_t>(std::countr_zero(left)) / 8);
+            }
+            at += 8;
+        }
+        if (at >= text.size()) {
+            return std::string_view::npos;
+        }
+        if (static_cast<signed char>(text[at]) >= 0x20) { // what is no ASCII is negative
+            ++at;
+            continue;
+        }
+        const Character character = character_at(text, at);
+        if (character.length == 0 || !is_xml_character(character.code)) {
+            return at;
+        }
+        if (character.code == '\n') {
+            on_line_feed(at);
+        }
+        at += character.length;
+    }
 }
 
 } // namespace
@@ -68,18 +121,12 @@ bool is_xml_character(char32_t code)
 
 std::size_t find_bad_character(std::string_view text)
 {
-    for (std::size_t at = 0; at < text.size();) {
-        if (text.size() - at >= 8 && is_plain(text.data() + at)) {
-            at += 8;
-            continue;
-        }
-        const Character character = character_at(text, at);
-        if (character.length == 0 || !is_xml_character(character.code)) {
-            return at;
-        }
-        at += character.length;
-    }
-    return std::string_view::npos;
+    return find_bad(text, [](std::size_t) {});
+}
+
+std::size_t find_bad_character(std::string_view text, LineIndex &lines)
+{
+    return find_bad(text, [&](std::size_t at) { lines.end_line(at); });
 }
 
 } // namespace text

@@ -7,6 +7,8 @@
 namespace text
 {
 
+class LineIndex;
+
 struct Character {
     char32_t code;
     std::size_t length; ///< in bytes; 0 where no character of UTF-8 begins
@@ -20,5 +22,7 @@ bool is_xml_character(char32_t code);
 
 /// Offset of the first byte that begins no character of XML in UTF-8; npos if there is none.
 std::size_t find_bad_character(std::string_view text);
+/// The same, and in the same pass the lines before it, or all lines if there is none.
+std::size_t find_bad_character(std::string_view text, LineIndex &lines);
 
 } // namespace text

@@ -13,7 +13,11 @@ namespace text
 class LineIndex
 {
 public:
+    LineIndex() = default;
     explicit LineIndex(std::string_view text);
+
+    /// Says that the next line feed is at `offset`.
+    void end_line(std::size_t offset) { ends_.push_back(offset); }
 
     /// The line that the byte at `offset` is in, from 1.
     std::size_t line_of(std::size_t offset) const;
