@@ -228,9 +228,8 @@ PathInfo *PathTable::intern_own(std::string_view path)
     return info;
 }
 
-const PathInfo *PathTable::intern_list(std::string_view path, std::string_view key)
+const PathInfo *PathTable::as_list(const PathInfo *info, std::string_view key)
 {
-    const PathInfo *const info = intern(path);
     if (info == nullptr || info->is_list()) {
         return info;
     }

@@ -114,9 +114,9 @@ public:
     const PathInfo *intern(std::string_view path);
     /// The same of a text that is likely to come again from the same address: those that mappers name their nodes by.
     const PathInfo *intern_literal(const char *path);
-    /// The same of a list that `key` alone is the key of if no schema knows its keys. Null also for what a schema knows
-    /// as something else.
-    const PathInfo *intern_list(std::string_view path, std::string_view key);
+    /// `info`, one of this table's (null: null), as a list, which `key` alone is the key of if no schema knows better.
+    /// Null for what a schema knows as something else.
+    const PathInfo *as_list(const PathInfo *info, std::string_view key);
     /// The record without making one.
     const PathInfo *find(std::string_view path) const;
     /// The child `tag` of `parent` (null: a top path), made if it is not there.

@@ -137,27 +137,33 @@ rcode run_operation(Request::Impl *request, const char *name, const Body &body, 
     });
 }
 
-/// Writes the line of an operation that has no result code.
+/// Writes the line of an operation that has no result code. `describe` is taken by value and the writing is kept apart,
+/// so that operations that are called for each node have their arguments in registers.
 template <class Describe>
-void journal_call(Request::Impl *request, const char *name, const Describe &describe)
+[[gnu::noinline, gnu::cold]] void write_line(Request::Impl &request, const char *name, Describe describe)
 {
-    if (request == nullptr || request->watch().journal == nullptr) {
-        return;
-    }
-    without_exceptions(request, [&] {
+    without_exceptions(&request, [&] {
         JournalLine line(name);
         describe(line);
-        request->watch().journal->write(line.view());
+        request.watch().journal->write(line.view());
     });
+}
+
+template <class Describe>
+void journal_call(Request::Impl *request, const char *name, Describe describe)
+{
+    if (request != nullptr && request->watch().journal != nullptr) [[unlikely]] {
+        write_line(*request, name, describe);
+    }
 }
 
 /// The same for the operations that are called so often that their lines must be asked for. They have no context: the
 /// request is the one that this thread serves.
 template <class Describe>
-void journal_question(const char *name, const Describe &describe)
+void journal_question(const char *name, Describe describe)
 {
     if (questions_journal != nullptr) [[unlikely]] {
-        journal_call(serving(), name, describe);
+        write_line(*serving(), name, describe);
     }
 }
 

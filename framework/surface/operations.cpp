@@ -118,7 +118,7 @@ rcode auto_stitch(Request::Impl &request, const rdl_tqm_datatree *node, rdl_tqm_
     if (request.observation()) {
         request.observation().read(*key);
     }
-    const PathInfo *list = request.paths().intern_list(path, key->tag);
+    const PathInfo *list = request.paths().as_list(request.paths().intern(path), key->tag);
     if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
@@ -163,7 +163,7 @@ rcode search_list(Request::Impl &request, rdl_tqm_datatree *tree, rdl_tqm_datatr
     if (tree == nullptr || found == nullptr || path == nullptr || key_value == nullptr || key_leaf == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }
-    const PathInfo *list = request.paths().intern_list(path, key_leaf);
+    const PathInfo *list = request.paths().as_list(request.paths().intern_literal(path), key_leaf);
     if (list == nullptr) {
         return TQM_ERR_BAD_ARGS;
     }

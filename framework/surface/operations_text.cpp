@@ -123,7 +123,7 @@ TQM_EXPORT int tqm_debug_should_log(const tqm_debug_ctx *debug, uint32_t level)
 {
     const bool wanted = debug != nullptr && level < 64 && ((debug->filter >> level) & 1u) != 0;
     journal_question("tqm_debug_should_log",
-                     [&](JournalLine &line) { line.number("level", level).result_number(wanted); });
+                     [level, wanted](JournalLine &line) { line.number("level", level).result_number(wanted); });
     return wanted ? 1 : 0;
 }
 

@@ -52,6 +52,14 @@ rcode check_leafref(Request::Impl &request, const char *list_path, const char *c
     return TQM_ERR_INVALID_REQUEST;
 }
 
+void note_match(Request::Impl &request, const char *tag)
+{
+    request.hierarchy().note_match(tag);
+    if (request.observation()) {
+        without_exceptions(&request, [&request, tag] { request.observation().matched(tag); });
+    }
+}
+
 } // namespace
 
 extern "C" {
@@ -221,7 +229,7 @@ TQM_EXPORT int tqm_map_is_request_delete(const rdl_tqm_datatree *node)
     const bool is_delete = node != nullptr && (node->present & TQM_PRESENT_OPERATION) != 0 &&
                            (node->operation == TQM_OP_DELETE || node->operation == TQM_OP_REMOVE);
     journal_question("tqm_map_is_request_delete",
-                     [&](JournalLine &line) { line.source(node).result_number(is_delete); });
+                     [node, is_delete](JournalLine &line) { line.source(node).result_number(is_delete); });
     return is_delete ? 1 : 0;
 }
 
@@ -237,13 +245,10 @@ TQM_EXPORT int tqm_map_do_these_match(const char *a, const char *b)
 {
     const bool match = a != nullptr && b != nullptr && *a == *b && std::strcmp(a, b) == 0;
     if (match && serving() != nullptr) {
-        serving()->hierarchy().note_match(a);
-        if (serving()->observation()) {
-            without_exceptions(serving(), [&] { serving()->observation().matched(a); });
-        }
+        note_match(*serving(), a);
     }
     journal_question("tqm_map_do_these_match",
-                     [&](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
+                     [a, b, match](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
     return match ? 1 : 0;
 }
 

@@ -149,8 +149,27 @@ const rdl_tqm_datatree *Hierarchy::walked_node(bool in_fill)
     if (empty()) {
         return nullptr;
     }
-    const rdl_tqm_datatree *const child = in_fill || matched_tag_ == nullptr ? nullptr : top().child(matched_tag_);
-    return child != nullptr && child->tag == matched_tag_ && child->subtree_count == 0 ? child : top().node;
+    const rdl_tqm_datatree *const child = in_fill || matched_tag_ == nullptr ? nullptr : matched_child();
+    return child != nullptr && child->subtree_count == 0 ? child : top().node;
+}
+
+/// The first child of the node on top that is called as the matched tag is, if that is its very tag.
+const rdl_tqm_datatree *Hierarchy::matched_child()
+{
+    const std::span<const rdl_tqm_datatree> children = top().all_children();
+    if (children.size() >= worth_an_index) {
+        const rdl_tqm_datatree *const child = top().child(matched_tag_);
+        return child != nullptr && child->tag == matched_tag_ ? child : nullptr;
+    }
+    for (const rdl_tqm_datatree &child : children) {
+        if (child.tag == matched_tag_) {
+            return &child;
+        }
+        if (child.tag != nullptr && *child.tag == *matched_tag_ && std::strcmp(child.tag, matched_tag_) == 0) {
+            return nullptr;
+        }
+    }
+    return nullptr;
 }
 
 } // namespace tqm

@@ -135,6 +135,7 @@ public:
     }
 
 private:
+    const rdl_tqm_datatree *matched_child();
     Frame &at_list(int32_t position) { return frames_[static_cast<std::size_t>(position)]; }
 
     std::vector<Frame> frames_; ///< those from depth_ on are kept for their memory
