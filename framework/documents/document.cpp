@@ -10,6 +10,9 @@
 #include <vector>
 
 #include <sys/stat.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "documents/document_content.h"
 #include "documents/json_reader.h"
@@ -32,6 +35,20 @@ std::shared_ptr<char[]> allocate(std::size_t size)
 }
 
 } // namespace
+
+// The object of a large document takes as much memory as the tree that was made of it. Kept for later use, it would
+// stand beside the output, which takes its own in other sizes.
+void DocumentAccess::drop(std::unique_ptr<DocumentContent> content)
+{
+    [[maybe_unused]] constexpr std::size_t large = std::size_t{1} << 20;
+    [[maybe_unused]] const bool is_large = content->size >= large;
+    content.reset();
+#ifdef __GLIBC__
+    if (is_large) {
+        malloc_trim(0);
+    }
+#endif
+}
 
 // ---- Document ----
 

@@ -33,6 +33,8 @@ struct DocumentContent {
 /// The framework's way to what a document holds.
 struct DocumentAccess {
     static std::unique_ptr<DocumentContent> take(Document document) { return std::move(document.content_); }
+    /// Once its tree is made. The buffer may have other owners.
+    static void drop(std::unique_ptr<DocumentContent> content);
 };
 
 } // namespace tqm

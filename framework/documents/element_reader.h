@@ -9,14 +9,10 @@
 
 #include "documents/document_content.h"
 #include "documents/tree_loader.h"
+#include "documents/xml_text.h"
 
 namespace tqm
 {
-
-inline bool is_white_space(char c)
-{
-    return c <= ' ' && (c == ' ' || c == '\n' || c == '\t' || c == '\r');
-}
 
 /// True for a text of white space alone.
 inline bool is_blank(const char *text)

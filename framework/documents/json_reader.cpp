@@ -9,11 +9,12 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "documents/json_cursor.h"
+#include "documents/json_names.h"
 #include "text/characters.h"
 #include "text/line_index.h"
 
@@ -27,61 +28,6 @@ using Json = nlohmann::json;
 
 constexpr std::size_t depth_max = 260; ///< of a request and what stands around it
 constexpr const char *operation = "ietf-netconf:operation";
-
-/// Names of the members of one object. It is used for one object after another, as its memory stays.
-class NameSet
-{
-public:
-    bool insert(std::string_view name)
-    {
-        const auto few_end = few_.begin() + static_cast<std::ptrdiff_t>(count_);
-        if (std::find(few_.begin(), few_end, name) != few_end) {
-            return false;
-        }
-        if (count_ == few_.size()) {
-            return many_.emplace(name).second;
-        }
-        few_[count_++] = name;
-        return true;
-    }
-    void clear()
-    {
-        count_ = 0;
-        if (!many_.empty()) {
-            many_ = {};
-        }
-    }
-
-private:
-    std::array<std::string, 16> few_;
-    std::size_t count_ = 0;
-    std::unordered_set<std::string> many_;
-};
-
-/// Bytes of identifiers (RFC 7950, section 6.2).
-class NameBytes
-{
-public:
-    constexpr explicit NameBytes(std::string_view others)
-    {
-        for (std::size_t c = 0; c < has_.size(); ++c) {
-            has_[c] = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                      others.find(static_cast<char>(c)) != std::string_view::npos;
-        }
-    }
-    constexpr bool has(char c) const { return has_[static_cast<unsigned char>(c)]; }
-
-private:
-    std::array<bool, 256> has_{};
-};
-
-/// What ends up as the name of an element.
-bool is_identifier(std::string_view name)
-{
-    static constexpr NameBytes first("_");
-    static constexpr NameBytes any("_-.0123456789");
-    return !name.empty() && first.has(name.front()) && std::ranges::all_of(name, [](char c) { return any.has(c); });
-}
 
 bool is_wrapper(std::string_view name)
 {
@@ -115,56 +61,6 @@ struct Level {
         content = empty;
     }
 };
-
-bool is_blank(char c)
-{
-    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
-}
-
-/// The place where the parser reads, for those who look on. Of an indented text a half is blanks at the beginnings of
-/// lines: they are passed over, as no line feed stands in a token.
-class Cursor
-{
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char *;
-    using reference = const char &;
-
-    /// `read` is kept behind the byte that was read last.
-    Cursor(const char *at, const char *end, const char *&read) : at_(at), end_(end), read_(&read) {}
-    reference operator*() const { return *at_; }
-    Cursor &operator++()
-    {
-        const bool ends_line = *at_ == '\n';
-        *read_ = ++at_;
-        while (ends_line && at_ != end_ && is_blank(*at_)) {
-            ++at_;
-        }
-        return *this;
-    }
-    friend bool operator==(const Cursor &a, const Cursor &b) { return a.at_ == b.at_; }
-
-    const char *at() const { return at_; }
-
-private:
-    const char *at_;
-    const char *end_;
-    const char **read_;
-};
-
-/// Offset of the byte number `count` of those that the parser reads, from 1.
-std::size_t offset_of(std::string_view text, std::size_t count)
-{
-    const char *const end = text.data() + text.size();
-    const char *read = text.data();
-    Cursor cursor(read, end, read);
-    for (; count > 1 && cursor.at() != end; --count) {
-        ++cursor;
-    }
-    return static_cast<std::size_t>(cursor.at() - text.data());
-}
 
 /// What pugixml could not make for want of memory is false, null or without its name.
 void require_memory(bool made)
@@ -531,11 +427,11 @@ Expected<void> read_json(std::string_view text, DocumentContent &content)
     Handler handler(root);
     const char *const end = text.data() + text.size();
     const char *read = text.data();
-    if (!Json::sax_parse(Cursor(read, end, read), Cursor(end, end, read), &handler)) {
+    if (!Json::sax_parse(JsonCursor(read, end, read), JsonCursor(end, end, read), &handler)) {
         Error error = handler.error();
         error.error_tag = ErrorTag::malformed_message;
         error.type = ErrorType::rpc;
-        const std::size_t offset = handler.syntax_error() ? offset_of(text, *handler.syntax_error())
+        const std::size_t offset = handler.syntax_error() ? json_offset(text, *handler.syntax_error())
                                    : read == text.data()  ? 0
                                                           : static_cast<std::size_t>(read - text.data()) - 1;
         error.text += " at " + text::LineIndex(text).place_of(offset);

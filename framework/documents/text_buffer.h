@@ -44,8 +44,10 @@ public:
     void put(char c) { *next_++ = c; }
     void put(std::string_view text)
     {
-        std::memcpy(next_, text.data(), text.size());
-        next_ += text.size();
+        if (!text.empty()) {
+            std::memcpy(next_, text.data(), text.size());
+            next_ += text.size();
+        }
     }
     /// Two blanks for each level.
     void indent(unsigned int level)

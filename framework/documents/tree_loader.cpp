@@ -5,10 +5,6 @@
 #include <cstring>
 #include <utility>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
-
 #include "documents/element_reader.h"
 #include "documents/read_tree.h"
 
@@ -19,16 +15,6 @@ namespace
 {
 
 constexpr unsigned int depth_max = 256;
-constexpr std::size_t large_document = std::size_t{1} << 20;
-
-/// The object of a large document takes as much memory as the tree that is made of it; kept for later use, it would
-/// stand beside the output, which takes its own in other sizes.
-void give_memory_back()
-{
-#ifdef __GLIBC__
-    malloc_trim(0);
-#endif
-}
 
 /// What a node without an operation of its own has from the nodes around it.
 enum class Inherited { nothing, create, none };
@@ -495,11 +481,7 @@ Expected<void> load_tree(Document document, const LoadRules &rules, const LoadTa
     target.tree.own(content->buffer);
     target.arena.keep_alive(content->buffer.get(), content->size);
     Expected<void> loaded = TreeLoader(rules, target, *content).run();
-    const bool is_large = content->size >= large_document;
-    content.reset();
-    if (is_large) {
-        give_memory_back();
-    }
+    DocumentAccess::drop(std::move(content));
     if (loaded && rules.kind.is_forward() && rules.kind.is_read()) {
         target.tree.keep_filter();
         make_read_tree(rules, target);

@@ -6,6 +6,12 @@
 namespace tqm
 {
 
+/// White space is the same in XML and JSON.
+inline bool is_white_space(char c)
+{
+    return c <= ' ' && (c == ' ' || c == '\n' || c == '\t' || c == '\r');
+}
+
 /// Messages are UTF-8 (RFC 6241, section 3): false for a document that begins as another encoding or declares one.
 bool is_declared_utf8(std::string_view text);
 
