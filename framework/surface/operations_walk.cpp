@@ -52,12 +52,19 @@ rcode check_leafref(Request::Impl &request, const char *list_path, const char *c
     return TQM_ERR_INVALID_REQUEST;
 }
 
-void note_match(Request::Impl &request, const char *tag)
+[[gnu::noinline]] int compare(const char *a, const char *b)
 {
-    request.hierarchy().note_match(tag);
-    if (request.observation()) {
-        without_exceptions(&request, [&request, tag] { request.observation().matched(tag); });
+    const bool match = a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
+    Request::Impl *const request = serving();
+    if (match && request != nullptr) {
+        request->hierarchy().note_match(a);
+        if (request->observation()) {
+            without_exceptions(request, [request, a] { request->observation().matched(a); });
+        }
     }
+    journal_question("tqm_map_do_these_match",
+                     [a, b, match](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
+    return match ? 1 : 0;
 }
 
 } // namespace
@@ -241,15 +248,11 @@ TQM_EXPORT int tqm_map_is_request_add(tqm_map_ctx ctx)
     return is_add ? 1 : 0;
 }
 
+// Walkers compare a tag with all that it could be: most differ at once.
 TQM_EXPORT int tqm_map_do_these_match(const char *a, const char *b)
 {
-    const bool match = a != nullptr && b != nullptr && *a == *b && std::strcmp(a, b) == 0;
-    if (match && serving() != nullptr) {
-        note_match(*serving(), a);
-    }
-    journal_question("tqm_map_do_these_match",
-                     [a, b, match](JournalLine &line) { line.text("", a).text("", b).result_number(match); });
-    return match ? 1 : 0;
+    const bool differ = a == nullptr || b == nullptr || *a != *b;
+    return differ && questions_journal == nullptr ? 0 : compare(a, b);
 }
 
 TQM_EXPORT void tqm_oc_error_path(tqm_map_ctx ctx)
