@@ -250,7 +250,7 @@ typedef struct xpath_list_type_t {
  *                from the node hierarchy (forward) or is the current one (reverse)
  *   value        text for the last node, or null
  *   source_node  node whose operation the new node takes on, or null
- *   out_node     if not null, receives the new last node
+ *   out_node     if not null, receives the new last node, as it is now; it stands for the node in later calls
  *   list_entry   1 when the add addresses a list instance: the list itself, or one of several keys; else 0
  *   flags        TQM_ADD_*
  * A node that is there already is not added again: its last value and operation win. But a leaf-list takes each value,
