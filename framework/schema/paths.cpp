@@ -197,12 +197,24 @@ const PathInfo *PathTable::intern(std::string_view path)
 // The text is compared on each hit, as an address may hold several texts one after another.
 const PathInfo *PathTable::intern_literal(const char *path)
 {
+    constexpr uint64_t factor = 0x9e3779b97f4a7c15u;
     const auto address = reinterpret_cast<std::uintptr_t>(path);
-    const PathInfo *&cached = literals_[(address ^ (address >> 8)) % literals_.size()];
-    if (cached == nullptr || std::strcmp(cached->text.data(), path) != 0) {
-        cached = intern(path);
+    const std::size_t pair = (address * factor >> 32) % literals_.size() & ~std::size_t{1};
+    const Literal &likely = literals_[pair].address == path ? literals_[pair] : literals_[pair + 1];
+    const bool is_known = likely.address == path && std::strcmp(likely.info->text.data(), path) == 0;
+    return is_known ? likely.info : note_literal(path, pair);
+}
+
+const PathInfo *PathTable::note_literal(const char *path, std::size_t pair)
+{
+    const PathInfo *const info = intern(path);
+    if (info != nullptr && literals_[pair].address != path) {
+        literals_[pair + 1] = literals_[pair];
     }
-    return cached;
+    if (info != nullptr) {
+        literals_[pair] = {path, info};
+    }
+    return info;
 }
 
 PathInfo *PathTable::intern_own(std::string_view path)

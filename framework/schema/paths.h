@@ -125,13 +125,18 @@ public:
     const PathInfo *find_child(const PathInfo &parent, std::string_view tag) const;
 
 private:
+    const PathInfo *note_literal(const char *path, std::size_t pair);
     PathInfo *intern_own(std::string_view path);
 
     const SchemaPaths &known_;
     Arena &arena_;
     PathIndex own_;                                ///< what no schema has
     std::deque<SchemaNode> made_lists_;            ///< the same
-    std::array<const PathInfo *, 128> literals_{}; ///< by address
+    struct Literal {
+        const char *address = nullptr;
+        const PathInfo *info = nullptr;
+    };
+    std::array<Literal, 128> literals_{}; ///< in pairs, the one that came last first
 };
 
 } // namespace tqm

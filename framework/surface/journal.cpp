@@ -48,7 +48,7 @@ void JournalLine::append_text(const char *value, bool secret)
 
 bool hides_value(const Request::Impl *request, std::string_view path)
 {
-    const std::string whole = path.starts_with('/') ? std::string(path) : "/" + std::string(path);
+    const std::string whole = std::string(path.starts_with('/') ? "" : "/").append(path);
     const bool is_single_name = whole.rfind('/') == 0;
     return hides_value_below(request, whole) || (!is_single_name && request->schema().hides(whole));
 }

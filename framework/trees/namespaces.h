@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include "schema/schema_access.h"
 #include "trees/arena.h"
@@ -20,25 +21,32 @@ public:
     const char *intern(const char *ns)
     {
         ns = ns == nullptr ? "" : ns;
-        if (last_ != nullptr && std::strcmp(last_, ns) == 0) {
-            return last_;
-        }
-        last_ = of_schema_.find_namespace(ns);
-        if (last_ == nullptr) {
-            auto found = known_.find(ns);
-            if (found == known_.end()) {
-                found = known_.insert(arena_.copy(ns)).first;
-            }
-            last_ = found->data();
+        // Most requests have one or two.
+        if (std::strcmp(last_, ns) != 0) {
+            std::swap(last_, other_);
+            last_ = std::strcmp(last_, ns) == 0 ? last_ : find(ns);
         }
         return last_;
     }
 
 private:
+    const char *find(const char *ns)
+    {
+        if (const char *const known = of_schema_.find_namespace(ns)) {
+            return known;
+        }
+        auto found = known_.find(ns);
+        if (found == known_.end()) {
+            found = known_.insert(arena_.copy(ns)).first;
+        }
+        return found->data();
+    }
+
     const SchemaPaths &of_schema_;
     Arena &arena_;
     std::unordered_set<std::string_view> known_; ///< those that no schema has
-    const char *last_ = nullptr;
+    const char *last_ = find("");
+    const char *other_ = last_;
 };
 
 } // namespace tqm
