@@ -130,8 +130,8 @@ private:
 
     const SchemaPaths &known_;
     Arena &arena_;
-    PathIndex own_;                                ///< what no schema has
-    std::deque<SchemaNode> made_lists_;            ///< the same
+    PathIndex own_;                     ///< what no schema has
+    std::deque<SchemaNode> made_lists_; ///< the same
     struct Literal {
         const char *address = nullptr;
         const PathInfo *info = nullptr;

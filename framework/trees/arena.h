@@ -85,9 +85,8 @@ private:
 
     void add_range(Range range)
     {
+        all_ = ranges_.empty() ? range : Range{std::min(all_.begin, range.begin), std::max(all_.end, range.end)};
         ranges_.push_back(range);
-        all_.begin = std::min(all_.begin, range.begin);
-        all_.end = std::max(all_.end, range.end);
     }
     bool holds(const char *text) const
     {
@@ -114,7 +113,7 @@ private:
     std::size_t text_chunk_size_ = 4 * 1024;
     std::vector<char *> chunks_;
     std::vector<Range> ranges_;
-    Range all_{reinterpret_cast<const char *>(UINTPTR_MAX), nullptr}; ///< from the first byte of them to the last
+    Range all_{nullptr, nullptr}; ///< from the first byte of them to the last
 };
 
 } // namespace tqm

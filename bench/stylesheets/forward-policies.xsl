@@ -1,16 +1,16 @@
 <?xml version="1.0"?>
-<!-- Makes of an edit of MKA policies the native tree that `ocmap forward` makes: the yardstick of its speed. -->
-<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform" xmlns:oc="http://openconfig.net/yang/macsec"
+<!-- Makes of an edit of MKA policies the native tree that `ocmap forward` makes. -->
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"
+                xmlns:nc="urn:ietf:params:xml:ns:netconf:base:1.0" xmlns:oc="http://openconfig.net/yang/macsec"
                 xmlns="http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg"
-                exclude-result-prefixes="oc">
-  <xsl:output method="xml" indent="yes" omit-xml-declaration="yes"/>
-  <xsl:strip-space elements="*"/>
+                exclude-result-prefixes="nc oc">
+  <xsl:output method="xml" omit-xml-declaration="yes"/>
 
   <xsl:template match="/">
     <config xmlns="urn:ietf:params:xml:ns:netconf:base:1.0">
       <macsec xmlns="http://tarvex.example/ns/yang/Tarvex-crypto-macsec-mka-cfg">
         <policy-names>
-          <xsl:apply-templates select="//oc:policies/oc:policy"/>
+          <xsl:apply-templates select="nc:rpc/nc:edit-config/nc:config/oc:macsec/oc:mka/oc:policies/oc:policy"/>
         </policy-names>
       </macsec>
     </config>
@@ -24,7 +24,7 @@
     </policy-name>
   </xsl:template>
 
-  <xsl:template match="oc:config/oc:name"/>
+  <xsl:template match="oc:name"/>
 
   <xsl:template match="oc:key-server-priority">
     <key-server-priority><xsl:value-of select="."/></key-server-priority>
@@ -53,10 +53,12 @@
     </conf-offset>
   </xsl:template>
 
-  <xsl:template match="oc:delay-protection | oc:include-icv-indicator">
-    <xsl:element name="{local-name()}">
-      <xsl:if test=". != 'true'"><xsl:value-of select="."/></xsl:if>
-    </xsl:element>
+  <xsl:template match="oc:delay-protection">
+    <delay-protection><xsl:if test=". != 'true'"><xsl:value-of select="."/></xsl:if></delay-protection>
+  </xsl:template>
+
+  <xsl:template match="oc:include-icv-indicator">
+    <include-icv-indicator><xsl:if test=". != 'true'"><xsl:value-of select="."/></xsl:if></include-icv-indicator>
   </xsl:template>
 
   <xsl:template match="oc:sak-rekey-interval">
