@@ -3,7 +3,7 @@
 # through sudo. `make install` installs below PREFIX, or for a package below DESTDIR.
 
 PACKAGES = g++ cmake ninja-build pkg-config libyang2-dev libpugixml-dev libcli11-dev libexpected-dev libsafec-dev \
-           nlohmann-json3-dev
+           nlohmann-json3-dev rapidjson-dev
 TEST_PACKAGES = libgtest-dev chromium chromium-driver python3-selenium
 CHECK_PACKAGES = valgrind python3
 BENCH_PACKAGES = $(CHECK_PACKAGES) xsltproc libxml2-utils libyang2-tools time

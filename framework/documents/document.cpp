@@ -156,7 +156,7 @@ Expected<Document> Document::parse_buffer(std::unique_ptr<DocumentContent> conte
         return malformed("the request has bytes that are no XML character in UTF-8 at " + lines.place_of(bad));
     }
     if (is_json(text)) {
-        if (Expected<void> read = read_json(text, *content); !read) {
+        if (Expected<void> read = read_json(lines, *content); !read) {
             return tl::unexpected(read.error());
         }
         if (const Expected<void> read = read_wrapper(*content, content->dom.first_child()); !read) {

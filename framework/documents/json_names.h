@@ -4,14 +4,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <unordered_set>
 
 namespace tqm
 {
 
-/// Names of the members of one object. It is used for one object after another, as its memory stays.
+/// Names of the members of one object, which others keep. It is used for one object after another, as its memory stays.
 class NameSet
 {
 public:
@@ -36,9 +35,9 @@ public:
     }
 
 private:
-    std::array<std::string, 16> few_;
+    std::array<std::string_view, 16> few_;
     std::size_t count_ = 0;
-    std::unordered_set<std::string> many_;
+    std::unordered_set<std::string_view> many_;
 };
 
 /// Bytes of identifiers (RFC 7950, section 6.2).

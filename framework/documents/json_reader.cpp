@@ -1,20 +1,28 @@
-// The parser calls the handler below for each token; nothing but the document object is built.
+// The parser calls the handler below for each token; nothing but the document object is built. Strings are decoded in
+// place: all texts that the handler gets and keeps lie in the document's buffer.
 #include "documents/json_reader.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <deque>
+#include <cstddef>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+// Texts may have any size, and nothing that a document holds may end the process.
+#define RAPIDJSON_NO_SIZETYPEDEFINE
+namespace rapidjson
+{
+using SizeType = std::size_t;
+}
+#define RAPIDJSON_ASSERT(holds) static_cast<void>(0)
+#include <rapidjson/reader.h>
 
-#include "documents/json_cursor.h"
 #include "documents/json_names.h"
+#include "documents/xml_text.h"
 #include "text/characters.h"
 #include "text/line_index.h"
 
@@ -24,10 +32,9 @@ namespace tqm
 namespace
 {
 
-using Json = nlohmann::json;
-
+constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
 constexpr std::size_t depth_max = 260; ///< of a request and what stands around it
-constexpr const char *operation = "ietf-netconf:operation";
+constexpr std::string_view operation = "ietf-netconf:operation";
 
 bool is_wrapper(std::string_view name)
 {
@@ -36,17 +43,17 @@ bool is_wrapper(std::string_view name)
 
 /// Annotations of one member, until all of the object around it is known.
 struct Annotation {
-    std::string member;   ///< empty: the object itself
-    pugi::xml_node after; ///< what stood before it
+    std::string_view member; ///< empty: the object itself
+    pugi::xml_node after;    ///< what stood before it
     bool is_array = false;
-    std::vector<std::string> operations; ///< an empty text: none
+    std::vector<std::string_view> operations; ///< an empty text: none
 };
 
 struct Level {
     enum Kind { object, array, annotation_object, annotation_array };
     Kind kind = object;
-    pugi::xml_node node; ///< the element that is filled; of an array the one around it
-    std::string member;  ///< the member that is being read; of an array the one that it is the value of
+    pugi::xml_node node;     ///< the element that is filled; of an array the one around it
+    std::string_view member; ///< the member that is being read; of an array the one that it is the value of
     NameSet names;
     std::vector<Annotation> annotations;
     enum { empty, scalars, objects } content = empty; ///< of an array
@@ -55,7 +62,7 @@ struct Level {
     {
         kind = new_kind;
         node = new_node;
-        member.clear();
+        member = {};
         names.clear();
         annotations.clear();
         content = empty;
@@ -70,31 +77,53 @@ void require_memory(bool made)
     }
 }
 
-void add_attribute(pugi::xml_node node, const char *name, const char *value)
+void add_attribute(pugi::xml_node node, const char *name, std::string_view value)
 {
     pugi::xml_attribute attribute = node.append_attribute(name);
-    require_memory(*attribute.name() != '\0' && attribute.set_value(value));
+    require_memory(*attribute.name() != '\0' && attribute.set_value(value.data(), value.size()));
+}
+
+/// Whether an escape was half a surrogate pair, as the parser lets the second one stand alone. Bytes of them are
+/// nowhere else, as the document is UTF-8.
+bool has_surrogate(std::string_view text)
+{
+    for (std::size_t at = text.find('\xed'); at < text.size(); at = text.find('\xed', at + 1)) {
+        if (static_cast<unsigned char>(text[at + 1]) >= 0xa0) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// Each function takes one token in. False ends the parsing; the error is there then.
-class Handler final : public nlohmann::json_sax<Json>
+class Handler final : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Handler>
 {
 public:
-    explicit Handler(pugi::xml_node root) : root_(root) {}
+    /// Without escapes the characters of strings are those of the text, which were looked at before.
+    Handler(pugi::xml_node root, bool has_escapes) : root_(root), has_escapes_(has_escapes) {}
 
     const Error &error() const { return error_; }
-    /// How many bytes were read when the text turned out to be no JSON; none if it is, or as far as that is known.
-    std::optional<std::size_t> syntax_error() const { return syntax_error_; }
+    bool fail(std::string text)
+    {
+        error_.text = std::move(text);
+        return false;
+    }
+    bool fail_at_syntax() { return fail("the request is no JSON document: syntax error"); }
 
-    bool null() override { return in_annotation() ? null_annotation() : scalar(""); }
-    bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
-    bool number_integer(number_integer_t value) override { return number(value); }
-    bool number_unsigned(number_unsigned_t value) override { return number(value); }
-    bool number_float(number_float_t, const string_t &text) override { return scalar(text); }
-    bool string(string_t &text) override { return scalar(text); }
-    bool binary(binary_t &) override { return fail("there is binary data"); }
+    // NOLINTBEGIN(readability-identifier-naming): the parser's names
+    bool Null() { return in_annotation() ? null_annotation() : scalar(""); }
+    bool Bool(bool value) { return scalar(value ? "true" : "false"); }
+    bool RawNumber(const char *text, std::size_t size, bool)
+    {
+        const std::string_view number(text, size);
+        return scalar(number == "-0" ? "0" : number); // the one integer that has a second form
+    }
+    bool String(const char *text, std::size_t size, bool)
+    {
+        return has_escapes_ && has_surrogate({text, size}) ? fail_at_syntax() : scalar({text, size});
+    }
 
-    bool start_object(std::size_t) override
+    bool StartObject()
     {
         if (depth_ == 0) {
             return push(Level::object, root_);
@@ -109,12 +138,16 @@ public:
         return node && push(Level::object, node);
     }
 
-    bool key(string_t &name) override
+    bool Key(const char *text, std::size_t size, bool)
     {
+        const std::string_view name(text, size);
+        if (has_escapes_ && has_surrogate(name)) {
+            return fail_at_syntax();
+        }
         Level &level = top();
         level.member = name;
         if (!level.names.insert(name)) {
-            return fail("the member '" + name + "' stands twice in one object");
+            return fail("the member '" + std::string(name) + "' stands twice in one object");
         }
         if (level.kind == Level::object && name.starts_with('@')) {
             level.annotations.push_back({name.substr(1), level.node.last_child(), false, {}});
@@ -122,7 +155,7 @@ public:
         return true;
     }
 
-    bool end_object() override
+    bool EndObject(std::size_t)
     {
         if (top().kind == Level::object && !annotate(top())) {
             return false;
@@ -131,7 +164,7 @@ public:
         return true;
     }
 
-    bool start_array(std::size_t) override
+    bool StartArray()
     {
         if (depth_ == 0) {
             return fail("a request is a JSON object, not an array");
@@ -147,37 +180,22 @@ public:
         if (level.kind == Level::array) {
             return fail("there is an array in an array");
         }
+        const std::string_view member = level.member;
         if (!push(Level::array, level.node)) {
             return false;
         }
-        top().member = level.member;
+        top().member = member;
         return true;
     }
 
-    bool end_array() override
+    bool EndArray(std::size_t)
     {
         --depth_;
         return true;
     }
-
-    // What the exception says may hold a value of the document: only the place is taken.
-    bool parse_error(std::size_t position, const std::string &, const nlohmann::detail::exception &exception) override
-    {
-        constexpr int number_overflow = 406;
-        if (exception.id == number_overflow) {
-            return fail("there is a number that is too large");
-        }
-        syntax_error_ = position;
-        return fail("the request is no JSON document: syntax error");
-    }
+    // NOLINTEND(readability-identifier-naming)
 
 private:
-    bool fail(std::string text)
-    {
-        error_.text = std::move(text);
-        return false;
-    }
-
     bool push(Level::Kind kind, pugi::xml_node node)
     {
         if (depth_ >= depth_max) {
@@ -203,18 +221,10 @@ private:
             return true;
         }
         if (level.content != Level::empty && level.content != content) {
-            return fail("the array '" + level.member + "' holds objects beside other values");
+            return fail("the array '" + std::string(level.member) + "' holds objects beside other values");
         }
         level.content = content;
         return true;
-    }
-
-    template <class Number>
-    bool number(Number value)
-    {
-        std::array<char, 24> text;
-        const std::to_chars_result written = std::to_chars(text.begin(), text.end(), value);
-        return scalar({text.begin(), written.ptr});
     }
 
     bool scalar(std::string_view text)
@@ -223,7 +233,7 @@ private:
             return fail("a request is a JSON object");
         }
         if (in_annotation()) {
-            return annotation_value(std::string(text));
+            return annotation_value(text);
         }
         if (!enters(Level::scalars)) {
             return false;
@@ -232,8 +242,8 @@ private:
         if (!leaf) {
             return false;
         }
-        if (text::find_bad_character(text) != text.npos) {
-            return fail("the value of '" + top().member + "' holds a character that XML cannot carry");
+        if (has_escapes_ && text::find_bad_character(text) != text.npos) {
+            return fail("the value of '" + std::string(top().member) + "' holds a character that XML cannot carry");
         }
         if (!text.empty()) {
             require_memory(leaf.append_child(pugi::node_pcdata).set_value(text.data(), text.size()));
@@ -244,18 +254,19 @@ private:
     pugi::xml_node element() { return element(top().node, top().member, {}); }
 
     /// The element of a member: behind `after`, or behind all others. Null if its name is none.
-    pugi::xml_node element(pugi::xml_node parent, const std::string &member, std::optional<pugi::xml_node> after)
+    pugi::xml_node element(pugi::xml_node parent, std::string_view member, std::optional<pugi::xml_node> after)
     {
         const std::size_t colon = member.find(':');
-        const bool has_module = colon != std::string::npos;
-        const std::string_view name = std::string_view(member).substr(has_module ? colon + 1 : 0);
-        if (!is_identifier(name) || (has_module && !is_identifier({member.data(), colon}))) {
-            fail("'" + member.substr(0, 100) + "' is no name of a member: it is a name or 'module:name'");
+        const bool has_module = colon != member.npos;
+        const std::string_view name = member.substr(has_module ? colon + 1 : 0);
+        if (!is_identifier(name) || (has_module && !is_identifier(member.substr(0, colon)))) {
+            fail("'" + std::string(member.substr(0, 100)) + "' is no name of a member: it is a name or 'module:name'");
             return {};
         }
         const bool is_outermost = parent == root_;
         if (is_outermost && !has_module && !is_wrapper(name)) {
-            fail("the member '" + member + "' must name its module, as 'module:" + member + "'");
+            fail("the member '" + std::string(member) + "' must name its module, as 'module:" + std::string(member) +
+                 "'");
             return {};
         }
         pugi::xml_node node = !after   ? parent.append_child(name.data())
@@ -263,8 +274,8 @@ private:
                                        : parent.prepend_child(name.data());
         require_memory(*node.name() != '\0');
         if (has_module) {
-            const std::string module = member.substr(0, colon);
-            add_attribute(node, "xmlns", module == "ietf-netconf" ? netconf_ns : module.c_str());
+            const std::string_view module = member.substr(0, colon);
+            add_attribute(node, "xmlns", module == "ietf-netconf" ? netconf_ns : module);
         }
         if (is_outermost) {
             add_attribute(node, "xmlns:nc", netconf_ns);
@@ -312,24 +323,25 @@ private:
         return true;
     }
 
-    bool annotation_value(const std::string &text)
+    bool annotation_value(std::string_view text)
     {
         const Level &level = top();
         if (level.kind != Level::annotation_object) {
-            return fail("the annotations of '" + annotation().member + "' are no object");
+            return fail("the annotations of '" + std::string(annotation().member) + "' are no object");
         }
         if (level.member != operation) {
-            return fail("unknown annotation '" + level.member + "': only " + operation + " is known");
+            return fail("unknown annotation '" + std::string(level.member) + "': only " + std::string(operation) +
+                        " is known");
         }
         // An empty text would be taken for none, and one with other characters end early.
         if (text.empty() || text::find_bad_character(text) != text.npos) {
-            return fail("operation '" + text + "' is none of merge, replace, create, delete and remove");
+            return fail("operation '" + std::string(text) + "' is none of merge, replace, create, delete and remove");
         }
         annotation().operations.back() = text;
         return true;
     }
 
-    using Members = std::unordered_map<std::string, std::vector<pugi::xml_node>>;
+    using Members = std::unordered_map<std::string_view, std::vector<pugi::xml_node>>;
 
     std::string_view module_of(pugi::xml_node node) const
     {
@@ -346,9 +358,8 @@ private:
             return {level.node};
         }
         const std::size_t colon = annotation.member.find(':');
-        const bool is_qualified = colon != std::string::npos;
-        const std::string_view module =
-            is_qualified ? std::string_view(annotation.member).substr(0, colon) : module_of(level.node);
+        const bool is_qualified = colon != annotation.member.npos;
+        const std::string_view module = is_qualified ? annotation.member.substr(0, colon) : module_of(level.node);
         std::vector<pugi::xml_node> nodes = members[annotation.member.substr(is_qualified ? colon + 1 : 0)];
         std::erase_if(nodes, [&](pugi::xml_node node) { return module_of(node) != module; });
         return nodes;
@@ -366,7 +377,7 @@ private:
         // Backwards, so that leaves which only have annotations come to stand in their order.
         for (auto found = level.annotations.rbegin(); found != level.annotations.rend(); ++found) {
             std::vector<pugi::xml_node> nodes = annotated(*found, level, members);
-            const bool says_nothing = std::ranges::all_of(found->operations, &std::string::empty);
+            const bool says_nothing = std::ranges::all_of(found->operations, &std::string_view::empty);
             if (nodes.empty() && says_nothing) {
                 continue;
             }
@@ -382,7 +393,7 @@ private:
 
     bool annotate(const Annotation &annotation, const std::vector<pugi::xml_node> &nodes)
     {
-        const std::string name = "'@" + annotation.member + "'";
+        const std::string name = "'@" + std::string(annotation.member) + "'";
         if (nodes.front() == root_) {
             return fail("the outermost object has no annotations");
         }
@@ -398,43 +409,66 @@ private:
         for (std::size_t i = 0; i < annotation.operations.size(); ++i) {
             pugi::xml_node node = nodes[i];
             if (!annotation.operations[i].empty()) {
-                add_attribute(node, "nc:operation", annotation.operations[i].c_str());
+                add_attribute(node, "nc:operation", annotation.operations[i]);
             }
         }
         return true;
     }
 
     pugi::xml_node root_;
-    std::deque<Level> levels_; ///< of which `depth_` are in use; their memory is used again
+    bool has_escapes_;
+    std::vector<Level> levels_; ///< of which `depth_` are in use; their memory is used again
     std::size_t depth_ = 0;
     Error error_;
-    std::optional<std::size_t> syntax_error_;
 };
+
+/// Where the text is no JSON, or what was refused ends; `read` bytes were read. A number ends with the byte that is no
+/// more a part of it, and the parser says where it begins.
+std::size_t fault_offset(const rapidjson::ParseResult &result, std::size_t read, std::string_view text)
+{
+    switch (result.Code()) {
+    case rapidjson::kParseErrorTermination:
+        return result.Offset() == read ? read - 1 : std::min(read, text.size() - 1);
+    case rapidjson::kParseErrorNumberTooBig:
+        return std::min(text.find_first_not_of("+-.0123456789Ee", result.Offset()), text.size() - 1);
+    default:
+        return result.Offset();
+    }
+}
 
 } // namespace
 
 bool is_json(std::string_view text)
 {
-    text.remove_prefix(text.starts_with("\xef\xbb\xbf") ? 3 : 0);
+    text.remove_prefix(text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0);
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
     return begin != std::string_view::npos && (text[begin] == '{' || text[begin] == '[');
 }
 
-Expected<void> read_json(std::string_view text, DocumentContent &content)
+Expected<void> read_json(const text::LineIndex &lines, DocumentContent &content)
 {
     pugi::xml_node root = content.dom.append_child("data");
     require_memory(*root.name() != '\0');
-    Handler handler(root);
-    const char *const end = text.data() + text.size();
-    const char *read = text.data();
-    if (!Json::sax_parse(JsonCursor(read, end, read), JsonCursor(end, end, read), &handler)) {
+    const std::string_view text(content.buffer.get(), content.size);
+    content.buffer[static_cast<std::ptrdiff_t>(content.size)] = '\0';
+    rapidjson::InsituStringStream stream(content.buffer.get());
+    if (text.starts_with(byte_order_mark)) {
+        stream.src_ += byte_order_mark.size();
+    }
+    // In place it allocates nothing. It calls itself no deeper than the handler lets it.
+    constexpr unsigned int flags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
+    rapidjson::Reader reader;
+    Handler handler(root, text.find('\\') != text.npos);
+    if (const rapidjson::ParseResult result = reader.Parse<flags>(stream, handler); result.IsError()) {
+        if (result.Code() == rapidjson::kParseErrorNumberTooBig) {
+            handler.fail("there is a number that is too large");
+        } else if (result.Code() != rapidjson::kParseErrorTermination) {
+            handler.fail_at_syntax();
+        }
         Error error = handler.error();
         error.error_tag = ErrorTag::malformed_message;
         error.type = ErrorType::rpc;
-        const std::size_t offset = handler.syntax_error() ? json_offset(text, *handler.syntax_error())
-                                   : read == text.data()  ? 0
-                                                          : static_cast<std::size_t>(read - text.data()) - 1;
-        error.text += " at " + text::LineIndex(text).place_of(offset);
+        error.text += " at " + lines.place_of(fault_offset(result, stream.Tell(), text));
         return tl::unexpected(error);
     }
     if (root.first_child() && !root.first_child().next_sibling()) {
