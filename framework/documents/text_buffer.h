@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 namespace tqm
 {
@@ -98,7 +98,8 @@ private:
     void make_room(std::size_t at_least);
 
     Sink sink_;
-    std::vector<char> memory_; ///< of usual_size, or what the largest piece needs, and what indent() copies too much
+    /// Of usual_size, or what the largest piece needs, and what indent() copies too much. Not cleared: it is 64 KiB.
+    std::unique_ptr<char[]> memory_;
     char *next_;
     char *end_;
     bool good_ = true;

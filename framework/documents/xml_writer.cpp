@@ -103,6 +103,26 @@ bool XmlWriter::write(std::string_view attributes, const std::vector<const Outpu
     return text_.flush();
 }
 
+void XmlWriter::declare(const char *ns)
+{
+    if (declared_.front().ns != ns) {
+        std::swap(declared_.front(), declared_.back());
+    }
+    Declaration &declaration = declared_.front();
+    if (declaration.ns != ns) {
+        declaration = {ns, " xmlns=\""};
+        for (const char *c = ns; *c != '\0'; ++c) {
+            if (plain_in_attribute.has(*c)) {
+                declaration.attribute += *c;
+            } else {
+                declaration.attribute += escape_in_attribute(*c);
+            }
+        }
+        declaration.attribute += '"';
+    }
+    text_.append(declaration.attribute);
+}
+
 void XmlWriter::node(const OutputRecord &node, const char *outer_ns, uint32_t outer_operation, unsigned int level)
 {
     constexpr std::size_t marks = 8; // more than stand around a tag
@@ -113,9 +133,7 @@ void XmlWriter::node(const OutputRecord &node, const char *outer_ns, uint32_t ou
     text_.put('<');
     text_.put(tag);
     if (outer_ns == nullptr || (outer_ns != node.ns() && std::strcmp(outer_ns, node.ns()) != 0)) {
-        text_.append(" xmlns=\"");
-        text_.append_escaped(node.ns(), plain_in_attribute, escape_in_attribute);
-        text_.append("\"");
+        declare(node.ns());
     }
     if (outer_ns == nullptr) {
         text_.append(top_attributes_);

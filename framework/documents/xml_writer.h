@@ -2,6 +2,8 @@
 // document object.
 #pragma once
 
+#include <array>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +30,14 @@ public:
 private:
     void node(const OutputRecord &node, const char *outer_ns, uint32_t outer_operation, unsigned int level);
 
+    void declare(const char *ns);
+
+    /// The namespaces that were declared last, as they are written: in most documents they take turns.
+    struct Declaration {
+        const char *ns = nullptr;
+        std::string attribute = {};
+    };
+    std::array<Declaration, 2> declared_;
     TextBuffer text_;
     std::string_view top_attributes_; ///< of the trees' start tags
     bool with_operations_ = false;
