@@ -95,8 +95,15 @@ def tree(file):
         raise Failure(f"{file}: {error}") from error
 
 
-def expect_same_tree(file, expected):
-    if tree(file) != tree(expected):
+def by_name(node):
+    """A tree of tree() with siblings in the order of their names; those of one name stay in theirs."""
+    name, attributes, text, children = node
+    return name, attributes, text, sorted(map(by_name, children), key=lambda child: child[0])
+
+
+def expect_same_tree(file, expected, any_order=False):
+    order = by_name if any_order else lambda node: node
+    if order(tree(file)) != order(tree(expected)):
         raise Failure(f"{file} is another tree than {expected}")
 
 
