@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 """Counts what the tool's tasks cost, beside other programs that do the same, and prints the table of docs/performance.md.
 
-  run.py [--write FILE]   all figures; --write puts the table also between the marks in FILE
+  run.py [--write FILE] [ENTRIES]
+                          all figures; --write puts the table also between the marks in FILE; ENTRIES are those of the
+                          judged mappings, 100000 if it is not given
   run.py check            small documents, the tool alone: fails where a figure is more than 10 % above instructions.txt
   run.py update           writes instructions.txt anew"""
 
+import dataclasses
 import os
 import platform
 import re
@@ -84,11 +87,11 @@ def commit():
     return found.stdout.strip() or "without one"
 
 
-def table(directory):
+def table(directory, entries):
     work = tasks.Workplace(directory)
     tasks.check_outputs(work, 1000)
     print("The peers' trees are the same.", file=sys.stderr, flush=True)
-    rows = tasks.counted(work, tasks.FULL)
+    rows = tasks.counted(work, dataclasses.replace(tasks.FULL, mapped=entries))
     lines = [line_of(*one) for one in zip(rows, all_figures(rows, PROGRAMS))]
     rows = tasks.weighed(work)
     lines += [line_of(*one) for one in zip(rows, all_figures(rows, PROGRAMS, at_once=1))]
@@ -152,13 +155,15 @@ def main(arguments):
             return check(directory)
         if arguments == ["update"]:
             update(directory)
-        elif not arguments or (len(arguments) == 2 and arguments[0] == "--write"):
-            text = table(directory)
-            print(text, end="")
-            if arguments:
-                write_into(arguments[1], text)
-        else:
+            return True
+        file = arguments[1] if len(arguments) > 1 and arguments[0] == "--write" else None
+        entries = arguments[2:] if file else arguments
+        if len(entries) > 1 or not all(number.isdecimal() for number in entries):
             sys.exit(__doc__)
+        text = table(directory, int(entries[0]) if entries else tasks.FULL.mapped)
+        print(text, end="")
+        if file:
+            write_into(file, text)
     return True
 
 

@@ -227,10 +227,9 @@ OutputRecord *Output::add_value(OutputRecord &outer, const PathInfo &info, const
         return known;
     }
     OutputRecord *const node = append(parent, info, ns);
+    node->value = value;
     note_repeated(parent, values, *node);
-    if (parent.has_many()) {
-        index_.insert_or_assign(value_key(values, value), node);
-    }
+    index_child(parent, *node);
     return node;
 }
 

@@ -44,6 +44,19 @@ TEST_F(ForwardPlacing, values_of_a_leaf_list_stand_once_and_an_out_node_overwrit
     EXPECT_STREQ(added->value, "z");
 }
 
+TEST_F(ForwardPlacing, many_values_of_a_leaf_list_stand_once_too)
+{
+    std::string expected;
+    for (int round = 0; round < 2; ++round) {
+        for (const char *value : {"a", "b", "c", "d", "e", "f", "g", "h", "i"}) {
+            add(request, "/pol/p/suite", {.value = value});
+            expected += round == 0 ? std::string(" suite=") + value + ":merge" : "";
+        }
+    }
+    add(request, "/pol/p/suite", {});
+    EXPECT_EQ(dump(request), "pol{p{" + expected.substr(1) + " suite:merge}}");
+}
+
 TEST_F(ForwardPlacing, a_read_leaf_gets_the_keys_on_its_way_from_the_walk)
 {
     Request read(models, maps, TQM_REQ_GET, Direction::forward);
