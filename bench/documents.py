@@ -1,5 +1,5 @@
-"""The documents that are measured: edits of policies, key chains and interfaces, and filters for reads. XML has an element
-a line, and JSON is in one.
+"""The documents that are measured: edits of policies, key chains and interfaces, and filters for reads. They are in one
+line, as clients send them.
 
 From the command line: documents.py KIND COUNT [json], where KIND is policies, chains or interfaces."""
 
@@ -59,14 +59,14 @@ def xml_of(name, value):
     if isinstance(value, list):
         return "".join(xml_of(name, item) for item in value)
     if isinstance(value, dict):
-        return f"<{name}>\n" + "".join(xml_of(*member) for member in value.items()) + f"</{name}>\n"
-    return f"<{name}>{str(value).lower() if isinstance(value, bool) else value}</{name}>\n"
+        return f"<{name}>" + "".join(xml_of(*member) for member in value.items()) + f"</{name}>"
+    return f"<{name}>{str(value).lower() if isinstance(value, bool) else value}</{name}>"
 
 
 def write_data(file, model, count):
     """The OpenConfig tree without an envelope."""
     containers, entry, make = LISTS[model]
-    file.write(f'<macsec xmlns="{OPENCONFIG}">\n' + "".join(f"<{name}>\n" for name in containers))
+    file.write(f'<macsec xmlns="{OPENCONFIG}">' + "".join(f"<{name}>" for name in containers))
     file.writelines(xml_of(entry, make(number)) for number in range(1, count + 1))
     file.write("".join(f"</{name}>" for name in reversed(containers)) + "</macsec>")
 
@@ -95,8 +95,8 @@ def by_names(count):
     return filter_of(f"<policy><name>P{number}</name></policy>" for number in range(1, count + 1))
 
 
-# Filters of one sort, by number. Without a match inside; each by its key; by one leaf, with the same value or others; by
-# two leaves, of which all policies agree with the first; by a leaf that all have and the leaf that repeats the key.
+# Filters of one sort, by number. Without a match inside; each by its key; by one leaf, with the same value or others;
+# by two leaves, of which all policies agree with the first; by a leaf that all have and the leaf that repeats the key.
 FILTERS = {"all": lambda number: "",
            "keys": lambda number: f"<name>P{number}</name>",
            "same": lambda number: "<config><key-server-priority>7</key-server-priority></config>",

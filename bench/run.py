@@ -1,13 +1,11 @@
 #!/usr/bin/env python3
-"""Counts what the tool's tasks cost, beside other programs that do the same, and prints the table of docs/performance.md.
+"""Counts what the tool's tasks cost, beside other programs, and prints the table of docs/performance.md.
 
-  run.py [--write FILE] [ENTRIES]
-                          all figures; --write puts the table also between the marks in FILE; ENTRIES are those of the
-                          judged mappings, 100000 if it is not given
+  run.py [--write FILE]   all figures; --write puts the table also between the marks in FILE
+  run.py shares           a table of the libraries in which the instructions are spent
   run.py check            small documents, the tool alone: fails where a figure is more than 10 % above instructions.txt
   run.py update           writes instructions.txt anew"""
 
-import dataclasses
 import os
 import platform
 import re
@@ -27,12 +25,12 @@ TIMED = ("ocmap", "xsltproc", "pugixml")
 MARKS = ("<!-- the table of bench/run.py -->\n", "<!-- its end -->\n")
 
 
-def all_figures(rows, programs, environment=None, at_once=os.cpu_count()):
+def all_figures(rows, programs, settings=(), at_once=os.cpu_count()):
     """For each row the figure of each program, many at once."""
     def figure(job):
         row, program = job
         begin = time.monotonic()
-        result = row.figure(program, environment)
+        result = row.figure(program, settings)
         print(f"{row.name}, {program}: {result:,.1f} ({time.monotonic() - begin:.0f} s)", file=sys.stderr, flush=True)
         return result
     jobs = [(row, program) for row in rows for program in row.commands if program in programs]
@@ -67,10 +65,7 @@ def line_of(row, figures):
             " · ".join(ratios), " · ".join(limit.text for limit in row.limits), " · ".join(met), *times_of(row)]
 
 
-def markdown(lines):
-    names = ["task", "size", "unit", "ocmap", "xsltproc", "pugixml", "xmllint", "yanglint", "XML", "ratio", "target", "met",
-             "s", "MB"]
-    right = {1, 3, 4, 5, 6, 7, 8}
+def markdown(names, lines, right):
     widths = [max(len(line[column]) for line in [names, *lines]) for column in range(len(names))]
 
     def text(cells):
@@ -87,15 +82,30 @@ def commit():
     return found.stdout.strip() or "without one"
 
 
-def table(directory, entries):
+def table(directory):
     work = tasks.Workplace(directory)
     tasks.check_outputs(work, 1000)
     print("The peers' trees are the same.", file=sys.stderr, flush=True)
-    rows = tasks.counted(work, dataclasses.replace(tasks.FULL, mapped=entries))
+    rows = tasks.counted(work, tasks.FULL)
     lines = [line_of(*one) for one in zip(rows, all_figures(rows, PROGRAMS))]
     rows = tasks.weighed(work)
     lines += [line_of(*one) for one in zip(rows, all_figures(rows, PROGRAMS, at_once=1))]
-    return f"`make bench`, at commit {commit()}:\n\n" + markdown(lines)
+    names = ["task", "size", "unit", *PROGRAMS, "ratio", "target", "met", "s", "MB"]
+    return f"`make bench`, at commit {commit()}:\n\n" + markdown(names, lines, right={1, *range(3, 3 + len(PROGRAMS))})
+
+
+def table_of_shares(directory):
+    work = tasks.Workplace(directory)
+    libraries = {"framework": "libtqm.so", "plug-in": tasks.PLUGIN, "libc": "libc.so", "pugixml": "libpugixml.so",
+                 "libsafec": "libsafec.so"}
+    lines = []
+    for direction in tasks.DIRECTIONS:
+        for model in tasks.documents.MODELS:
+            found = tasks.shares(work, tasks.SMALL, model, direction)
+            parts = [sum(value for name, value in found.items() if name.startswith(library))
+                     for library in libraries.values()]
+            lines.append([f"{direction}, {model}", *(f"{part:.0%}" for part in [*parts, 1 - sum(parts)])])
+    return markdown(["task", *libraries, "others"], lines, right=range(1, 7))
 
 
 def write_into(file, text):
@@ -111,14 +121,14 @@ def write_into(file, text):
 
 def small_figures(directory):
     rows = tasks.counted(tasks.Workplace(directory), tasks.SMALL)
-    figures = all_figures(rows, ("ocmap",), {**os.environ, **measure.SAME_EVERYWHERE})
+    figures = all_figures(rows, ("ocmap",), measure.SAME_EVERYWHERE)
     return {f"{row.name}, {row.unit}": figure["ocmap"] for row, figure in zip(rows, figures)}
 
 
 def update(directory):
     lines = [f"{value:>14,.1f}  {name}\n" for name, value in small_figures(directory).items()]
-    NUMBERS.write_text(f"# Instructions on {platform.machine()}, by 'make bench-update'. 'make bench-check' fails where "
-                       "there are 10 % more.\n" + "".join(lines))
+    NUMBERS.write_text(f"# Instructions on {platform.machine()}, by 'make bench-update'. 'make bench-check' fails "
+                       "where there are 10 % more.\n" + "".join(lines))
 
 
 def committed():
@@ -144,8 +154,8 @@ def check(directory):
     for line in worse:
         print(f"error: {line}", file=sys.stderr)
     if worse:
-        print("If that is on purpose, 'make bench-update' writes bench/instructions.txt anew; commit it with the change.",
-              file=sys.stderr)
+        print("If that is on purpose, 'make bench-update' writes bench/instructions.txt anew: commit it with the "
+              "change.", file=sys.stderr)
     return not worse
 
 
@@ -155,15 +165,15 @@ def main(arguments):
             return check(directory)
         if arguments == ["update"]:
             update(directory)
-            return True
-        file = arguments[1] if len(arguments) > 1 and arguments[0] == "--write" else None
-        entries = arguments[2:] if file else arguments
-        if len(entries) > 1 or not all(number.isdecimal() for number in entries):
+        elif arguments == ["shares"]:
+            print(table_of_shares(directory), end="")
+        elif not arguments or (len(arguments) == 2 and arguments[0] == "--write"):
+            text = table(directory)
+            print(text, end="")
+            if arguments:
+                write_into(arguments[1], text)
+        else:
             sys.exit(__doc__)
-        text = table(directory, int(entries[0]) if entries else tasks.FULL.mapped)
-        print(text, end="")
-        if file:
-            write_into(file, text)
     return True
 
 
