@@ -194,26 +194,47 @@ const PathInfo *PathTable::intern(std::string_view path)
     return info == nullptr && is_path(path) ? intern_own(path) : info;
 }
 
+/// The slot that has `path`, or is to have it.
+PathTable::Literal &PathTable::literal_at(const char *path)
+{
+    constexpr uint64_t factor = 0x9e3779b97f4a7c15u;
+    std::size_t at = reinterpret_cast<std::uintptr_t>(path) * factor >> 32;
+    while (true) {
+        Literal &literal = literals_[at++ & (literals_.size() - 1)];
+        if (literal.address == path || literal.address == nullptr) {
+            return literal;
+        }
+    }
+}
+
 // The text is compared on each hit, as an address may hold several texts one after another.
 const PathInfo *PathTable::intern_literal(const char *path)
 {
-    constexpr uint64_t factor = 0x9e3779b97f4a7c15u;
-    const auto address = reinterpret_cast<std::uintptr_t>(path);
-    const std::size_t pair = (address * factor >> 32) % literals_.size() & ~std::size_t{1};
-    const Literal &likely = literals_[pair].address == path ? literals_[pair] : literals_[pair + 1];
-    const bool is_known = likely.address == path && std::strcmp(likely.info->text.data(), path) == 0;
-    return is_known ? likely.info : note_literal(path, pair);
+    const Literal &literal = literal_at(path);
+    const bool is_known = literal.address != nullptr && std::strcmp(literal.info->text.data(), path) == 0;
+    return is_known ? literal.info : note_literal(path);
 }
 
-const PathInfo *PathTable::note_literal(const char *path, std::size_t pair)
+const PathInfo *PathTable::note_literal(const char *path)
 {
     const PathInfo *const info = intern(path);
-    if (info != nullptr && literals_[pair].address != path) {
-        literals_[pair + 1] = literals_[pair];
+    if (info == nullptr) {
+        return nullptr;
     }
-    if (info != nullptr) {
-        literals_[pair] = {path, info};
+    if (literal_at(path).address == nullptr && (literal_count_ + 1) * 2 > literals_.size()) {
+        const bool is_full = literals_.size() == most_literals;
+        std::vector<Literal> old(is_full ? literals_.size() : literals_.size() * 2);
+        old.swap(literals_);
+        literal_count_ = is_full ? 0 : literal_count_;
+        for (const Literal &literal : old) {
+            if (literal.address != nullptr && !is_full) {
+                literal_at(literal.address) = literal;
+            }
+        }
     }
+    Literal &literal = literal_at(path);
+    literal_count_ += literal.address == nullptr ? 1 : 0;
+    literal = {path, info};
     return info;
 }
 

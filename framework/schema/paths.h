@@ -4,7 +4,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <deque>
@@ -125,18 +124,24 @@ public:
     const PathInfo *find_child(const PathInfo &parent, std::string_view tag) const;
 
 private:
-    const PathInfo *note_literal(const char *path, std::size_t pair);
-    PathInfo *intern_own(std::string_view path);
-
-    const SchemaPaths &known_;
-    Arena &arena_;
-    PathIndex own_;                     ///< what no schema has
-    std::deque<SchemaNode> made_lists_; ///< the same
+    /// A path by the address of its text; none where that is null.
     struct Literal {
         const char *address = nullptr;
         const PathInfo *info = nullptr;
     };
-    std::array<Literal, 128> literals_{}; ///< in pairs, the one that came last first
+
+    Literal &literal_at(const char *path);
+    const PathInfo *note_literal(const char *path);
+    PathInfo *intern_own(std::string_view path);
+
+    const SchemaPaths &known_;
+    Arena &arena_;
+    PathIndex own_;                                    ///< what no schema has
+    std::deque<SchemaNode> made_lists_;                ///< the same
+    static constexpr std::size_t most_literals = 1024; ///< slots: texts that are no literals do not fill it for ever
+
+    std::vector<Literal> literals_ = std::vector<Literal>(64);
+    std::size_t literal_count_ = 0;
 };
 
 } // namespace tqm
