@@ -201,7 +201,7 @@ PathTable::Literal &PathTable::literal_at(const char *path)
     std::size_t at = reinterpret_cast<std::uintptr_t>(path) * factor >> 32;
     while (true) {
         Literal &literal = literals_[at++ & (literals_.size() - 1)];
-        if (literal.address == path || literal.address == nullptr) {
+        if (literal.address == path || literal.info == nullptr) {
             return literal;
         }
     }
@@ -211,7 +211,7 @@ PathTable::Literal &PathTable::literal_at(const char *path)
 const PathInfo *PathTable::intern_literal(const char *path)
 {
     const Literal &literal = literal_at(path);
-    const bool is_known = literal.address != nullptr && std::strcmp(literal.info->text.data(), path) == 0;
+    const bool is_known = literal.info != nullptr && std::strcmp(literal.info->text.data(), path) == 0;
     return is_known ? literal.info : note_literal(path);
 }
 
@@ -221,19 +221,19 @@ const PathInfo *PathTable::note_literal(const char *path)
     if (info == nullptr) {
         return nullptr;
     }
-    if (literal_at(path).address == nullptr && (literal_count_ + 1) * 2 > literals_.size()) {
+    if (literal_at(path).info == nullptr && (literal_count_ + 1) * 2 > literals_.size()) {
         const bool is_full = literals_.size() == most_literals;
         std::vector<Literal> old(is_full ? literals_.size() : literals_.size() * 2);
         old.swap(literals_);
         literal_count_ = is_full ? 0 : literal_count_;
         for (const Literal &literal : old) {
-            if (literal.address != nullptr && !is_full) {
+            if (literal.info != nullptr && !is_full) {
                 literal_at(literal.address) = literal;
             }
         }
     }
     Literal &literal = literal_at(path);
-    literal_count_ += literal.address == nullptr ? 1 : 0;
+    literal_count_ += literal.info == nullptr ? 1 : 0;
     literal = {path, info};
     return info;
 }
